@@ -1,0 +1,101 @@
+// The fixture of tests that look at what a generator writes.
+//
+//     using Clocks = ScrivelTest::GeneratorTest<>;
+//
+//     TEST_F(Clocks, RateIsWrittenInHertz)
+//     {
+//         EXPECT_EQ(Written([](auto& log) { log.WriteDecimal("rate", 48000); }),
+//                   "    <rate>48000</rate>\n");
+//     }
+
+#ifndef SCRIVEL_TESTS_SUPPORT_GENERATORTEST_H
+#define SCRIVEL_TESTS_SUPPORT_GENERATORTEST_H
+
+#include "ScrivelXmlGen.h"
+
+#include "support/Platform.h"
+#include "support/Xml.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+namespace ScrivelTest
+{
+
+/// Runs each test in an empty folder of its own, at a fixed moment of a fixed process: the header and
+/// every time stamp are the same in each run.
+class ScratchTest : public testing::Test
+{
+protected:
+    ScratchTest();
+    ~ScratchTest() override;
+
+    /// The moment that the clock shows until it is set again; at first 1000 s.
+    void SetClock(long seconds, long microseconds);
+
+    /// What a log begins with, up to its first element, and what it ends with.
+    static std::string Header(const std::string& name = "trace", const std::string& version = "CADI 2.0");
+    static std::string EndTag(const std::string& name = "trace") { return "</" + name + "-4242>\n"; }
+
+    /// The bytes of a file; a missing file fails the test.
+    static std::string FileText(const std::string& fileName);
+
+    /// The log of the name in Make.
+    static std::string WholeFile() { return FileText("trace-4242.xml"); }
+
+private:
+    std::filesystem::path startFolder;
+    std::filesystem::path scratch;
+    timeval now{1000, 0};
+};
+
+template <typename Generator = Scrivel2::Scrivel2XmlGenRun>
+class GeneratorTest : public ScratchTest
+{
+protected:
+    /// A generator that hasn't started its log.
+    template <typename Made = Generator>
+    static std::unique_ptr<Made> Make(const char* logName = "trace")
+    {
+        if constexpr (std::is_constructible_v<Made, const char*, const char*>) {
+            return std::make_unique<Made>(logName, "CADI 2.0");
+        } else {
+            return std::make_unique<Made>(logName);
+        }
+    }
+
+    /// What `write` writes, starting at depth 1 inside the root element. The log is secure, the put
+    /// position stands behind the header, and nothing is added but the root end tag.
+    template <typename Made = Generator, typename Write>
+    static std::string Written(Write write)
+    {
+        const auto log = Make<Made>();
+        log->StartLogging();
+        log->SeekFilePointerPosition();
+        write(*log);
+        log->UpdateFilePointerPosition();
+        log->EndLogging();
+        return BetweenRootTags(WholeFile());
+    }
+
+private:
+    static std::string BetweenRootTags(const std::string& file)
+    {
+        const std::string header = Header();
+        const std::string end = EndTag();
+        if (file.size() < header.size() + end.size() || file.compare(0, header.size(), header) != 0 ||
+            file.compare(file.size() - end.size(), end.size(), end) != 0) {
+            ADD_FAILURE() << "no header or no root end tag";
+            return file;
+        }
+        return file.substr(header.size(), file.size() - header.size() - end.size());
+    }
+};
+
+}  // namespace ScrivelTest
+
+#endif
