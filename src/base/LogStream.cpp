@@ -1,0 +1,557 @@
+// The states of a LogBuffer, and what is in the file in each:
+//
+//   CLOSED --Open--> CLEAN --text--> PENDING --more than 64 MiB--> PIECES
+//                      ^                |                            |
+//                      +--- flush ------+-------- flush -------------+--- a write fails ---> CLEAN
+//
+//   CLOSED    no descriptor, no put area: output fails.
+//   CLEAN     The file is what the last flush left; `tail` holds its end. No text is in memory.
+//   PENDING   The file is as in CLEAN. The text since the flush lies in the put area:
+//
+//                 file     ...<regCount>1</regCount>\n</trace-4242>\n|
+//                                                     |              ^ fileEnd
+//                                                     ^ textStart
+//                 memory                              |    <CADIMemRead ...</trace-4242>\n
+//
+//             Seeking moves the put pointer within that text. A seek to a place outside it makes the
+//             text reach there, with the bytes that the file has in between.
+//   PIECES    As PENDING, but text of the same flush has already been written over the tail: what a
+//             kill leaves is not protected until the flush is done. `tail` still holds what was there.
+//
+// A flush brings the text M to textStart, where the old tail T0 ends the file. Should the process be
+// killed, the kernel finishes the page it is copying and stops: a write within one page is there wholly
+// or not at all. Text that spans pages therefore comes in steps, each of which leaves a document:
+//
+//   1 stage   behind T0, each page an instruction of its own, and a trailer
+//                 ...T0<?x mmmmmmm?>|<?x mmmmmmmmmm?>|<?x mmm?><?x ?>
+//   2 merge   the true bytes inside: page by page the instructions become one that the trailer closes
+//                 ...T0<?x mmmmmmmmm|mmmmmmmmmmmmmmmm|mmmmmmmmm<?x ?>
+//   3 commit  T0 and the opening of the instruction are replaced, in one page: the new document
+//                 ...MMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMM|MMMMMMMMM<?x ?>
+//   4 cut     the trailer
+//
+// Where T0 and the opening lie across two pages, a kill between the two finds them half replaced.
+// Text that holds "?>" would end an instruction, and is written in one go.
+//
+// When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again.
+
+#include "base/LogStream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <locale>
+#include <new>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Scrivel2
+{
+namespace
+{
+
+constexpr off_t pageSize = 4096;
+constexpr std::size_t firstCapacity = 16 * 1024;
+constexpr std::size_t mostInMemory = 64 * 1024 * 1024;
+
+constexpr std::string_view opening = "<?x ";
+constexpr std::string_view closing = "?>";
+constexpr std::string_view trailer = "<?x ?>";
+constexpr std::string_view newlines = "\n\n\n\n\n";  // in the place of an instruction too short to be one
+constexpr off_t shortestInstruction = opening.size() + closing.size();
+constexpr std::size_t trailerRoom = newlines.size() + trailer.size();
+
+/// The end of the page that the byte at `offset` lies in.
+constexpr off_t PageEnd(off_t offset)
+{
+    return (offset / pageSize + 1) * pageSize;
+}
+
+bool SpansPages(off_t from, off_t to)
+{
+    return to > PageEnd(from);
+}
+
+/// Where the instruction begins that hides [from, to): at once, or on the next page when the rest of
+/// this one is too short for it; -1 when there is no room for one at all.
+off_t OpenerWithin(off_t from, off_t to)
+{
+    const off_t opener = PageEnd(from) - from < shortestInstruction ? PageEnd(from) : from;
+    return to - opener < shortestInstruction ? -1 : opener;
+}
+
+}  // namespace
+
+/// Keeps the signal of the file-size limit back, once a write has come up against something, until the
+/// tail is back in its place: a process that this signal kills leaves a document too.
+class LogBuffer::FileSizeSignal
+{
+public:
+    FileSizeSignal() = default;
+    FileSizeSignal(const FileSizeSignal&) = delete;
+    FileSizeSignal& operator=(const FileSizeSignal&) = delete;
+
+    ~FileSizeSignal()
+    {
+        if (held) {
+            pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        }
+    }
+
+    void Hold()
+    {
+        if (!held) {
+            sigset_t fileSize;
+            sigemptyset(&fileSize);
+            sigaddset(&fileSize, SIGXFSZ);
+            held = pthread_sigmask(SIG_BLOCK, &fileSize, &before) == 0;
+        }
+    }
+
+private:
+    bool held = false;
+    sigset_t before;
+};
+
+// ---- Opening and closing ------------------------------------------------------------------------
+
+LogBuffer::~LogBuffer()
+{
+    if (IsOpen()) {
+        close(descriptor);
+    }
+}
+
+bool LogBuffer::Open(const char* name)
+{
+    if (IsOpen() || !text.Grow(firstCapacity, 0) || !tail.Grow(firstCapacity, 0)) {
+        return false;
+    }
+    // For reading too, so that a tail that is no longer in memory can be looked up. O_NONBLOCK is for
+    // FIFOs, which are turned away: they have no place to seek back to.
+    descriptor = open(name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (!IsOpen()) {
+        return false;
+    }
+    struct stat status;
+    if (fstat(descriptor, &status) != 0 || S_ISFIFO(status.st_mode)) {
+        close(std::exchange(descriptor, -1));
+        errno = ESPIPE;
+        return false;
+    }
+    tailStart = fileEnd = 0;
+    pieceStart = pieceEnd = -1;
+    StartTextAt(0);
+    return true;
+}
+
+bool LogBuffer::Close()
+{
+    if (!IsOpen()) {
+        return false;
+    }
+    const bool written = Commit();
+    setp(nullptr, nullptr);
+    textHighest = sought = nullptr;
+    return close(std::exchange(descriptor, -1)) == 0 && written;
+}
+
+// ---- Text in memory -----------------------------------------------------------------------------
+
+bool LogBuffer::Block::Grow(std::size_t wanted, std::size_t used)
+{
+    if (wanted <= capacity) {
+        return true;
+    }
+    const std::size_t enlarged = std::max(wanted, 2 * capacity);
+    std::unique_ptr<char[]> memory(new (std::nothrow) char[enlarged + trailerRoom]);
+    if (memory == nullptr) {
+        return false;
+    }
+    if (used > 0) {
+        std::memcpy(memory.get(), bytes.get(), used);
+    }
+    bytes = std::move(memory);
+    capacity = enlarged;
+    return true;
+}
+
+void LogBuffer::StartTextAt(off_t position)
+{
+    textStart = position;
+    setp(text.bytes.get(), text.bytes.get() + text.capacity);
+    textHighest = sought = pbase();
+}
+
+/// The end of what has been written: a seek alone does not move it.
+char* LogBuffer::TextEnd() const
+{
+    return pptr() > sought ? std::max(textHighest, pptr()) : textHighest;
+}
+
+/// Lets the text grow to `wanted` bytes, keeping all that is known of its place.
+bool LogBuffer::Enlarge(std::size_t wanted)
+{
+    const auto put = pptr() - pbase();
+    const auto highest = textHighest - pbase();
+    const auto target = sought - pbase();
+    if (!text.Grow(wanted, static_cast<std::size_t>(std::max(put, TextEnd() - pbase())))) {
+        return false;
+    }
+    setp(text.bytes.get(), text.bytes.get() + text.capacity);
+    pbump(static_cast<int>(put));
+    textHighest = pbase() + highest;
+    sought = pbase() + target;
+    return true;
+}
+
+char* LogBuffer::MakeRoom(std::size_t most)
+{
+    if (!IsOpen()) {
+        return nullptr;
+    }
+    if (static_cast<std::size_t>(pptr() - pbase()) + most > mostInMemory && !WriteOutPiece()) {
+        return nullptr;
+    }
+    return Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most) ? pptr() : nullptr;
+}
+
+/// Makes the text reach from `from` to `to`, with what the file has there; false when that is too much
+/// or not known.
+bool LogBuffer::Reach(off_t from, off_t to)
+{
+    const off_t end = EndOffset();
+    if (pieceStart >= 0 || to - from > static_cast<off_t>(mostInMemory) || !KnowTail(from) ||
+        !Enlarge(static_cast<std::size_t>(to - from))) {
+        return false;
+    }
+    if (from < textStart) {
+        const off_t added = textStart - from;
+        std::memmove(pbase() + added, pbase(), static_cast<std::size_t>(end - textStart));
+        CopyFromFile(from, textStart, pbase());
+        textStart = from;
+        textHighest = At(end);
+    }
+    if (to > end) {
+        CopyFromFile(end, to, At(end));
+    }
+    return true;
+}
+
+std::streambuf::int_type LogBuffer::overflow(int_type character)
+{
+    if (traits_type::eq_int_type(character, traits_type::eof())) {
+        return traits_type::not_eof(character);
+    }
+    char* const out = Room(1);
+    if (out == nullptr) {
+        return traits_type::eof();
+    }
+    *out = traits_type::to_char_type(character);
+    Advance(out + 1);
+    return character;
+}
+
+std::streamsize LogBuffer::xsputn(const char* characters, std::streamsize length)
+{
+    constexpr std::streamsize atATime = 1024 * 1024;
+    std::streamsize done = 0;
+    while (done < length) {
+        const auto part = static_cast<std::size_t>(std::min(length - done, atATime));
+        char* const out = Room(part);
+        if (out == nullptr) {
+            break;
+        }
+        std::memcpy(out, characters + done, part);
+        Advance(out + part);
+        done += static_cast<std::streamsize>(part);
+    }
+    return done;
+}
+
+std::streambuf::pos_type LogBuffer::seekoff(off_type offset, std::ios_base::seekdir from,
+                                            std::ios_base::openmode which)
+{
+    if (!IsOpen()) {
+        return pos_type(off_type(-1));
+    }
+    if (from == std::ios_base::cur) {
+        return offset == 0 ? pos_type(Position()) : seekpos(Position() + offset, which);
+    }
+    const off_t base = from == std::ios_base::beg ? 0 : std::max({fileEnd, pieceEnd, EndOffset()});
+    return seekpos(base + offset, which);
+}
+
+std::streambuf::pos_type LogBuffer::seekpos(pos_type position, std::ios_base::openmode)
+{
+    const off_t target = position;
+    if (!IsOpen() || target < 0) {
+        return pos_type(off_type(-1));
+    }
+    textHighest = TextEnd();
+    sought = pptr();
+    if (textHighest == pbase()) {
+        StartTextAt(target);
+    } else if (Reach(std::min(target, textStart), std::max(target, EndOffset()))) {
+        setp(pbase(), epptr());
+        pbump(static_cast<int>(target - textStart));
+        sought = pptr();
+    } else if (WriteOutPiece()) {
+        StartTextAt(target);
+    } else {
+        return pos_type(off_type(-1));
+    }
+    return position;
+}
+
+// ---- The end of the file ------------------------------------------------------------------------
+
+/// Makes sure that `tail` holds the file's bytes from `from` on; false when they are too many or can't
+/// be read.
+bool LogBuffer::KnowTail(off_t from)
+{
+    if (from >= tailStart) {
+        return true;
+    }
+    const auto missing = static_cast<std::size_t>(tailStart - from);
+    const auto known = static_cast<std::size_t>(fileEnd - tailStart);
+    if (missing + known > mostInMemory || !tail.Grow(missing + known, known)) {
+        return false;
+    }
+    std::memmove(tail.bytes.get() + missing, tail.bytes.get(), known);
+    std::size_t done = 0;
+    while (done < missing) {
+        const ssize_t got =
+            pread(descriptor, tail.bytes.get() + done, missing - done, from + static_cast<off_t>(done));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            std::memmove(tail.bytes.get(), tail.bytes.get() + missing, known);
+            return false;
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    tailStart = from;
+    return true;
+}
+
+/// What the file has in a place that `tail` covers; zeros behind its end.
+void LogBuffer::CopyFromFile(off_t from, off_t to, char* out) const
+{
+    const off_t held = std::clamp(fileEnd, from, to);
+    if (held > from) {
+        std::memcpy(out, tail.bytes.get() + (from - tailStart), static_cast<std::size_t>(held - from));
+    }
+    std::memset(out + (held - from), 0, static_cast<std::size_t>(to - held));
+}
+
+/// After a flush up to `end`: the text just written is the new tail, and the old tail's memory takes
+/// the next text.
+void LogBuffer::KeepTail(off_t end)
+{
+    const off_t newEnd = std::max({fileEnd, pieceEnd, end});
+    const off_t position = Position();
+    const bool oldTailStands = pieceStart < 0 && textStart >= tailStart;
+    if (end < newEnd && oldTailStands && Enlarge(static_cast<std::size_t>(newEnd - textStart))) {
+        CopyFromFile(end, newEnd,
+                     At(end));  // it was longer than the text: its last bytes are still there
+        end = newEnd;
+    }
+    std::swap(text, tail);
+    tailStart = end == newEnd ? textStart : newEnd;
+    fileEnd = newEnd;
+    pieceStart = pieceEnd = -1;
+    StartTextAt(position);
+}
+
+/// After a failed write: the file is again what the last flush left.
+void LogBuffer::PutTailBack(FileSizeSignal& signal)
+{
+    const off_t from = pieceStart < 0 ? textStart : std::min(textStart, pieceStart);
+    if (from >= tailStart && from < fileEnd) {
+        Write(tail.bytes.get() + (from - tailStart), static_cast<std::size_t>(fileEnd - from), from,
+              signal);
+    }
+    CutAt(fileEnd);
+    pieceStart = pieceEnd = -1;
+}
+
+// ---- Writing ------------------------------------------------------------------------------------
+
+int LogBuffer::sync()
+{
+    return !IsOpen() || holds > 0 || Commit() ? 0 : -1;
+}
+
+bool LogBuffer::Commit()
+{
+    const off_t end = EndOffset();
+    if (end == textStart && pieceStart < 0) {
+        return true;
+    }
+    const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
+    const bool overwritesTail = textStart < fileEnd && fileEnd < end;
+    const bool holdsClosing =
+        std::string_view(pbase(), static_cast<std::size_t>(end - textStart)).find(closing) !=
+        std::string_view::npos;
+    const bool inSteps = tailKnown && overwritesTail && SpansPages(textStart, end) && !holdsClosing;
+    const off_t opener = inSteps && RoomForMarks(end) ? OpenerWithin(fileEnd, end) : -1;
+
+    FileSizeSignal signal;
+    if (opener >= 0 ? WriteStaged(opener, end, signal) : WriteWhole(end, signal)) {
+        KeepTail(end);
+        return true;
+    }
+    StartTextAt(textStart);
+    return false;
+}
+
+/// Writes the text out ahead of its flush, when there is too much of it for memory.
+bool LogBuffer::WriteOutPiece()
+{
+    const off_t end = EndOffset();
+    const off_t position = Position();
+    if (pieceStart < 0) {
+        KnowTail(textStart);
+    }
+    FileSizeSignal signal;
+    if (!WriteWhole(end, signal)) {
+        StartTextAt(textStart);
+        return false;
+    }
+    pieceStart = pieceStart < 0 ? textStart : std::min(pieceStart, textStart);
+    pieceEnd = std::max(pieceEnd, end);
+    StartTextAt(position);
+    return true;
+}
+
+bool LogBuffer::WriteWhole(off_t end, FileSizeSignal& signal)
+{
+    if (WriteText(textStart, end, signal)) {
+        return true;
+    }
+    PutTailBack(signal);
+    return false;
+}
+
+/// Stage, merge, commit and cut, as drawn above. When only the cut fails the new document stands, with
+/// the trailer behind it.
+bool LogBuffer::WriteStaged(off_t opener, off_t end, FileSizeSignal& signal)
+{
+    const off_t roomOnPage = PageEnd(end) - end;
+    const bool fits = roomOnPage >= static_cast<off_t>(trailer.size());
+    char* behind = At(end);
+    behind += newlines.copy(behind, fits ? 0 : static_cast<std::size_t>(roomOnPage));
+    behind += trailer.copy(behind, trailer.size());
+    const off_t trailerEnd = textStart + (behind - pbase());
+
+    char* saved = covered.bytes.get();
+    VisitMarks(end, [&](char* at, std::string_view mark) {
+        saved = std::copy_n(at, mark.size(), saved);
+        mark.copy(at, mark.size());
+    });
+    const bool staged = WriteText(fileEnd, trailerEnd, signal);
+    const char* restored = covered.bytes.get();
+    VisitMarks(end, [&](char* at, std::string_view mark) {
+        std::copy_n(restored, mark.size(), at);
+        restored += mark.size();
+    });
+
+    const off_t inside = opener + static_cast<off_t>(opening.size());
+    const off_t firstClosing = std::min(PageEnd(opener), end) - static_cast<off_t>(closing.size());
+    const bool committed = staged && WriteText(firstClosing, end, signal) &&  // merge
+                           WriteText(textStart, inside, signal);
+    if (!committed) {
+        PutTailBack(signal);
+        return false;
+    }
+    return CutAt(end);
+}
+
+/// The places behind the tail, page by page, that the marks of instructions cover when staged.
+template <typename Visit>
+void LogBuffer::VisitMarks(off_t end, Visit visit) const
+{
+    for (off_t from = fileEnd, to; from < end; from = to) {
+        to = std::min(PageEnd(from), end);
+        if (to - from < shortestInstruction) {
+            visit(At(from), newlines.substr(0, static_cast<std::size_t>(to - from)));
+        } else {
+            visit(At(from), opening);
+            visit(At(to) - closing.size(), closing);
+        }
+    }
+}
+
+bool LogBuffer::RoomForMarks(off_t end)
+{
+    const off_t pages = (end - fileEnd) / pageSize + 2;
+    return covered.Grow(static_cast<std::size_t>(pages * shortestInstruction), 0);
+}
+
+bool LogBuffer::WriteText(off_t from, off_t to, FileSizeSignal& signal)
+{
+    return Write(At(from), static_cast<std::size_t>(to - from), from, signal);
+}
+
+bool LogBuffer::Write(const char* bytes, std::size_t length, off_t offset, FileSizeSignal& signal)
+{
+    while (length > 0) {
+        const ssize_t written = pwrite(descriptor, bytes, length, offset);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return false;
+        }
+        bytes += written;
+        offset += written;
+        length -= static_cast<std::size_t>(written);
+        if (length > 0) {
+            signal.Hold();
+        }
+    }
+    return true;
+}
+
+bool LogBuffer::CutAt(off_t end)
+{
+    int result;
+    do {
+        result = ftruncate(descriptor, end);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+// ---- The stream ---------------------------------------------------------------------------------
+
+LogStream::LogStream() : std::ostream(nullptr)
+{
+    rdbuf(&buffer);
+    imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
+}
+
+LogStream::~LogStream() = default;
+
+void LogStream::open(const std::string& name)
+{
+    if (buffer.Open(name.c_str())) {
+        clear();
+    } else {
+        setstate(failbit);
+    }
+}
+
+void LogStream::close()
+{
+    if (!buffer.Close()) {
+        setstate(failbit);
+    }
+}
+
+}  // namespace Scrivel2
