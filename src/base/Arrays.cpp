@@ -1,0 +1,77 @@
+#include "base/ElementForms.h"
+
+namespace Scrivel2
+{
+
+void ScrivelXmlGenBase::WriteBoolArray(std::string ident, const bool* items, unsigned int count)
+{
+    WriteItems(ident, items, count, "bool_array", [&](bool item) { WriteBool("bool_array", item); });
+}
+
+void ScrivelXmlGenBase::WriteCharArray(std::string ident, const char* items, unsigned int count)
+{
+    // The characters bear the array's own name.
+    WriteItems(ident, items, count, "string", [&](char item) {
+        WriteElement(ident, [&] { AppendEscaped(logFile, {&item, 1}); });
+    });
+}
+
+void ScrivelXmlGenBase::WriteStringArray(std::string ident, char** items, unsigned int count)
+{
+    // Each entry is an element in an element, both with the array's own name, the inner one indented
+    // behind the outer start tag.
+    WriteItems(ident, items, count, "string",
+               [&](const char* item) { WriteElement(ident, [&] { WriteString(ident, item); }); });
+}
+
+void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned char* data,
+                                            unsigned int lineCount, unsigned int bytesPerLine)
+{
+    if (data == nullptr) {
+        WriteContainer(ident, [&] { WriteNULLPointer(ident); });
+        return;
+    }
+    // Every line shows the same windows of 16 bytes, each a byte further than the last one: readers of
+    // the log know such arrays in this form.
+    WriteContainer(ident, [&] {
+        for (unsigned int line = 0; line < lineCount; ++line) {
+            for (unsigned int i = 0; i < bytesPerLine; ++i) {
+                WriteByte("value", data + lineCount + i);
+            }
+        }
+    });
+}
+
+template <typename Integer>
+void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
+                                      bool hex, const char* nullName, const char* childName)
+{
+    constexpr unsigned int digits = 2 * sizeof(Integer);
+    WriteItems(ident, items, count, nullName, [&](Integer item) {
+        if (hex) {
+            WriteHex(childName, item, digits);
+        } else {
+            WriteDecimal(childName, item);
+        }
+    });
+}
+
+void ScrivelXmlGenBase::WriteUint8Array(std::string ident, const unsigned char* items, unsigned int count,
+                                        bool hex)
+{
+    WriteIntegers(ident, items, count, hex, ident.c_str(), "value");
+}
+
+void ScrivelXmlGenBase::WriteUint32Array(std::string ident, const unsigned int* items, unsigned int count,
+                                         bool hex)
+{
+    WriteIntegers(ident, items, count, hex, ident.c_str(), "value");
+}
+
+void ScrivelXmlGenBase::WriteUint64Array(std::string ident, const unsigned long* items,
+                                         unsigned int count, bool hex)
+{
+    WriteIntegers(ident, items, count, hex, "int", "int");
+}
+
+}  // namespace Scrivel2

@@ -1,0 +1,136 @@
+#include "base/LogText.h"
+#include "ScrivelXmlGen.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <iostream>
+
+#include <unistd.h>
+
+namespace Scrivel2
+{
+
+ScrivelXmlGenBase::ScrivelXmlGenBase(const char* name, const char* version)
+    : logName(name), cadiVersion(version), writeSecure(true), lastFilePos(0), callNo(0), depth(0),
+      callOpen(false), startTime(), factoryErrorNames{
+                                        "CADIFACT_ERROR_OK",
+                                        "CADIFACT_ERROR_GENERAL",
+                                        "CADIFACT_ERROR_PARAMETER_UNKNOWN",
+                                        "CADIFACT_ERROR_PARAMETER_MISSING",
+                                        "CADIFACT_ERROR_PARAMETER_WRONG_TYPE",
+                                        "CADIFACT_ERROR_PARAMETER_OUT_OF_RANGE",
+                                        "CADIFACT_ERROR_PARAMETER_CONFLICT",
+                                        "CADIFACT_ERROR_LICENCE_NOT_FOUND",
+                                        "CADIFACT_ERROR_LICENCE_EXPIRED",
+                                        "CADIFACT_ERROR_LICENCE_IN_USE",
+                                        "CADIFACT_ERROR_TOO_MANY_INSTANCES",
+                                        "CADIFACT_ERROR_INSTANCE_NAME_IN_USE",
+                                        "CADIFACT_ERROR_OUT_OF_MEMORY",
+                                        "CADIFACT_ERROR_RESOURCE_UNAVAILABLE",
+                                    }
+{
+}
+
+ScrivelXmlGenBase::~ScrivelXmlGenBase() = default;
+
+void ScrivelXmlGenBase::SetWriteSecure(bool secure)
+{
+    writeSecure = secure;
+}
+
+void ScrivelXmlGenBase::StartLogging()
+{
+    callNo = 0;
+    depth = 0;
+
+    const std::string fileName = logName + "-" + std::to_string(getpid()) + ".xml";
+    errno = 0;
+    logFile.open(fileName);
+    if (!logFile.good()) {
+        std::cerr << "Scrivel: Unable to open logfile \"" << fileName << "\"." << std::endl;
+        if (errno != 0) {
+            std::cerr << "    Error given by OS: " << std::strerror(errno) << std::endl;
+        }
+    }
+
+    logFile.Append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+    logFile.Append("<" + logName + "-" + std::to_string(getpid()) + "\n");
+    gettimeofday(&startTime, nullptr);
+
+    // The time and the host name share a buffer: a host name that can't be read leaves the time in it.
+    char text[256] = {};
+    const std::time_t now = time(nullptr);
+    strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime(&now));
+    logFile.Append(std::string(" time=\"") + text + "\"\n");
+    logFile.Append(" CADI_version=\"" + cadiVersion + "\"\n");
+    const bool hostKnown = gethostname(text, sizeof text - 1) == 0;
+    logFile.Append(std::string(" hostname=\"") + text + (hostKnown ? "\"\n" : "*\"\n"));
+    logFile.Append(" OS=\"Linux\">\n");
+
+    ++depth;
+    FlushOutput(true, "");
+}
+
+void ScrivelXmlGenBase::FlushOutput(bool finalTag, std::string callName)
+{
+    // after a final flush:      ...    </CADIRegRead>\n|</trace-4242>\n
+    // after a non-final flush:  ...<regCount>1</regCount>\n|    </CADIRegRead>\n
+    //                                                      | = lastFilePos: the next output starts here
+    if (!writeSecure) {
+        pendingTail.clear();
+    } else {
+        UpdateFilePointerPosition();
+        if (finalTag) {
+            pendingTail = FileEndTag();
+        } else {
+            pendingTail.assign("    </").append(callName).append(">\n");
+        }
+    }
+    logFile.Append(pendingTail);
+    logFile.flush();
+}
+
+void ScrivelXmlGenBase::EndLogging()
+{
+    SeekFilePointerPosition();
+    FlushOutput(true, "");
+    logFile.close();
+}
+
+const std::string& ScrivelXmlGenBase::FileEndTag()
+{
+    fileEndTag.assign("</").append(logName).append("-").append(std::to_string(getpid())).append(">\n");
+    return fileEndTag;
+}
+
+std::string ScrivelXmlGenBase::GetFileEndTag()
+{
+    return FileEndTag();
+}
+
+void ScrivelXmlGenBase::UpdateFilePointerPosition()
+{
+    if (writeSecure) {
+        lastFilePos = logFile.tellp();
+    }
+}
+
+void ScrivelXmlGenBase::SeekFilePointerPosition()
+{
+    if (writeSecure) {
+        logFile.seekp(lastFilePos);
+    }
+}
+
+std::streamoff ScrivelXmlGenBase::GetLastFilePointerPosition()
+{
+    return lastFilePos;
+}
+
+std::streamoff ScrivelXmlGenBase::GetCurrentFilePointerPosition()
+{
+    return logFile.tellp();
+}
+
+}  // namespace Scrivel2

@@ -1,0 +1,241 @@
+#include "base/LogText.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+namespace Scrivel2
+{
+namespace
+{
+
+constexpr char hexDigits[] = "0123456789abcdef";
+
+// ---- Names --------------------------------------------------------------------------------------
+
+constexpr bool IsLetter(unsigned char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+constexpr bool IsDigit(unsigned char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// What each byte becomes inside a name, and at its head when `first`. A leading "-" or "." is kept,
+/// although XML has no such names.
+constexpr std::array<char, 256> CleanedBytes(bool first)
+{
+    std::array<char, 256> cleaned{};
+    for (unsigned int i = 0; i < 256; ++i) {
+        const auto c = static_cast<unsigned char>(i);
+        const bool kept = IsLetter(c) || c == '_' || c == '-' || c == '.' || (IsDigit(c) && !first);
+        cleaned[i] = kept ? static_cast<char>(c) : '_';
+    }
+    return cleaned;
+}
+
+// ---- Escaping -----------------------------------------------------------------------------------
+
+/// What one byte of text becomes. Eight bytes in all, so that a piece is copied in one go and the
+/// next one then covers what was too much.
+struct Piece
+{
+    char text[7];
+    unsigned char length;
+};
+static_assert(sizeof(Piece) == 8);
+
+constexpr std::size_t longestPiece = 6;
+
+using Pieces = std::array<Piece, 256>;
+
+constexpr Piece PieceOf(std::string_view text)
+{
+    Piece piece{};
+    for (char c : text) {
+        piece.text[piece.length++] = c;
+    }
+    return piece;
+}
+
+constexpr Pieces PrintablePieces()
+{
+    Pieces pieces{};
+    for (unsigned int i = 0; i < 256; ++i) {
+        const char c = static_cast<char>(i);
+        pieces[i] = PieceOf({&c, 1});
+    }
+    pieces['"'] = PieceOf("&quot;");
+    pieces['&'] = PieceOf("&amp;");
+    pieces['\''] = PieceOf("&apos;");
+    pieces['<'] = PieceOf("&lt;");
+    pieces['>'] = PieceOf("&gt;");
+    return pieces;
+}
+
+constexpr Pieces UnprintablePieces()
+{
+    Pieces pieces{};
+    for (unsigned int i = 0; i < 256; ++i) {
+        const char text[] = {'\\', 'x', hexDigits[i >> 4], hexDigits[i & 15]};
+        pieces[i] = PieceOf({text, sizeof text});
+    }
+    return pieces;
+}
+
+constexpr Pieces printablePieces = PrintablePieces();
+constexpr Pieces unprintablePieces = UnprintablePieces();
+
+/// The locale in force decides at each text which bytes are printable.
+const Piece& PieceFor(unsigned char byte)
+{
+    return std::isprint(byte) != 0 ? printablePieces[byte] : unprintablePieces[byte];
+}
+
+std::size_t RoomForEscaped(std::size_t length)
+{
+    return length * longestPiece + sizeof(Piece);
+}
+
+char* PutPiece(char* out, const Piece& piece)
+{
+    std::memcpy(out, &piece, sizeof piece);
+    return out + piece.length;
+}
+
+char* PutEscaped(char* out, std::string_view text)
+{
+    for (char c : text) {
+        out = PutPiece(out, PieceFor(static_cast<unsigned char>(c)));
+    }
+    return out;
+}
+
+char* PutEscaped(char* out, std::string_view text, const Pieces& pieces)
+{
+    for (char c : text) {
+        out = PutPiece(out, pieces[static_cast<unsigned char>(c)]);
+    }
+    return out;
+}
+
+}  // namespace
+
+void AppendName(LogStream& log, std::string_view name)
+{
+    static constexpr auto head = CleanedBytes(true);
+    static constexpr auto inside = CleanedBytes(false);
+
+    if (name.empty()) {
+        log.Append("emptyIdent");
+        return;
+    }
+    if (char* out = log.Room(name.size())) {
+        *out++ = head[static_cast<unsigned char>(name.front())];
+        for (char c : name.substr(1)) {
+            *out++ = inside[static_cast<unsigned char>(c)];
+        }
+        log.Advance(out);
+    }
+}
+
+void AppendEscaped(LogStream& log, std::string_view text)
+{
+    constexpr std::size_t atATime = 4096;
+
+    if (text.size() < printablePieces.size()) {
+        if (char* out = log.Room(RoomForEscaped(text.size()))) {
+            log.Advance(PutEscaped(out, text));
+        }
+        return;
+    }
+    // A longer text has every byte looked up once instead of asking isprint for each character.
+    Pieces pieces;
+    for (unsigned int i = 0; i < pieces.size(); ++i) {
+        pieces[i] = PieceFor(static_cast<unsigned char>(i));
+    }
+    for (; !text.empty(); text.remove_prefix(std::min(atATime, text.size()))) {
+        if (char* out = log.Room(RoomForEscaped(atATime))) {
+            log.Advance(PutEscaped(out, text.substr(0, atATime), pieces));
+        }
+    }
+}
+
+std::string EscapedText(std::string_view text)
+{
+    std::string escaped(RoomForEscaped(text.size()), '\0');
+    const char* const end = PutEscaped(escaped.data(), text);
+    escaped.resize(static_cast<std::size_t>(end - escaped.data()));
+    return escaped;
+}
+
+void AppendIndentation(LogStream& log, unsigned int levels)
+{
+    static constexpr std::string_view blanks =
+        "                                                                ";
+    constexpr std::size_t blanksPerLevel = 4;
+
+    std::size_t left = blanksPerLevel * levels;
+    for (; left > blanks.size(); left -= blanks.size()) {
+        log.Append(blanks);
+    }
+    log.Append(blanks.substr(0, left));
+}
+
+void AppendDecimal(LogStream& log, unsigned long value)
+{
+    // Whoever inserts into the log stream himself may have set its base or width: those count.
+    if ((log.flags() & std::ios_base::basefield) != std::ios_base::dec || log.width() != 0) {
+        log << value;
+        return;
+    }
+    constexpr std::size_t most = std::numeric_limits<unsigned long>::digits10 + 1;
+    if (char* out = log.Room(most)) {
+        log.Advance(std::to_chars(out, out + most, value).ptr);
+    }
+}
+
+void AppendHex(LogStream& log, unsigned long value, unsigned int digits)
+{
+    char reversed[2 * sizeof value];
+    std::size_t length = 0;
+    do {
+        reversed[length++] = hexDigits[value & 15];
+        value >>= 4;
+    } while (value != 0);
+
+    log.Append("0x");
+    for (; digits > length; --digits) {
+        log.Append("0");
+    }
+    if (char* out = log.Room(length)) {
+        while (length > 0) {
+            *out++ = reversed[--length];
+        }
+        log.Advance(out);
+    }
+    // Whoever inserts into the log stream himself finds it as a number in hexadecimal leaves it.
+    log.fill('0');
+    log.width(0);
+    log.setf(std::ios_base::dec, std::ios_base::basefield);
+}
+
+char* PutHexByte(char* out, unsigned char byte)
+{
+    *out++ = hexDigits[byte >> 4];
+    *out++ = hexDigits[byte & 15];
+    return out;
+}
+
+std::string HexText(unsigned int value)
+{
+    char digits[2 * sizeof value];
+    return "0x" + std::string(digits, std::to_chars(digits, digits + sizeof digits, value, 16).ptr);
+}
+
+}  // namespace Scrivel2

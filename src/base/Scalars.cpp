@@ -1,0 +1,95 @@
+#include "base/ElementForms.h"
+
+namespace Scrivel2
+{
+
+void ScrivelXmlGenBase::WriteNULLPointer(std::string ident)
+{
+    WriteElement(ident, [&] { logFile.Append("NULL"); });
+}
+
+void ScrivelXmlGenBase::WriteAddress(std::string ident, unsigned long address)
+{
+    WriteElement(ident, [&] {
+        if (address == 0) {
+            logFile.Append("NULL");
+        } else {
+            AppendHex(logFile, address, 16);
+        }
+    });
+}
+
+void ScrivelXmlGenBase::WriteChar(std::string ident, char value)
+{
+    // Raw, unlike the characters of a string: "<" reaches the file as it is.
+    WriteElement(ident, [&] { logFile.Append({&value, 1}); });
+}
+
+void ScrivelXmlGenBase::WriteDecimal(std::string ident, unsigned long value)
+{
+    WriteElement(ident, [&] { AppendDecimal(logFile, value); });
+}
+
+void ScrivelXmlGenBase::WriteString(std::string ident, std::string value)
+{
+    WriteElement(ident, [&] { AppendEscaped(logFile, value); });
+}
+
+void ScrivelXmlGenBase::WriteBool(std::string ident, bool value)
+{
+    WriteElement(ident, [&] { logFile.Append(value ? "true" : "false"); });
+}
+
+void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
+{
+    WriteElement(ident, [&] {
+        constexpr std::size_t length = 16 * 2 + 4;
+        if (char* out = logFile.Room(length)) {
+            for (unsigned int i = 16; i-- > 0;) {
+                out = PutHexByte(out, bytes[i]);
+                if (i % 4 == 0) {
+                    *out++ = ' ';  // behind the last group too
+                }
+            }
+            logFile.Advance(out);
+        }
+    });
+}
+
+void ScrivelXmlGenBase::WriteHex(std::string ident, unsigned long value, unsigned int digits)
+{
+    WriteElement(ident, [&] { AppendHex(logFile, value, digits); });
+}
+
+void ScrivelXmlGenBase::WriteBin(std::string ident, unsigned long value, int /*bits*/)
+{
+    // Always five digits: readers of the log count on this width.
+    WriteElement(ident, [&] {
+        const char digits[] = {
+            (value & 16) != 0 ? '1' : '0', (value & 8) != 0 ? '1' : '0', (value & 4) != 0 ? '1' : '0',
+            (value & 2) != 0 ? '1' : '0',  (value & 1) != 0 ? '1' : '0',
+        };
+        logFile.Append({digits, sizeof digits});
+    });
+}
+
+void ScrivelXmlGenBase::WriteCharString(std::string ident, const char* text)
+{
+    if (text == nullptr) {
+        WriteNULLPointer(ident);
+    } else {
+        WriteString(ident, text);
+    }
+}
+
+std::string ScrivelXmlGenBase::CheckString(std::string text)
+{
+    return EscapedText(text);
+}
+
+std::string ScrivelXmlGenBase::CheckChar(char character)
+{
+    return EscapedText({&character, 1});
+}
+
+}  // namespace Scrivel2
