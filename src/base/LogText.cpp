@@ -202,22 +202,21 @@ void AppendDecimal(LogStream& log, unsigned long value)
 
 void AppendHex(LogStream& log, unsigned long value, unsigned int digits)
 {
-    char reversed[2 * sizeof value];
-    std::size_t length = 0;
-    do {
-        reversed[length++] = hexDigits[value & 15];
-        value >>= 4;
-    } while (value != 0);
+    constexpr unsigned int most = 2 * sizeof value;
 
     log.Append("0x");
-    for (; digits > length; --digits) {
+    for (; digits > most; --digits) {
         log.Append("0");
     }
+    unsigned int length = std::max(digits, 1U);
+    while (length < most && value >> (4 * length) != 0) {
+        ++length;
+    }
     if (char* out = log.Room(length)) {
-        while (length > 0) {
-            *out++ = reversed[--length];
+        for (char* digit = out + length; digit != out; value >>= 4) {
+            *--digit = hexDigits[value & 15];
         }
-        log.Advance(out);
+        log.Advance(out + length);
     }
     // Whoever inserts into the log stream himself finds it as a number in hexadecimal leaves it.
     log.fill('0');
