@@ -4,10 +4,12 @@
 #include "support/Platform.h"
 
 #include <cctype>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 
 namespace ScrivelTest
 {
@@ -40,6 +42,8 @@ template class Replaceable<char*(int)>;
 template class Replaceable<pthread_t()>;
 template class Replaceable<int(const char*)>;
 template class Replaceable<int(int)>;
+template class Replaceable<int(const char*, int, mode_t)>;
+template class Replaceable<int(int, struct stat*)>;
 template class Replaceable<ssize_t(int, const void*, std::size_t)>;
 template class Replaceable<ssize_t(int, const void*, std::size_t, off_t)>;
 template class Replaceable<off_t(int, off_t, int)>;
@@ -60,6 +64,8 @@ void Platform::Reset()
     puts.Reset();
     isalpha.Reset();
     isprint.Reset();
+    open.Reset();
+    fstat.Reset();
     write.Reset();
     pwrite.Reset();
     lseek.Reset();
@@ -126,6 +132,23 @@ int isalpha(int character) noexcept
 int isprint(int character) noexcept
 {
     return platform.isprint.Call(character);
+}
+
+int open(const char* name, int flags, ...)
+{
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0) {
+        va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    return platform.open.Call(name, flags, mode);
+}
+
+int fstat(int file, struct stat* status) noexcept
+{
+    return platform.fstat.Call(file, status);
 }
 
 ssize_t write(int file, const void* bytes, std::size_t size)

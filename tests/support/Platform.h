@@ -20,6 +20,7 @@
 #include <utility>
 
 #include <pthread.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -82,6 +83,8 @@ struct Platform
     Replaceable<int(int)> isalpha{"isalpha"};
     Replaceable<int(int)> isprint{"isprint"};
 
+    Replaceable<int(const char*, int, mode_t)> open{"open"};
+    Replaceable<int(int, struct stat*)> fstat{"fstat"};
     Replaceable<ssize_t(int, const void*, std::size_t)> write{"write"};
     Replaceable<ssize_t(int, const void*, std::size_t, off_t)> pwrite{"pwrite"};
     Replaceable<off_t(int, off_t, int)> lseek{"lseek"};
