@@ -1,0 +1,96 @@
+#include "base/ElementForms.h"
+
+#include <utility>
+
+#include <pthread.h>
+
+namespace Scrivel2
+{
+
+ScrivelXmlGenRunBase::ScrivelXmlGenRunBase(const char* name, const char* version)
+    : ScrivelXmlGenBase(name, version), memSpaceNames(nullptr), registerNames(nullptr),
+      layerNames(nullptr)
+{
+}
+
+ScrivelXmlGenRunBase::~ScrivelXmlGenRunBase() = default;
+
+void ScrivelXmlGenRunBase::SetWriteSecure(bool secure)
+{
+    ScrivelXmlGenBase::SetWriteSecure(secure);
+}
+
+// ---- Calls --------------------------------------------------------------------------------------
+
+void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName)
+{
+    WriteDetailedIdent(callName, 0);
+}
+
+void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, unsigned long address)
+{
+    // Four blanks whatever the depth, and both parts as given: this line is the logging layer's own.
+    if (!pendingElementName.empty() && !pendingElementText.empty()) {
+        logFile.Append("    <");
+        logFile.Append(pendingElementName);
+        logFile.Append(">");
+        logFile.Append(pendingElementText);
+        logFile.Append("</");
+        logFile.Append(pendingElementName);
+        logFile.Append(">\n");
+    }
+    // Half an element is dropped too: it must not wait for its other half and a later call.
+    pendingElementName.clear();
+    pendingElementText.clear();
+
+    // The start tag spans three lines. The depth is raised after the first, so that the indentation of
+    // an end tag, one level less, brings the attributes under the "<".
+    WriteTabs(true);
+    ++depth;
+    logFile.Append("<");
+    AppendName(logFile, callName);
+    logFile.Append(" call_num=\"");
+    AppendDecimal(logFile, callNo);
+    logFile.Append("\"\n");
+    WriteTimestamp("call_time", false);
+    const unsigned long thread = Low32(pthread_self());
+    logFile.Append("\n");
+    WriteTabs(false);
+    logFile.Append(" threadId=\"");
+    AppendDecimal(logFile, thread);
+    logFile.Append("\"");
+    if (address != 0) {
+        logFile.Append(" disassembler_address=\"");
+        AppendHex(logFile, address, 16);
+        logFile.Append("\"");
+    }
+    logFile.Append(">\n");
+}
+
+unsigned int ScrivelXmlGenRunBase::EnterCadiCall(std::string callName)
+{
+    WriteCloseInterruptedFunction(callName);
+    ++callNo;
+    WriteDetailedIdent(callName);
+    return callNo;
+}
+
+// ---- What the logging layer sets ----------------------------------------------------------------
+
+void ScrivelXmlGenRunBase::SetMemSpaceNames(const NameTable* names)
+{
+    memSpaceNames = names;
+}
+
+void ScrivelXmlGenRunBase::SetRegisterNames(const NameTable* names)
+{
+    registerNames = names;
+}
+
+void ScrivelXmlGenRunBase::SetPendingElement(std::string name, std::string text)
+{
+    pendingElementName = std::move(name);
+    pendingElementText = std::move(text);
+}
+
+}  // namespace Scrivel2
