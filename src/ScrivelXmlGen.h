@@ -312,8 +312,10 @@ protected:
     template <typename Value, typename WriteValue>
     void WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue);
 
-    /// Writes the name of an enumerator, or, when `name` is null, the message and the value.
-    void WriteName(const std::string& ident, const char* name, const char* message, std::int32_t value);
+    /// Writes the name of an enumerator, or, when `name` is null, the message and the value in
+    /// hexadecimal.
+    template <typename Enumeration>
+    void WriteName(const std::string& ident, const char* name, const char* message, Enumeration value);
 
     // ---- Data ---------------------------------------------------------------------------------
 

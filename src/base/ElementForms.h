@@ -69,6 +69,20 @@ void ScrivelXmlGenBase::WritePointee(const std::string& ident, Value* pointer, W
     }
 }
 
+template <typename Enumeration>
+void ScrivelXmlGenBase::WriteName(const std::string& ident, const char* name, const char* message,
+                                  Enumeration value)
+{
+    WriteElement(ident, [&] {
+        if (name != nullptr) {
+            logFile.Append(name);
+        } else {
+            logFile.Append(message);
+            AppendHex(logFile, static_cast<std::uint32_t>(value), 0);
+        }
+    });
+}
+
 /// The name at an enumerator's place in its table; null for a value outside, negative ones included.
 template <std::size_t size, typename Enumeration>
 const char* NameAt(const char* const (&table)[size], Enumeration value)

@@ -204,7 +204,6 @@ void AppendHex(LogStream& log, unsigned long value, unsigned int digits)
 {
     constexpr unsigned int most = 2 * sizeof value;
 
-    log.Append("0x");
     for (; digits > most; --digits) {
         log.Append("0");
     }

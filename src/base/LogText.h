@@ -25,10 +25,10 @@ void AppendIndentation(LogStream& log, unsigned int levels);
 
 void AppendDecimal(LogStream& log, unsigned long value);
 
-/// Appends "0x" and lower-case digits, at least `digits` of them.
+/// Appends lower-case hexadecimal digits, at least `digits` of them.
 void AppendHex(LogStream& log, unsigned long value, unsigned int digits);
 
-/// Appends the two lower-case hexadecimal digits of a byte.
+/// Puts down the two lower-case hexadecimal digits of a byte.
 char* PutHexByte(char* out, unsigned char byte);
 
 /// "0x" and the value in lower-case hexadecimal without leading zeros.

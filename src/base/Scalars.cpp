@@ -14,6 +14,7 @@ void ScrivelXmlGenBase::WriteAddress(std::string ident, unsigned long address)
         if (address == 0) {
             logFile.Append("NULL");
         } else {
+            logFile.Append("0x");
             AppendHex(logFile, address, 16);
         }
     });
@@ -58,7 +59,10 @@ void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
 
 void ScrivelXmlGenBase::WriteHex(std::string ident, unsigned long value, unsigned int digits)
 {
-    WriteElement(ident, [&] { AppendHex(logFile, value, digits); });
+    WriteElement(ident, [&] {
+        logFile.Append("0x");
+        AppendHex(logFile, value, digits);
+    });
 }
 
 void ScrivelXmlGenBase::WriteBin(std::string ident, unsigned long value, int /*bits*/)

@@ -16,13 +16,12 @@ void Scrivel2XmlGenConnect::SetWriteSecure(bool secure)
 
 void Scrivel2XmlGenConnect::WriteValueDataType(std::string ident, eslapi::CADIValueDataType_t value)
 {
-    WriteName(ident, ValueDataTypeName(value),
-              "Invalid value data type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, ValueDataTypeName(value), "Invalid value data type: 0x", value);
 }
 
 void Scrivel2XmlGenConnect::WriteReturnType(std::string ident, eslapi::CADIReturn_t value)
 {
-    WriteName(ident, ReturnName(value), "Invalid return type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, ReturnName(value), "Invalid return type: 0x", value);
 }
 
 // ---- Factories and simulations ------------------------------------------------------------------

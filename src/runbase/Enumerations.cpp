@@ -3,29 +3,23 @@
 namespace Scrivel2
 {
 
-// The "0x" of a message's value comes with the value.
-
 // ---- One table each -----------------------------------------------------------------------------
 
 void ScrivelXmlGenRunBase::WriteReturnType(std::string ident, eslapi::CADIReturn_t value)
 {
-    WriteName(ident, ReturnName(value), "Invalid return type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, ReturnName(value), "Invalid return type: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteValueDataType(std::string ident, eslapi::CADIValueDataType_t value)
 {
-    WriteName(ident, ValueDataTypeName(value),
-              "Invalid value data type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, ValueDataTypeName(value), "Invalid value data type: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactoryErrorCode(std::string ident, eslapi::CADIFactoryErrorCode_t value)
 {
     const auto index = static_cast<std::uint32_t>(value);
-    if (index < factoryErrorNames.size()) {
-        WriteElement(ident, [&] { logFile.Append(factoryErrorNames[index]); });
-    } else {
-        WriteName(ident, nullptr, "Invalid factory error code: ", static_cast<std::int32_t>(value));
-    }
+    const char* name = index < factoryErrorNames.size() ? factoryErrorNames[index].c_str() : nullptr;
+    WriteName(ident, name, "Invalid factory error code: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
@@ -36,8 +30,8 @@ void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
         "CADIFACT_SEVERITY_WARNING",
         "CADIFACT_SEVERITY_ERROR",
     };
-    WriteName(ident, NameAt(factory_severity_code_to_string, value),
-              "Invalid factory severity code: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(factory_severity_code_to_string, value), "Invalid factory severity code: 0x",
+              value);
 }
 
 void ScrivelXmlGenRunBase::WriteBptType(std::string ident, eslapi::CADIBptType_t value)
@@ -48,13 +42,12 @@ void ScrivelXmlGenRunBase::WriteBptType(std::string ident, eslapi::CADIBptType_t
     };
     const char* name = value == eslapi::CADI_BPT_USER_DEFINED ? "CADI_BPT_USER_DEFINED"
                                                               : NameAt(bpt_type_to_string, value);
-    WriteName(ident, name, "Invalid bpt type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, name, "Invalid bpt type: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteBptConditionOperator(std::string ident,
                                                      eslapi::CADIBptConditionOperator_t value)
 {
-    // The four unsigned comparisons have no names here: readers of the log know them by their messages.
     static constexpr const char* bpt_condition_operator_to_string[] = {
         "CADI_BPT_COND_UNCONDITIONAL",
         "CADI_BPT_COND_EQUALS",
@@ -63,9 +56,15 @@ void ScrivelXmlGenRunBase::WriteBptConditionOperator(std::string ident,
         "CADI_BPT_COND_GREATER_THAN_OR_EQUALS_SIGNED",
         "CADI_BPT_COND_LESS_THAN_SIGNED",
         "CADI_BPT_COND_LESS_THAN_OR_EQUALS_SIGNED",
+        "CADI_BPT_COND_GREATER_THAN_UNSIGNED",
+        "CADI_BPT_COND_GREATER_THAN_OR_EQUALS_UNSIGNED",
+        "CADI_BPT_COND_LESS_THAN_UNSIGNED",
+        "CADI_BPT_COND_LESS_THAN_OR_EQUALS_UNSIGNED",
     };
-    WriteName(ident, NameAt(bpt_condition_operator_to_string, value),
-              "Invalid breakpoint condition operator: ", static_cast<std::int32_t>(value));
+    // The unsigned comparisons are not written by name: readers of the log know them by their messages.
+    const bool named = value <= eslapi::CADI_BPT_COND_LESS_THAN_OR_EQUALS_SIGNED;
+    WriteName(ident, named ? NameAt(bpt_condition_operator_to_string, value) : nullptr,
+              "Invalid breakpoint condition operator: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteBptConfigure(std::string ident, eslapi::CADIBptConfigure_t value)
@@ -74,8 +73,7 @@ void ScrivelXmlGenRunBase::WriteBptConfigure(std::string ident, eslapi::CADIBptC
         "CADI_BPT_Disable",
         "CADI_BPT_Enable",
     };
-    WriteName(ident, NameAt(bpt_configure_to_string, value),
-              "Invalid CADIBptConfigure value: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(bpt_configure_to_string, value), "Invalid CADIBptConfigure value: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteExceptionAction(std::string ident, eslapi::CADIExceptionAction_t value)
@@ -85,8 +83,7 @@ void ScrivelXmlGenRunBase::WriteExceptionAction(std::string ident, eslapi::CADIE
         "CADI_EXCEPTION_Lower",
         "CADI_EXCEPTION_Pulse",
     };
-    WriteName(ident, NameAt(exception_action_to_string, value),
-              "Invalid exception action: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(exception_action_to_string, value), "Invalid exception action: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteRegAccessAttribute(std::string ident,
@@ -97,8 +94,8 @@ void ScrivelXmlGenRunBase::WriteRegAccessAttribute(std::string ident,
         "CADI_REG_WRITE_ONLY",           "CADI_REG_READ_WRITE_RESTRICTED",
         "CADI_REG_READ_ONLY_RESTRICTED", "CADI_REG_WRITE_ONLY_RESTRICTED",
     };
-    WriteName(ident, NameAt(reg_access_attribute_to_string, value),
-              "Invalid reg access attribute: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(reg_access_attribute_to_string, value), "Invalid reg access attribute: 0x",
+              value);
 }
 
 void ScrivelXmlGenRunBase::WriteRegType(std::string ident, eslapi::CADIRegType_t value)
@@ -107,8 +104,7 @@ void ScrivelXmlGenRunBase::WriteRegType(std::string ident, eslapi::CADIRegType_t
         "CADI_REGTYPE_Simple",
         "CADI_REGTYPE_Compound",
     };
-    WriteName(ident, NameAt(reg_type_to_string, value),
-              "Invalid reg type: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(reg_type_to_string, value), "Invalid reg type: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteRegDisplay(std::string ident, eslapi::CADIRegDisplay_t value)
@@ -118,8 +114,7 @@ void ScrivelXmlGenRunBase::WriteRegDisplay(std::string ident, eslapi::CADIRegDis
         "CADI_REGTYPE_FLOAT", "CADI_REGTYPE_SYMBOL", "CADI_REGTYPE_STRING", "CADI_REGTYPE_PC",
         "CADI_REGTYPE_BIN",   "CADI_REGTYPE_OCT",
     };
-    WriteName(ident, NameAt(reg_display_to_string, value),
-              "Invalid reg display: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(reg_display_to_string, value), "Invalid reg display: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteMemReadWrite(std::string ident, eslapi::CADIMemReadWrite_t value)
@@ -129,8 +124,7 @@ void ScrivelXmlGenRunBase::WriteMemReadWrite(std::string ident, eslapi::CADIMemR
         "CADI_MEM_WriteOnly",
         "CADI_MEM_ReadWrite",
     };
-    WriteName(ident, NameAt(mem_read_Write_to_string, value),
-              "Invalid mem read write: ", static_cast<std::int32_t>(value));
+    WriteName(ident, NameAt(mem_read_Write_to_string, value), "Invalid mem read write: 0x", value);
 }
 
 // ---- Others -------------------------------------------------------------------------------------

@@ -60,7 +60,7 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, unsigned lon
     AppendDecimal(logFile, thread);
     logFile.Append("\"");
     if (address != 0) {
-        logFile.Append(" disassembler_address=\"");
+        logFile.Append(" disassembler_address=\"0x");
         AppendHex(logFile, address, 16);
         logFile.Append("\"");
     }
