@@ -1,5 +1,7 @@
 #include "support/GeneratorTest.h"
 
+#include "support/Memory.h"
+
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -45,6 +47,7 @@ ScratchTest::ScratchTest() : startFolder(fs::current_path())
 
 ScratchTest::~ScratchTest()
 {
+    refuseMemory = nullptr;
     platform.Reset();
     fs::current_path(startFolder);
     fs::remove_all(scratch);

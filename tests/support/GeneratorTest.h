@@ -16,6 +16,7 @@
 #include "support/Platform.h"
 #include "support/Xml.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -51,6 +52,23 @@ private:
     std::filesystem::path startFolder;
     std::filesystem::path scratch;
     timeval now{1000, 0};
+};
+
+/// A generator whose data a test reaches as a derived generator does.
+template <typename Generator>
+struct Unprotected : Generator
+{
+    using Generator::Generator;
+
+    using Generator::callNo;
+    using Generator::callOpen;
+    using Generator::depth;
+    using Generator::factoryErrorNames;
+    using Generator::lastFilePos;
+    using Generator::logFile;
+    using Generator::openCallName;
+    using Generator::pendingTail;
+    using Generator::writeSecure;
 };
 
 template <typename Generator = Scrivel2::Scrivel2XmlGenRun>

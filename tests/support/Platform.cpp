@@ -46,6 +46,7 @@ template class Replaceable<int(const char*, int, mode_t)>;
 template class Replaceable<int(int, struct stat*)>;
 template class Replaceable<ssize_t(int, const void*, std::size_t)>;
 template class Replaceable<ssize_t(int, const void*, std::size_t, off_t)>;
+template class Replaceable<ssize_t(int, void*, std::size_t, off_t)>;
 template class Replaceable<off_t(int, off_t, int)>;
 template class Replaceable<int(int, off_t)>;
 
@@ -68,6 +69,7 @@ void Platform::Reset()
     fstat.Reset();
     write.Reset();
     pwrite.Reset();
+    pread.Reset();
     lseek.Reset();
     ftruncate.Reset();
     close.Reset();
@@ -164,6 +166,16 @@ ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t position)
 ssize_t pwrite64(int file, const void* bytes, std::size_t size, off64_t position)
 {
     return platform.pwrite.Call(file, bytes, size, position);
+}
+
+ssize_t pread(int file, void* bytes, std::size_t size, off_t position)
+{
+    return platform.pread.Call(file, bytes, size, position);
+}
+
+ssize_t pread64(int file, void* bytes, std::size_t size, off64_t position)
+{
+    return platform.pread.Call(file, bytes, size, position);
 }
 
 off_t lseek(int file, off_t offset, int whence) noexcept

@@ -87,6 +87,7 @@ struct Platform
     Replaceable<int(int, struct stat*)> fstat{"fstat"};
     Replaceable<ssize_t(int, const void*, std::size_t)> write{"write"};
     Replaceable<ssize_t(int, const void*, std::size_t, off_t)> pwrite{"pwrite"};
+    Replaceable<ssize_t(int, void*, std::size_t, off_t)> pread{"pread"};
     Replaceable<off_t(int, off_t, int)> lseek{"lseek"};
     Replaceable<int(int, off_t)> ftruncate{"ftruncate"};
     Replaceable<int(int)> close{"close"};

@@ -1,0 +1,22 @@
+#include "support/Memory.h"
+
+#include <new>
+
+namespace ScrivelTest
+{
+
+std::function<bool(std::size_t)> refuseMemory;
+
+}  // namespace ScrivelTest
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    if (ScrivelTest::refuseMemory && ScrivelTest::refuseMemory(size)) {
+        return nullptr;
+    }
+    try {
+        return operator new[](size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
