@@ -18,8 +18,12 @@ void ScrivelXmlGenRunBase::WriteValueDataType(std::string ident, eslapi::CADIVal
 void ScrivelXmlGenRunBase::WriteFactoryErrorCode(std::string ident, eslapi::CADIFactoryErrorCode_t value)
 {
     const auto index = static_cast<std::uint32_t>(value);
-    const char* name = index < factoryErrorNames.size() ? factoryErrorNames[index].c_str() : nullptr;
-    WriteName(ident, name, "Invalid factory error code: 0x", value);
+    if (index < factoryErrorNames.size()) {
+        // In full length: a derived generator's own names may hold any byte.
+        WriteElement(ident, [&] { logFile.Append(factoryErrorNames[index]); });
+    } else {
+        WriteName(ident, nullptr, "Invalid factory error code: 0x", value);
+    }
 }
 
 void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
