@@ -13,8 +13,10 @@ else()
   set(SCRIVEL_CADI_IS_OURS OFF)
 endif()
 
-# A shared library shows the symbols that the version script names and no other.
+# A shared library shows the symbols that the version script names and no other. A pattern can't tell a
+# member of a class from a lambda inside it, which is inline.
 function(scrivel_export_only target version_script)
+  set_target_properties(${target} PROPERTIES VISIBILITY_INLINES_HIDDEN ON)
   target_link_options(${target} PRIVATE LINKER:--version-script=${version_script})
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${version_script})
 endfunction()
