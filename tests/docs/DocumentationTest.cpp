@@ -4,8 +4,11 @@
 //     <!-- snippet: tests/docs/Use.cpp readme-use -->    the region of that file
 //     <!-- log: interrupted -->                          lines of the log that the snippet writes
 //     <!-- log: interrupted/running -->                  lines of the file at that moment of it
-//     <!-- output: xpath -->                             what the region of Recipes.sh prints
+//     <!-- excerpt: tests/package/CMakeLists.txt -->     lines of that file
+//     <!-- output: failed-calls -->                      what that region of Recipes.sh prints
 //     <!-- commands -->                                  command lines that begin with a script of ours
+//
+// In logs, excerpts and output a line of "..." stands for any others.
 //
 // Blocks of the language "text" are drawings and need none of these.
 
@@ -15,6 +18,7 @@
 #include "support/GeneratorTest.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -86,6 +90,10 @@ protected:
             EXPECT_EQ(Text(block.text), Text(RegionOf(ReadLines(source / arguments[0]), arguments[1])));
         } else if (block.kind == "log" && arguments.size() == 1) {
             CheckLog(block.text, arguments[0]);
+        } else if (block.kind == "excerpt" && arguments.size() == 1) {
+            EXPECT_TRUE(Shows(ReadLines(source / arguments[0]), block.text)) << Text(block.text);
+        } else if (block.kind == "output" && arguments.size() == 1) {
+            CheckOutput(block.text, arguments[0]);
         } else if (block.kind == "commands") {
             CheckCommands(block.text);
         } else {
@@ -118,6 +126,33 @@ private:
         }
         fs::remove_all(folder);
         EXPECT_TRUE(found) << "shown:\n" << Text(shown) << "written:\n" << written;
+    }
+
+    /// Runs a recipe in a folder that holds the logs of the example session.
+    static void CheckOutput(const Lines& shown, const std::string& recipe)
+    {
+        const fs::path folder = fs::absolute("session");
+        if (!fs::exists(folder)) {
+            fs::create_directory(folder);
+            Run(folder, {SCRIVEL_DEBUG_SESSION});
+            Run(folder, {std::string(SCRIVEL_DEBUG_SESSION) + " --crash"});
+        }
+        const Lines written = Run(folder, RegionOf(ReadLines(source / "tests/docs/Recipes.sh"), recipe));
+        EXPECT_TRUE(Shows(Shape(written), Shape(shown))) << "shown:\n"
+                                                         << Text(shown) << "written:\n"
+                                                         << Text(written);
+    }
+
+    /// What the shell prints that runs these lines in the folder.
+    static Lines Run(const fs::path& folder, const Lines& script)
+    {
+        const fs::path before = fs::current_path();
+        fs::current_path(folder);
+        std::ofstream("../script") << Text(script);
+        const int status = std::system("sh ../script >../output 2>&1");
+        fs::current_path(before);
+        EXPECT_NE(status, -1);
+        return ReadLines("output");
     }
 
     static void CheckCommands(const Lines& lines)
