@@ -1,0 +1,154 @@
+// One log and its lock.
+
+#ifndef SCRIVEL_LAYER_CALLLOG_H
+#define SCRIVEL_LAYER_CALLLOG_H
+
+#include "CompleteFileGenerator.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include <locale.h>
+#include <unistd.h>
+
+namespace Scrivel2
+{
+
+/// How many forks lie between this process and the one that loaded the library. A child's number
+/// differs from its parent's, so a log knows in which of the two it was started.
+unsigned int ForkCount();
+
+/// While one of these lives the thread's C locale is the classic one, in which every byte from 0x80 up
+/// is escaped. In an 8-bit locale the log would have bytes that are no UTF-8.
+class ClassicLocale
+{
+public:
+    ClassicLocale();
+    ~ClassicLocale() { uselocale(before); }
+    ClassicLocale(const ClassicLocale&) = delete;
+    ClassicLocale& operator=(const ClassicLocale&) = delete;
+
+private:
+    locale_t before;
+};
+
+/// A log of calls, from its construction until EndLogging or its destruction. LoggedCall writes the
+/// calls; `Generator` is Scrivel2XmlGenRun or Scrivel2XmlGenConnect. Any thread may log at any time.
+/// LoggedCalls refer to their log: it must outlive them.
+///
+/// A child that the process forks does not log: what it would write belongs to the parent's file. It may
+/// start logs of its own.
+template <typename Generator>
+class CallLog
+{
+public:
+    /// Starts a log in the current directory, run-4242.xml for the name "run". A name that XML doesn't
+    /// allow is made legal, and one that is in use gets a number (UnusedLogName): nothing is
+    /// overwritten. Where process ids come again, DatedName("run") tells the logs apart. A file that
+    /// can't be made is reported on standard error, and what is logged is lost.
+    explicit CallLog(std::string_view name)
+        : logName(UnusedLogName(name)), fileName(logName + "-" + std::to_string(getpid()) + ".xml"),
+          forkCount(ForkCount()), generator(logName.c_str())
+    {
+        generator.StartLogging();
+    }
+
+    CallLog(const CallLog&) = delete;
+    CallLog& operator=(const CallLog&) = delete;
+
+    ~CallLog() { EndLogging(); }
+
+    /// Completes and closes the file. Calls that have not returned yet stay in it as they are; what is
+    /// logged from now on is dropped.
+    void EndLogging()
+    {
+        if (const Access log{*this}) {
+            ended = true;
+            log->EndLogging();
+        }
+    }
+
+    /// The log's file, as seen from the directory that was the current one at its start.
+    const std::string& FileName() const { return fileName; }
+
+    /// Whether the log goes on: it was opened, not ended, and every write has gone well so far.
+    bool IsGood()
+    {
+        const Access log{*this};
+        return log && log->IsGood();
+    }
+
+    /// Writes a comment between two calls, or at the end of the call that is running. The text may be
+    /// any; "--" and what XML doesn't allow are changed (CommentText).
+    ///
+    ///     <!-- loaded crc.elf -->
+    void Comment(std::string_view text)
+    {
+        if (const Access log{*this}) {
+            log->WriteCommentAndFlush(text);
+        }
+    }
+
+    /// The generator, for one thread at a time: locks the log while it lives. False when nothing may be
+    /// written, because the log has ended or the process is a forked child (whose copy of the lock may
+    /// be held by a thread that it doesn't have).
+    class Access
+    {
+    public:
+        explicit Access(CallLog& callLog) : generator(nullptr), lock(callLog.mutex, std::defer_lock)
+        {
+            if (callLog.forkCount == ForkCount()) {
+                lock.lock();
+                generator = callLog.ended ? nullptr : &callLog.generator;
+            }
+        }
+
+        explicit operator bool() const { return generator != nullptr; }
+        CompleteFileGenerator<Generator>& operator*() const { return *generator; }
+        CompleteFileGenerator<Generator>* operator->() const { return generator; }
+
+    private:
+        CompleteFileGenerator<Generator>* generator;
+        std::unique_lock<std::mutex> lock;
+        ClassicLocale locale;
+    };
+
+private:
+    std::string logName;
+    std::string fileName;
+    unsigned int forkCount;
+    std::mutex mutex;
+    bool ended = false;
+    CompleteFileGenerator<Generator> generator;
+};
+
+/// The log of the calls with which a debugger finds factories, simulations and targets.
+using ConnectLog = CallLog<Scrivel2XmlGenConnect>;
+
+/// The log of the calls of a debugger on an attached target. It learns the names of registers and memory
+/// spaces from what the target describes, and from then on values bear them:
+///
+///     <reg>                                  <location>
+///         <a0>                                   <spaceId>1</spaceId>
+///             <regNumber>10</regNumber>          <spaceName>RAM</spaceName>
+class RunLog : public CallLog<Scrivel2XmlGenRun>
+{
+public:
+    explicit RunLog(std::string_view name);
+    ~RunLog();
+
+    /// To be called with what the target has returned. Later descriptions of the same register or space
+    /// take the place of earlier ones. A null pointer teaches nothing.
+    void LearnRegisters(const eslapi::CADIRegInfo_t* infos, unsigned int count);
+    void LearnMemSpaces(const eslapi::CADIMemSpaceInfo_t* spaces, unsigned int count);
+
+private:
+    std::map<unsigned int, std::string> registerNames;
+    std::map<unsigned int, std::string> memSpaceNames;
+};
+
+}  // namespace Scrivel2
+
+#endif

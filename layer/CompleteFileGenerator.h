@@ -1,0 +1,212 @@
+// A generator whose file is a complete document at every moment, also while the target runs.
+
+#ifndef SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
+#define SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
+
+#include "LogNames.h"
+#include "ScrivelXmlGen.h"
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace Scrivel2
+{
+
+/// A Scrivel2XmlGenRun or Scrivel2XmlGenConnect that leaves the root end tag in the file after every
+/// flush, so that a log whose process dies inside a call of the target is complete, with that call and
+/// all its arguments. Once the call has returned the bytes are those of the generator underneath.
+///
+///     after the arguments' flush     <CADIMemRead call_num="7" ...>
+///                                        <unitsToRead>4</unitsToRead>
+///                                    </CADIMemRead>
+///                                </trace-4242>
+///
+/// Its owner keeps to the calling order, one thread at a time; CallLog and LoggedCall do. What it does
+/// otherwise than the generator underneath, besides the root end tag:
+///
+///  - The comments that mark interrupted and continued calls reach the file with the flush that closes
+///    the document behind them.
+///  - The end tag of a call that is still open stays, when an older call is continued or the log ends.
+///  - Elements named with a leading "-" or "." are written with "_" in its place, and characters that
+///    XML readers refuse are escaped by WriteChar and WriteCharPtrVal too.
+template <typename Generator>
+class CompleteFileGenerator : public Generator
+{
+public:
+    using Generator::Generator;
+
+    // ---- Frame operations ---------------------------------------------------------------------
+
+    /// As the generator's own, and the root end tag behind the provisional end tag of an open call.
+    void FlushOutput(bool finalTag, std::string callName) override
+    {
+        endsInCallTag = !finalTag;
+        if (finalTag || !this->writeSecure) {
+            Generator::FlushOutput(finalTag, std::move(callName));
+            return;
+        }
+        // ...<unitsToRead>4</unitsToRead>\n|    </CADIMemRead>\n|</trace-4242>\n
+        //                                  | = lastFilePos      | = put position: who keeps the call's
+        //                                                           end tag goes on from there
+        {
+            const LogStream::FlushHold hold(this->logFile);
+            Generator::FlushOutput(false, std::move(callName));
+        }
+        const auto behindCallTag = this->logFile.tellp();
+        this->logFile.Append(this->GetFileEndTag());
+        this->logFile.flush();
+        this->logFile.seekp(behindCallTag);
+    }
+
+    void WriteCloseInterruptedFunction(std::string callName) override
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        Generator::WriteCloseInterruptedFunction(std::move(callName));
+    }
+
+    void WriteContinueFunction(unsigned int number, std::string callName) override
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        if (endsInCallTag && number != this->callNo) {
+            this->UpdateFilePointerPosition();  // a younger call is open: its end tag stays
+        }
+        Generator::WriteContinueFunction(number, std::move(callName));
+    }
+
+    void EndLogging() override
+    {
+        if (endsInCallTag) {
+            this->UpdateFilePointerPosition();  // a call is open: its end tag stays
+        }
+        Generator::EndLogging();
+    }
+
+    void WriteTimestamp(const std::string& name, bool asElement) override
+    {
+        if (!reopening) {
+            Generator::WriteTimestamp(name, asElement);
+        }
+    }
+
+    void WriteIdent(std::string name, bool openTag, bool newline) override
+    {
+        MakeHeadLegal(name);
+        Generator::WriteIdent(std::move(name), openTag, newline);
+    }
+
+    void WriteIdentWithoutTabs(std::string name) override
+    {
+        MakeHeadLegal(name);
+        Generator::WriteIdentWithoutTabs(std::move(name));
+    }
+
+    // ---- Writers that would break the document -------------------------------------------------
+    // These hide the generator's own.
+
+    /// Writes the character as the generator does when every reader takes it, else escaped.
+    ///
+    ///     WriteChar("c", 'x')   ->  <c>x</c>
+    ///     WriteChar("c", '<')   ->  <c>&lt;</c>
+    void WriteChar(std::string ident, char value)
+    {
+        const bool plain = value >= ' ' && value <= '~' && value != '<' && value != '>' && value != '&';
+        if (plain) {
+            Generator::WriteChar(std::move(ident), value);
+        } else {
+            this->WriteString(std::move(ident), std::string(1, value));
+        }
+    }
+
+    void WriteCharPtrVal(std::string ident, char* value)
+    {
+        if (value == nullptr) {
+            this->WriteNULLPointer(std::move(ident));
+        } else {
+            WriteChar(std::move(ident), *value);
+        }
+    }
+
+    /// Writes a comment at the put position, among arguments or results. The text may be any.
+    void WriteComment(const std::string& text)
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        this->UpdateFilePointerPosition();
+        Generator::WriteComment(CommentText(text));
+    }
+
+    // ---- What CallLog and LoggedCall are made of -----------------------------------------------
+
+    /// Enters a call of either phase and returns its number. The arguments and a flush must follow.
+    unsigned int EnterCall(const std::string& callName)
+    {
+        if constexpr (std::is_base_of_v<ScrivelXmlGenRunBase, Generator>) {
+            return this->EnterCadiCall(callName);
+        } else {
+            this->WriteCloseInterruptedFunction(callName);
+            this->IncCallNo();
+            this->WriteDetailedIdent(callName);
+            return this->GetCallNo();
+        }
+    }
+
+    /// Whether the call is the one whose provisional end tag ends the file.
+    bool IsOpen(unsigned int number) const { return endsInCallTag && number == this->callNo; }
+
+    /// Goes on with a call that has not returned yet: reopens its element, as WriteContinueFunction
+    /// does, without a return time.
+    void ReopenCall(unsigned int number, const std::string& callName)
+    {
+        reopening = true;
+        WriteContinueFunction(number, callName);
+        reopening = false;
+    }
+
+    /// Writes a comment between calls, or at the end of the call that is open, and flushes.
+    void WriteCommentAndFlush(std::string_view text)
+    {
+        {
+            const LogStream::FlushHold hold(this->logFile);
+            Generator::WriteComment(CommentText(text));
+        }
+        FlushOutput(!endsInCallTag, this->openCallName);
+    }
+
+    /// Lets `write` write to the log, then `finish`. When `write` throws, what it has written becomes
+    /// blanks, so that `finish` completes the document before the exception goes on.
+    template <typename Write, typename Finish>
+    void WriteAndFinish(Write& write, Finish finish)
+    {
+        const auto start = this->logFile.tellp();
+        const unsigned int startDepth = this->depth;
+        try {
+            write(*this);
+        } catch (...) {
+            const auto length = this->logFile.tellp() - start;
+            this->logFile.seekp(start);
+            this->logFile.Append(std::string(length > 0 ? static_cast<std::size_t>(length) : 0, ' '));
+            this->depth = startDepth;
+            finish();
+            throw;
+        }
+        finish();
+    }
+
+    bool IsGood() const { return this->logFile.good(); }
+
+private:
+    static void MakeHeadLegal(std::string& name)
+    {
+        if (!name.empty() && (name.front() == '-' || name.front() == '.')) {
+            name.front() = '_';
+        }
+    }
+
+    bool endsInCallTag = false;  ///< the last flush wrote the end tag of an open call
+    bool reopening = false;
+};
+
+}  // namespace Scrivel2
+
+#endif

@@ -1,0 +1,96 @@
+#include "LogNames.h"
+
+#include <cerrno>
+#include <ctime>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Scrivel2
+{
+namespace
+{
+
+bool IsLetter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+
+bool IsNameCharacter(char c)
+{
+    return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
+/// Makes the file, unless there is one.
+bool MakeFile(const std::string& fileName)
+{
+    const int file = open(fileName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) {
+        return false;
+    }
+    close(file);
+    return true;
+}
+
+}  // namespace
+
+std::string LegalName(std::string_view text)
+{
+    if (text.empty()) {
+        return "emptyIdent";
+    }
+    std::string name(text);
+    char last = '\0';
+    for (char& c : name) {
+        if (!IsNameCharacter(c) || (c == '-' && last == '-')) {
+            c = '_';
+        }
+        last = c;
+    }
+    if (!IsLetter(name.front())) {
+        name.front() = '_';
+    }
+    return name;
+}
+
+std::string DatedName(std::string_view name)
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char date[32];
+    const std::size_t length = std::strftime(date, sizeof date, "-%Y%m%d-%H%M%S", &local);
+    return std::string(name).append(date, length);
+}
+
+std::string UnusedLogName(std::string_view name)
+{
+    const std::string wanted = LegalName(name);
+    const std::string fileNameEnd = "-" + std::to_string(getpid()) + ".xml";
+    std::string unused = wanted;
+    for (unsigned int next = 2; !MakeFile(unused + fileNameEnd) && errno == EEXIST; ++next) {
+        unused = wanted + "-" + std::to_string(next);
+    }
+    return unused;
+}
+
+std::string CommentText(std::string_view text)
+{
+    static constexpr char hexDigits[] = "0123456789abcdef";
+    std::string safe;
+    safe.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool allowed = (byte >= ' ' && byte < 0x7f) || c == '\n' || c == '\t';
+        if (!allowed) {
+            safe += {'\\', 'x', hexDigits[byte >> 4], hexDigits[byte & 15]};
+        } else if (c == '-' && !safe.empty() && safe.back() == '-') {
+            safe += " -";
+        } else {
+            safe += c;
+        }
+    }
+    return safe;
+}
+
+}  // namespace Scrivel2

@@ -1,0 +1,179 @@
+// The guard that logs one call, and all that an engineer includes to log a target.
+//
+// A wrapper stands in for the target and forwards each call through a guard:
+//
+//     Scrivel2::RunLog log("run");                                  // run-4242.xml
+//
+//     CADIReturn_t LoggedTarget::CADIRegRead(std::uint32_t count, CADIReg_t* values)
+//     {
+//         LoggedCall call(log, "CADIRegRead");
+//         call.Arguments([&](auto& xml) { xml.WriteDecimal("regCount", count); });
+//         const auto status = target.CADIRegRead(count, values);    // the log is not locked here
+//         call.Results([&](auto& xml) {
+//             xml.WriteRegArray("reg", values, count);
+//             xml.WriteReturnType("return", status);
+//         });
+//         return status;
+//     }
+//
+// which writes
+//
+//     <CADIRegRead call_num="1"
+//      call_time="0.000071 s"
+//      threadId="1234">
+//         <regCount>1</regCount>
+//         <return_time>0.000093 s</return_time>
+//         <reg>
+//             ...
+//         </reg>
+//         <return>CADI_STATUS_OK</return>
+//     </CADIRegRead>
+//
+// A call without arguments or results leaves those lines out; the guard alone logs that it was made and
+// when it returned. A log of the connection phase is a Scrivel2::ConnectLog, used in the same way.
+//
+// What is in the file: a complete document, at every moment, in whatever order calls interrupt each
+// other. From the guard's construction on it has the call in it, and from Arguments on the arguments, so
+// when the target crashes the log has the call that it crashed in:
+//
+//     <CADIMemRead call_num="7"
+//      call_time="0.010020 s"
+//      threadId="1234">
+//         <bytes>4</bytes>
+//     </CADIMemRead>
+//
+// Calls may come from several threads, and the target may call back while it runs: a call that is
+// entered while another runs closes the other's element, with a comment, and the other's results stand
+// in a second element of the same number.
+//
+//     <CADIExecContinue call_num="8" ...>
+//     </CADIExecContinue>
+//
+//     <!-- Call 8 ("CADIExecContinue") interrupted -->
+//
+//     <modeChange call_num="9" ...>
+//         ...
+//     </modeChange>
+//
+//     <!-- Continuing call 8 ("CADIExecContinue") -->
+//
+//     <CADIExecContinue call_num="8">
+//         <return_time>0.300120 s</return_time>
+//         <return>CADI_STATUS_OK</return>
+//     </CADIExecContinue>
+
+#ifndef SCRIVEL_LAYER_LOGGEDCALL_H
+#define SCRIVEL_LAYER_LOGGEDCALL_H
+
+#include "CallLog.h"
+
+#include <string>
+#include <string_view>
+
+namespace Scrivel2
+{
+
+/// Logs one call from its construction to its end. It belongs to the one thread that makes the call, and
+/// refers to its log.
+///
+/// The callables that it is given get the log's generator and write with it: all writers of values, and
+/// WriteComment. They run at once, under the log's lock: a logged call made inside one would wait for
+/// itself. When one throws, what it has written is blanked out, and the exception goes on.
+template <typename Generator>
+class LoggedCall
+{
+public:
+    /// Enters the call; it is in the file when this returns. The name is a plain identifier, of 100
+    /// characters at most; any other is made one (LegalName).
+    LoggedCall(CallLog<Generator>& callLog, std::string_view callName)
+        : LoggedCall(callLog, callName, [](auto&) {})
+    {
+    }
+
+    /// Enters the call together with its arguments: one flush instead of two.
+    template <typename WriteArguments>
+    LoggedCall(CallLog<Generator>& callLog, std::string_view callName, WriteArguments writeArguments)
+        : LoggedCall(callName, callLog)
+    {
+        if (const Access xml{log}) {
+            number = xml->EnterCall(name);
+            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
+        }
+    }
+
+    LoggedCall(const LoggedCall&) = delete;
+    LoggedCall& operator=(const LoggedCall&) = delete;
+
+    /// Ends the call when Results hasn't: it has none, or an exception of the target passes.
+    ~LoggedCall()
+    {
+        if (!returned) {
+            try {
+                Results([](auto&) {});
+            } catch (...) {
+                // No memory for the end of the call: the file stays complete without it.
+            }
+        }
+    }
+
+    /// Writes the arguments, to be called before the target runs. When another call was entered since the
+    /// construction they stand in a second element of the call's number.
+    template <typename WriteArguments>
+    void Arguments(WriteArguments writeArguments)
+    {
+        const Access xml{log};
+        if (!xml || number == 0) {
+            return;
+        }
+        if (xml->IsOpen(number)) {
+            xml->SeekFilePointerPosition();
+            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
+        } else {
+            xml->ReopenCall(number, name);
+            xml->WriteAndFinish(writeArguments, [&] { Close(*xml); });
+        }
+    }
+
+    /// Writes the time of the return and the results, to be called after the target has returned, and
+    /// ends the call.
+    template <typename WriteResults>
+    void Results(WriteResults writeResults)
+    {
+        returned = true;
+        const Access xml{log};
+        if (xml && number != 0) {
+            xml->WriteContinueFunction(number, name);
+            xml->WriteAndFinish(writeResults, [&] { Close(*xml); });
+        }
+    }
+
+    /// The call's number in the log; 0 when it is not logged (see CallLog).
+    unsigned int Number() const { return number; }
+
+private:
+    using Access = typename CallLog<Generator>::Access;
+
+    // The end tag of an interrupting call is overwritten by the comment and the reopened element that
+    // follow it: a longer name could stick out behind the end of the document.
+    static constexpr std::size_t longestName = 100;
+
+    LoggedCall(std::string_view callName, CallLog<Generator>& callLog)
+        : log(callLog), name(LegalName(callName.substr(0, longestName)))
+    {
+    }
+
+    void Close(CompleteFileGenerator<Generator>& xml)
+    {
+        xml.WriteIdent(name, false, true);
+        xml.FlushOutput(true, "");
+    }
+
+    CallLog<Generator>& log;
+    std::string name;
+    unsigned int number = 0;
+    bool returned = false;
+};
+
+}  // namespace Scrivel2
+
+#endif
