@@ -301,13 +301,13 @@ protected:
 
     /// `count` is a number, or a pointer to one: null counts as 0, and it is read anew for each entry.
     template <typename Item, typename Count, typename WriteItem>
-    void WriteItems(const std::string& ident, Item* items, Count count, const char* nullName,
+    void WriteItems(const std::string& ident, Item* items, Count count, const std::string& nullName,
                     WriteItem writeItem);
 
     /// Items of an integer type, in decimal or in as many hexadecimal digits as the type holds.
     template <typename Integer>
     void WriteIntegers(const std::string& ident, const Integer* items, unsigned int count, bool hex,
-                       const char* nullName, const char* childName);
+                       const std::string& nullName, const char* childName);
 
     template <typename Value, typename WriteValue>
     void WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue);

@@ -44,7 +44,7 @@ void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned ch
 
 template <typename Integer>
 void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
-                                      bool hex, const char* nullName, const char* childName)
+                                      bool hex, const std::string& nullName, const char* childName)
 {
     constexpr unsigned int digits = 2 * sizeof(Integer);
     WriteItems(ident, items, count, nullName, [&](Integer item) {
@@ -59,13 +59,13 @@ void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* i
 void ScrivelXmlGenBase::WriteUint8Array(std::string ident, const unsigned char* items, unsigned int count,
                                         bool hex)
 {
-    WriteIntegers(ident, items, count, hex, ident.c_str(), "value");
+    WriteIntegers(ident, items, count, hex, ident, "value");
 }
 
 void ScrivelXmlGenBase::WriteUint32Array(std::string ident, const unsigned int* items, unsigned int count,
                                          bool hex)
 {
-    WriteIntegers(ident, items, count, hex, ident.c_str(), "value");
+    WriteIntegers(ident, items, count, hex, ident, "value");
 }
 
 void ScrivelXmlGenBase::WriteUint64Array(std::string ident, const unsigned long* items,

@@ -45,7 +45,7 @@ inline unsigned int EntriesIn(const unsigned int* count)
 /// A container of what `writeItem` makes of each item, or of one null element.
 template <typename Item, typename Count, typename WriteItem>
 void ScrivelXmlGenBase::WriteItems(const std::string& ident, Item* items, Count count,
-                                   const char* nullName, WriteItem writeItem)
+                                   const std::string& nullName, WriteItem writeItem)
 {
     WriteContainer(ident, [&] {
         if (items == nullptr) {

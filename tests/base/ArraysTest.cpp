@@ -260,4 +260,13 @@ TEST_F(Arrays, NamesOfContainersAndChildrenAreCleaned)
               "    </emptyIdent>\n");
 }
 
+TEST_F(Arrays, NullElementNamedAsTheArrayHasAllOfItsName)
+{
+    using namespace std::string_literals;
+    EXPECT_EQ(Written([](auto& log) { log.WriteUint32Array("a\0b"s, nullptr, 0, false); }),
+              "    <a_b>\n"
+              "        <a_b>NULL</a_b>\n"
+              "    </a_b>\n");
+}
+
 }  // namespace
