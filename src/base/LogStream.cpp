@@ -84,6 +84,19 @@ off_t OpenerWithin(off_t from, off_t to)
     return to - opener < shortestInstruction ? -1 : opener;
 }
 
+/// Repeats a system call that a signal has interrupted. One that is interrupted every time counts as
+/// failed: the host program must not hang in its log.
+template <typename SystemCall>
+auto Uninterrupted(SystemCall call)
+{
+    constexpr int mostAttempts = 1000;
+    auto result = call();
+    for (int attempt = 1; attempt < mostAttempts && result < 0 && errno == EINTR; ++attempt) {
+        result = call();
+    }
+    return result;
+}
+
 }  // namespace
 
 /// Keeps the signal of the file-size limit back, once a write has come up against something, until the
@@ -325,11 +338,10 @@ bool LogBuffer::KnowTail(off_t from)
     std::memmove(tail.bytes.get() + missing, tail.bytes.get(), known);
     std::size_t done = 0;
     while (done < missing) {
-        const ssize_t got =
-            pread(descriptor, tail.bytes.get() + done, missing - done, from + static_cast<off_t>(done));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t got = Uninterrupted([&] {
+            return pread(descriptor, tail.bytes.get() + done, missing - done,
+                         from + static_cast<off_t>(done));
+        });
         if (got <= 0) {
             std::memmove(tail.bytes.get(), tail.bytes.get() + missing, known);
             return false;
@@ -502,10 +514,7 @@ bool LogBuffer::WriteText(off_t from, off_t to, FileSizeSignal& signal)
 bool LogBuffer::Write(const char* bytes, std::size_t length, off_t offset, FileSizeSignal& signal)
 {
     while (length > 0) {
-        const ssize_t written = pwrite(descriptor, bytes, length, offset);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t written = Uninterrupted([&] { return pwrite(descriptor, bytes, length, offset); });
         if (written <= 0) {
             return false;
         }
@@ -521,11 +530,7 @@ bool LogBuffer::Write(const char* bytes, std::size_t length, off_t offset, FileS
 
 bool LogBuffer::CutAt(off_t end)
 {
-    int result;
-    do {
-        result = ftruncate(descriptor, end);
-    } while (result != 0 && errno == EINTR);
-    return result == 0;
+    return Uninterrupted([&] { return ftruncate(descriptor, end); }) == 0;
 }
 
 // ---- The stream ---------------------------------------------------------------------------------
