@@ -230,7 +230,22 @@ char* LogBuffer::MakeRoom(std::size_t most)
     if (static_cast<std::size_t>(pptr() - pbase()) + most > mostInMemory && !WriteOutPiece()) {
         return nullptr;
     }
-    return Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most) ? pptr() : nullptr;
+    if (!Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most)) {
+        DropText();
+        return nullptr;
+    }
+    return pptr();
+}
+
+/// After text has been lost: what came before it since the last flush would be half a document, and
+/// closing must not write it.
+void LogBuffer::DropText()
+{
+    if (pieceStart >= 0) {
+        FileSizeSignal signal;
+        PutTailBack(signal);
+    }
+    StartTextAt(textStart);
 }
 
 /// Makes the text reach from `from` to `to`, with what the file has there; false when that is too much

@@ -75,6 +75,7 @@ private:
     // The text in memory.
     char* MakeRoom(std::size_t most);
     bool Enlarge(std::size_t wanted);
+    void DropText();
     char* TextEnd() const;
     off_t EndOffset() const { return textStart + (TextEnd() - pbase()); }
     off_t Position() const { return textStart + (pptr() - pbase()); }
