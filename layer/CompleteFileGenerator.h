@@ -55,7 +55,7 @@ public:
             Generator::FlushOutput(false, std::move(callName));
         }
         const auto behindCallTag = this->logFile.tellp();
-        this->logFile.Append(this->GetFileEndTag());
+        this->logFile.Append(this->FileEndTag());
         this->logFile.flush();
         this->logFile.seekp(behindCallTag);
     }

@@ -317,6 +317,9 @@ protected:
     template <typename Enumeration>
     void WriteName(const std::string& ident, const char* name, const char* message, Enumeration value);
 
+    /// As GetFileEndTag, in memory that the generator keeps: valid until the next call.
+    const std::string& FileEndTag();
+
     // ---- Data ---------------------------------------------------------------------------------
 
     std::string logName;
@@ -333,7 +336,6 @@ protected:
     std::vector<std::string> factoryErrorNames;  ///< in the order of CADIFactoryErrorCode_t
 
 private:
-    const std::string& FileEndTag();
     void AppendTag(const char* opening, const std::string& name);
 
     std::string fileEndTag;  // the memory behind FileEndTag, kept from call to call
