@@ -1,0 +1,34 @@
+// What a strict reader finds in a log.
+
+#ifndef SCRIVEL_TESTS_CRASH_LOGREADER_H
+#define SCRIVEL_TESTS_CRASH_LOGREADER_H
+
+#include "crash/Load.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ScrivelTest
+{
+
+struct LogContents
+{
+    bool accepted = false;     ///< libxml2 accepts the whole, without its recovery mode
+    std::string problem;       ///< what libxml2 said, or which call is not whole
+    unsigned int calls = 0;    ///< so many calls are there, from number 1 on, in order and whole
+    std::size_t elements = 0;  ///< of any name
+};
+
+/// Reads a log of a load's calls; null when the calls don't come from a load: then none is counted.
+LogContents ReadLog(std::string_view bytes, const Load* load);
+
+/// As ReadLog, without holding the file in memory.
+LogContents ReadLogFile(const std::string& fileName, const Load* load);
+
+/// The bytes of a file; empty when there is none.
+std::string FileBytes(const std::string& fileName);
+
+}  // namespace ScrivelTest
+
+#endif

@@ -1,0 +1,130 @@
+#include "crash/Session.h"
+
+#include "crash/LogReader.h"
+#include "support/Platform.h"
+
+#include <csignal>
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ScrivelTest
+{
+
+Session::Session(std::string name, const Load& loadToLog, unsigned int callCount)
+    : logName(std::move(name)), load(loadToLog), calls(callCount)
+{
+    platform.getpid.Use([] { return 4242; });
+    platform.pthread_self.Use([]() -> pthread_t { return 1234; });
+    platform.gettimeofday.Use([](timeval* moment, void*) {
+        *moment = {1000, 0};
+        return 0;
+    });
+    platform.time.Use([](std::time_t*) -> std::time_t { return 1000; });
+}
+
+void Session::Run(Progress& progress, const std::function<void()>& afterFlush)
+{
+    progress.begun = 0;
+    progress.done = 0;
+    const auto flushed = [&] {
+        if (afterFlush) {
+            afterFlush();
+        }
+    };
+    WatchedGenerator log(logName.c_str(), progress);
+    log.StartLogging();
+    flushed();
+    for (unsigned int i = 0; i < calls; ++i) {
+        load.WriteNextCall(log);
+        log.FlushOutput(true, "");
+        flushed();
+    }
+    log.EndLogging();
+    flushed();
+}
+
+std::string Session::FileName() const
+{
+    return logName + "-4242.xml";
+}
+
+const std::vector<std::string>& Session::Documents()
+{
+    if (documents.empty()) {
+        documents.emplace_back();
+        Progress progress{};
+        Run(progress, [&] {
+            documents.push_back(FileBytes(FileName()));
+            if (!ReadLog(documents.back(), nullptr).accepted) {
+                throw std::logic_error("a flush that nothing disturbs leaves no document");
+            }
+        });
+        if (ReadLog(documents.back(), &load).calls != calls) {
+            throw std::logic_error("a log that nothing disturbs doesn't hold all calls");
+        }
+        std::filesystem::remove(FileName());
+    }
+    return documents;
+}
+
+int Session::DocumentNumber(const std::string& bytes, unsigned int atLeast)
+{
+    if (atLeast == 0 && bytes.empty()) {
+        return 0;
+    }
+    const auto& known = Documents();
+    for (auto number = known.size() - 1; number > 0 && number >= atLeast; --number) {
+        const std::string& document = known[number];
+        if (bytes.compare(0, document.size(), document) == 0 &&
+            (bytes.size() == document.size() || ReadLog(bytes, nullptr).accepted)) {
+            return static_cast<int>(number);
+        }
+    }
+    return -1;
+}
+
+ChildEnd InChild(const std::function<void()>& work)
+{
+    constexpr int badAlloc = 3;
+    constexpr int otherException = 4;
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+        alarm(60);
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            _exit(badAlloc);
+        } catch (...) {
+            _exit(otherException);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child) {
+        throw std::runtime_error("no child process");
+    }
+    using Manner = ChildEnd::Manner;
+    if (WIFSIGNALED(status)) {
+        const int signal = WTERMSIG(status);
+        return {signal == SIGALRM ? Manner::Hung : Manner::Signal, signal};
+    }
+    switch (WEXITSTATUS(status)) {
+    case 0:
+        return {Manner::Returned, 0};
+    case badAlloc:
+        return {Manner::BadAlloc, 0};
+    case otherException:
+        return {Manner::OtherException, 0};
+    default:
+        return {Manner::Signal, 0};  // a sanitizer's runtime has ended it
+    }
+}
+
+}  // namespace ScrivelTest
