@@ -206,6 +206,12 @@ char* LogBuffer::TextEnd() const
     return pptr() > sought ? std::max(textHighest, pptr()) : textHighest;
 }
 
+/// The end that the file has when the text is written: the place of a seek alone does not count.
+off_t LogBuffer::EndOfFile() const
+{
+    return std::max({fileEnd, pieceEnd, TextEnd() > pbase() ? EndOffset() : 0});
+}
+
 /// Lets the text grow to `wanted` bytes, keeping all that is known of its place.
 bool LogBuffer::Enlarge(std::size_t wanted)
 {
@@ -310,7 +316,7 @@ std::streambuf::pos_type LogBuffer::seekoff(off_type offset, std::ios_base::seek
     if (from == std::ios_base::cur) {
         return offset == 0 ? pos_type(Position()) : seekpos(Position() + offset, which);
     }
-    const off_t base = from == std::ios_base::beg ? 0 : std::max({fileEnd, pieceEnd, EndOffset()});
+    const off_t base = from == std::ios_base::beg ? 0 : EndOfFile();
     return seekpos(base + offset, which);
 }
 
@@ -381,7 +387,7 @@ void LogBuffer::CopyFromFile(off_t from, off_t to, char* out) const
 /// the next text.
 void LogBuffer::KeepTail(off_t end)
 {
-    const off_t newEnd = std::max({fileEnd, pieceEnd, end});
+    const off_t newEnd = EndOfFile();
     const off_t position = Position();
     const bool oldTailStands = pieceStart < 0 && textStart >= tailStart;
     if (end < newEnd && oldTailStands && Enlarge(static_cast<std::size_t>(newEnd - textStart))) {

@@ -78,6 +78,7 @@ private:
     void DropText();
     char* TextEnd() const;
     off_t EndOffset() const { return textStart + (TextEnd() - pbase()); }
+    off_t EndOfFile() const;
     off_t Position() const { return textStart + (pptr() - pbase()); }
     char* At(off_t offset) const { return pbase() + (offset - textStart); }
     void StartTextAt(off_t position);
