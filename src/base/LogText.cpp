@@ -41,8 +41,7 @@ constexpr std::array<char, 256> CleanedBytes(bool first)
 
 // ---- Escaping -----------------------------------------------------------------------------------
 
-/// What one byte of text becomes. Eight bytes in all, so that a piece is copied in one go and the
-/// next one then covers what was too much.
+/// What one byte of text becomes. Eight bytes in all, so that a piece is copied in one go.
 struct Piece
 {
     char text[7];
@@ -99,27 +98,23 @@ const Piece& PieceFor(unsigned char byte)
 
 std::size_t RoomForEscaped(std::size_t length)
 {
-    return length * longestPiece + sizeof(Piece);
+    return length * longestPiece;
 }
 
-char* PutPiece(char* out, const Piece& piece)
+template <typename PieceOfByte>
+char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
 {
-    std::memcpy(out, &piece, sizeof piece);
-    return out + piece.length;
-}
-
-char* PutEscaped(char* out, std::string_view text)
-{
-    for (char c : text) {
-        out = PutPiece(out, PieceFor(static_cast<unsigned char>(c)));
+    // A piece copied in one go reaches up to seven bytes too far, which the next characters cover. The
+    // last seven are copied by their length: behind them there may be text that is to stay.
+    const std::size_t covered = text.size() - std::min(text.size(), sizeof(Piece) - 1);
+    for (char c : text.substr(0, covered)) {
+        const Piece& piece = pieceOf(static_cast<unsigned char>(c));
+        std::memcpy(out, &piece, sizeof piece);
+        out += piece.length;
     }
-    return out;
-}
-
-char* PutEscaped(char* out, std::string_view text, const Pieces& pieces)
-{
-    for (char c : text) {
-        out = PutPiece(out, pieces[static_cast<unsigned char>(c)]);
+    for (char c : text.substr(covered)) {
+        const Piece& piece = pieceOf(static_cast<unsigned char>(c));
+        out = std::copy_n(piece.text, piece.length, out);
     }
     return out;
 }
@@ -150,7 +145,7 @@ void AppendEscaped(LogStream& log, std::string_view text)
 
     if (text.size() < printablePieces.size()) {
         if (char* out = log.Room(RoomForEscaped(text.size()))) {
-            log.Advance(PutEscaped(out, text));
+            log.Advance(PutEscaped(out, text, PieceFor));
         }
         return;
     }
@@ -159,9 +154,10 @@ void AppendEscaped(LogStream& log, std::string_view text)
     for (unsigned int i = 0; i < pieces.size(); ++i) {
         pieces[i] = PieceFor(static_cast<unsigned char>(i));
     }
+    const auto pieceOf = [&pieces](unsigned char byte) -> const Piece& { return pieces[byte]; };
     for (; !text.empty(); text.remove_prefix(std::min(atATime, text.size()))) {
         if (char* out = log.Room(RoomForEscaped(atATime))) {
-            log.Advance(PutEscaped(out, text.substr(0, atATime), pieces));
+            log.Advance(PutEscaped(out, text.substr(0, atATime), pieceOf));
         }
     }
 }
@@ -169,7 +165,7 @@ void AppendEscaped(LogStream& log, std::string_view text)
 std::string EscapedText(std::string_view text)
 {
     std::string escaped(RoomForEscaped(text.size()), '\0');
-    const char* const end = PutEscaped(escaped.data(), text);
+    const char* const end = PutEscaped(escaped.data(), text, PieceFor);
     escaped.resize(static_cast<std::size_t>(end - escaped.data()));
     return escaped;
 }

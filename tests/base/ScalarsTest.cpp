@@ -287,6 +287,21 @@ TEST_F(Scalars, ElementsAreIndentedByFourBlanksALevel)
               "    </a>\n");
 }
 
+TEST_F(Scalars, StringWrittenOverPendingTextKeepsWhatStandsBehindIt)
+{
+    for (const std::size_t length : {0U, 1U, 6U, 7U, 8U, 9U, 255U, 256U, 5000U}) {
+        const std::string text(length, 'x');
+        const std::string line = "    <s>" + text + "</s>\n";
+        const std::string written = Written<OpenLog>([&](auto& log) {
+            log.logFile << std::string(line.size() + 20, '.');
+            log.SeekFilePointerPosition();
+            log.WriteString("s", text);
+            log.logFile.seekp(20, std::ios_base::cur);
+        });
+        EXPECT_EQ(written, line + std::string(20, '.'));
+    }
+}
+
 // ---- Escaping -----------------------------------------------------------------------------------
 
 TEST_F(Escaping, EveryByteHasItsPiece)
