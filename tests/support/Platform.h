@@ -79,7 +79,7 @@ struct Platform
     Replaceable<int(char*, std::size_t)> gethostname{"gethostname"};
     Replaceable<char*(int)> strerror{"strerror"};
     Replaceable<pthread_t()> pthread_self{"pthread_self"};
-    Replaceable<int(const char*)> puts{"puts"};
+    Replaceable<int(const char*)> puts{"puts"};  // GoogleTest prints failures through it
     Replaceable<int(int)> isalpha{"isalpha"};
     Replaceable<int(int)> isprint{"isprint"};
 
