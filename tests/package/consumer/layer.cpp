@@ -1,0 +1,32 @@
+// Logs one call through the layer's guard, and looks for it in the file.
+
+#include <LoggedCall.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+int main()
+{
+    std::string fileName;
+    {
+        Scrivel2::RunLog log("guarded");
+        fileName = log.FileName();
+        Scrivel2::LoggedCall call(log, "CADIExecStop");
+        call.Arguments([](auto& xml) { xml.WriteBool("now", true); });
+        call.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
+        log.Comment("a -- b");
+    }
+
+    std::ifstream file(fileName);
+    const std::string content{std::istreambuf_iterator<char>(file), {}};
+    for (const char* text : {"<CADIExecStop call_num=\"1\"", "<now>true</now>",
+                             "<return>CADI_STATUS_OK</return>\n    </CADIExecStop>\n", "</guarded-"}) {
+        if (content.find(text) == std::string::npos) {
+            std::printf("%s lacks %s\n", fileName.c_str(), text);
+            return 1;
+        }
+    }
+    return 0;
+}

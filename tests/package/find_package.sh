@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# A consumer finds what is installed by find_package alone, and the libraries find each other.
+. "$(dirname "$0")/common.sh"
+
+build "$tests/consumer" build -DCMAKE_PREFIX_PATH="$installed"
+build/generators
+build/layer
+
+shopt -s nullglob
+for library in "$installed"/lib*/*.so; do
+  ldd "$library" | tee ldd.txt
+  ! grep -q 'not found' ldd.txt || fail "$library doesn't find what it needs"
+done
