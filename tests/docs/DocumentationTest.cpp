@@ -3,6 +3,7 @@
 //
 //     <!-- snippet: tests/docs/Use.cpp readme-use -->    the region of that file
 //     <!-- log: interrupted -->                          lines of the log that the snippet writes
+//     <!-- log: use use-of-layer -->                     of the logs of each of these snippets
 //     <!-- log: interrupted/running -->                  lines of the file at that moment of it
 //     <!-- excerpt: tests/package/CMakeLists.txt -->     lines of that file
 //     <!-- output: failed-calls -->                      what that region of Recipes.sh prints
@@ -88,8 +89,10 @@ protected:
         const Lines& arguments = block.arguments;
         if (block.kind == "snippet" && arguments.size() == 2) {
             EXPECT_EQ(Text(block.text), Text(RegionOf(ReadLines(source / arguments[0]), arguments[1])));
-        } else if (block.kind == "log" && arguments.size() == 1) {
-            CheckLog(block.text, arguments[0]);
+        } else if (block.kind == "log" && !arguments.empty()) {
+            for (const std::string& name : arguments) {
+                CheckLog(block.text, name);
+            }
         } else if (block.kind == "excerpt" && arguments.size() == 1) {
             EXPECT_TRUE(Shows(ReadLines(source / arguments[0]), block.text)) << Text(block.text);
         } else if (block.kind == "output" && arguments.size() == 1) {

@@ -2,6 +2,7 @@
 
 #include "docs/Snippets.h"
 
+#include <LoggedCall.h>
 #include <ScrivelXmlGen.h>
 
 #include <cstring>
@@ -127,6 +128,20 @@ void Moments()
     KeepMoment("returned");
 
     log.EndLogging();
+}
+
+void LayerMoments()
+{
+    Scrivel2::RunLog log("run");
+    Scrivel2::LoggedCall run(log, "CADIExecContinue");
+    KeepMoment("running");
+    {
+        Scrivel2::LoggedCall callback(log, "modeChange");
+        callback.Arguments([](auto& xml) { xml.WriteExecMode("newMode", CADI_EXECMODE_Bpt); });
+        KeepMoment("callback");
+    }
+    KeepMoment("callback-returned");
+    run.Results([](auto& xml) { xml.WriteReturnType("return", CADI_STATUS_OK); });
 }
 
 void NotSecure()
@@ -331,6 +346,7 @@ Snippets LogFormatSnippets()
         {"interrupted", Interrupted},
         {"comment", Comment},
         {"moments", Moments},
+        {"layer-moments", LayerMoments},
         {"not-secure", NotSecure},
         {"values", Values},
         {"text", Text},

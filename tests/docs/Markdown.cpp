@@ -18,6 +18,16 @@ Lines ReadLines(const std::filesystem::path& file)
     return lines;
 }
 
+namespace
+{
+
+bool IsFence(const std::string& line)
+{
+    return line.compare(0, 3, "```") == 0;
+}
+
+}  // namespace
+
 std::vector<Block> BlocksIn(const Lines& markdown)
 {
     static const std::regex comment("<!-- ([a-z]+):? ?(.*?) ?-->");
@@ -25,7 +35,7 @@ std::vector<Block> BlocksIn(const Lines& markdown)
     bool inside = false;
     for (std::size_t i = 0; i < markdown.size(); ++i) {
         const std::string& line = markdown[i];
-        if (line.compare(0, 3, "```") != 0) {
+        if (!IsFence(line)) {
             if (inside) {
                 blocks.back().text.push_back(line);
             }
@@ -52,8 +62,10 @@ Lines FileLinksIn(const Lines& markdown)
 {
     static const std::regex link(R"(\]\(([^)#:]+)(#[^)]*)?\))");
     Lines links;
+    bool inside = false;
     for (const std::string& line : markdown) {
-        for (std::sregex_iterator i(line.begin(), line.end(), link), end; i != end; ++i) {
+        inside = inside != IsFence(line);
+        for (std::sregex_iterator i(line.begin(), line.end(), link), end; !inside && i != end; ++i) {
             links.push_back((*i)[1]);
         }
     }
@@ -151,7 +163,7 @@ bool Shows(const Lines& whole, const Lines& excerpt)
     if (excerpt.empty() || whole.empty()) {
         return false;
     }
-    for (const char* blanks : {"", "    ", "        ", "            "}) {
+    for (const char* blanks : {"", "  ", "    ", "        ", "            "}) {
         if (ShowsFrom(whole, excerpt, blanks)) {
             return true;
         }

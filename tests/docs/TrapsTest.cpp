@@ -2,6 +2,8 @@
 
 #include "support/GeneratorTest.h"
 
+#include <LoggedCall.h>
+
 #include <gmock/gmock.h>
 
 namespace
@@ -251,6 +253,39 @@ TEST_F(Traps, EightBitLocaleLetsBytesThroughThatAreNoUtf8)
     log->UpdateFilePointerPosition();
     log->EndLogging();
     EXPECT_FALSE(IsDocument(WholeFile()));
+}
+
+// ---- The layer ----------------------------------------------------------------------------------
+
+using TrapsOfLayer = ScrivelTest::ScratchTest;
+
+TEST_F(TrapsOfLayer, AreNone)
+{
+    Scrivel2::RunLog log("../2 logs/of -x");
+    log.Comment("a--b");
+    auto older = std::make_unique<Scrivel2::LoggedCall<Scrivel2XmlGenRun>>(log, "CADI Run");
+    auto younger = std::make_unique<Scrivel2::LoggedCall<Scrivel2XmlGenRun>>(log, "2nd call");
+    older->Results([](auto& xml) {
+        CADIMemSpaceInfo_t space{};
+        std::string("-x").copy(space.name, sizeof space.name - 1);
+        xml.WriteMemSpaceInfo(space);
+        std::string(".text").copy(space.name, sizeof space.name - 1);
+        xml.WriteMemSpaceInfo(space);
+        xml.WriteChar("markup", '<');
+        xml.WriteChar("control", '\x01');
+        xml.WriteComment("c--d");
+    });
+    EXPECT_TRUE(IsDocument(FileText(log.FileName())));
+
+    Scrivel2::RunLog second("../2 logs/of -x");
+    EXPECT_NE(second.FileName(), log.FileName());
+    log.EndLogging();
+    const std::string file = FileText(log.FileName());
+    EXPECT_TRUE(IsDocument(file)) << file;
+    EXPECT_THAT(file, HasSubstr("<CADI_Run "));
+
+    younger->Results([](auto& xml) { xml.WriteBool("late", true); });
+    EXPECT_EQ(FileText(log.FileName()), file);
 }
 
 }  // namespace

@@ -2,7 +2,10 @@
 
 #include "docs/Snippets.h"
 
+#include <LoggedCall.h>
 #include <ScrivelXmlGen.h>
+
+#include <cstdint>
 
 namespace ScrivelDocs
 {
@@ -48,11 +51,46 @@ void Use()
     // clang-format on
 }
 
+using eslapi::CADIReg_t;
+using eslapi::CADIReturn_t;
+using Scrivel2::LoggedCall;
+
+class LoggedTarget
+{
+public:
+    CADIReturn_t CADIRegRead(std::uint32_t count, CADIReg_t* values);
+
+private:
+    Scrivel2::RunLog log{"trace"};
+    Target target;
+};
+
+// [readme-layer]
+CADIReturn_t LoggedTarget::CADIRegRead(std::uint32_t count, CADIReg_t* values)
+{
+    LoggedCall call(log, "CADIRegRead");
+    call.Arguments([&](auto& xml) { xml.WriteDecimal("regCount", count); });
+    const auto status = target.CADIRegRead(count, values);  // the log is not locked here
+    call.Results([&](auto& xml) {
+        xml.WriteRegArray("reg", values, count);
+        xml.WriteReturnType("return", status);
+    });
+    return status;
+}
+// [readme-layer]
+
+void UseOfLayer()
+{
+    CADIReg_t pc{};
+    pc.regNumber = 15;
+    LoggedTarget().CADIRegRead(1, &pc);
+}
+
 }  // namespace
 
 Snippets UseSnippets()
 {
-    return {{"use", Use}};
+    return {{"use", Use}, {"use-of-layer", UseOfLayer}};
 }
 
 }  // namespace ScrivelDocs
