@@ -1,6 +1,7 @@
 #include "support/GeneratorTest.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -181,6 +182,10 @@ TEST_F(LogFile, FileThatCantBeOpenedIsReportedOnStandardErrorAndNothingIsThrown)
         log->WriteString("name", "x");
         log->WriteDecimal("count", 1);
         log->WriteHex("address", 1, 8);
+        log->WriteHex("address", 1, 40);
+        log->WriteString("text", std::string(10000, 'x'));
+        log->WriteByte("bytes", std::array<unsigned char, 16>().data());
+        log->WriteChar("char", 'c');
         log->FlushOutput(false, "Connect");
         log->WriteContinueFunction(1, "Connect");
         log->WriteComment("lost");

@@ -519,6 +519,49 @@ TEST_F(Stream, SeekingFromTheEndCountsFromTheEndOfTheText)
     EXPECT_EQ(log.tellp(), 5);
 }
 
+TEST_F(Stream, SeekingFromTheBeginningIsSeekingToAPlace)
+{
+    Open();
+    log << "abc";
+    log.seekp(1, std::ios_base::beg);
+    EXPECT_EQ(log.tellp(), 1);
+    log << "X" << std::flush;
+    EXPECT_EQ(File(), "aXc");
+}
+
+TEST_F(Stream, SeekForwardThatMemoryCantFollowWritesThePendingTextFirst)
+{
+    Open();
+    log << "abc";
+    refuseMemory = [](std::size_t) { return true; };
+    ResetCounts();
+    log.seekp(100000);
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    refuseMemory = nullptr;
+    log << "d" << std::flush;
+    EXPECT_EQ(File(), "abc" + std::string(99997, '\0') + "d");
+}
+
+TEST_F(Stream, LongTailThatMemoryCantHoldIsReadFromTheFileLater)
+{
+    Open();
+    std::string expected(20000, 'a');
+    log << expected << std::flush;
+    log.seekp(0);
+    log << "X";
+    refuseMemory = [](std::size_t) { return true; };
+    log.flush();
+    refuseMemory = nullptr;
+    log.seekp(10);
+    log << std::string(20000, 'b') << std::flush;
+    expected = "X" + std::string(9, 'a') + std::string(20000, 'b');
+    EXPECT_EQ(File(), expected);
+    log.seekp(5);
+    log << "Y" << std::flush;
+    expected[5] = 'Y';
+    EXPECT_EQ(File(), expected);
+}
+
 TEST_F(Stream, SeekingBeforeTheBeginningFailsAndKeepsThePlace)
 {
     Open();
@@ -894,6 +937,52 @@ TEST_F(FailingWrites, ShortWritesAreContinued)
     }
 }
 
+TEST_F(FailingWrites, WriteThatIsInterruptedEveryTimeIsAFailure)
+{
+    const std::string before = Begin(100) + endTag;
+    platform.pwrite.Use([](int, const void*, std::size_t, off_t) -> ssize_t {
+        errno = EINTR;
+        return -1;
+    });
+    Grow(Element(50));
+    platform.pwrite.Reset();
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), before);
+}
+
+TEST_F(FailingWrites, TextBehindTheEndOfTheFileIsCutOffAgain)
+{
+    const std::string before = Begin(100) + endTag;
+    platform.pwrite.Use([](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+        if (size < 50) {
+            errno = ENOSPC;
+            return -1;
+        }
+        return platform.pwrite.Real(file, bytes, size - 10, position);
+    });
+    log << std::string(100, ' ') << std::flush;
+    platform.pwrite.Reset();
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), before);
+}
+
+TEST_F(FailingWrites, TailThatCouldNotBeReadBackCantBePutBackEither)
+{
+    const std::string document = Begin(100);
+    log << "behind" << std::flush;
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    log << "lost";
+    platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    });
+    FailWrites(1, 1);
+    log.flush();
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(File(), document + endTag + "behind");
+}
+
 TEST_F(FailingWrites, InterruptedWritesAndCutsAreRepeated)
 {
     const std::string document = Begin(100);
@@ -967,6 +1056,21 @@ TEST_F(FailingWrites, EndOfTheFileThatCantBeReadBackIsOverwrittenInOneGo)
         EXPECT_EQ(platform.pwrite.Calls(), 1U);
         EXPECT_EQ(File(), document + Element(5000) + endTag);
     }
+}
+
+TEST_F(FailingWrites, EndOfTheFileThatMemoryCantHoldIsOverwrittenWithoutLookingAtIt)
+{
+    std::string expected(20000, 'a');
+    Open();
+    log << expected << std::flush << "end" << std::flush;
+    expected += "end";
+    log.seekp(100);
+    refuseMemory = [](std::size_t) { return true; };
+    log << "X" << std::flush;
+    expected[100] = 'X';
+    EXPECT_TRUE(log.good());
+    EXPECT_EQ(platform.pread.Calls(), 0U);
+    EXPECT_EQ(File(), expected);
 }
 
 TEST_F(FailingWrites, InterruptedAndShortReadsOfTheEndOfTheFileAreContinued)
@@ -1107,6 +1211,36 @@ TEST_F(HugeFlush, SeekingPastItsEndAloneMakesNoHole)
     log.seekp(0, std::ios_base::end);
     EXPECT_EQ(log.tellp(), end);
     EXPECT_EQ(fs::file_size("log"), static_cast<std::uintmax_t>(end));
+}
+
+TEST_F(HugeFlush, PutsTheTailBackWhenMemoryEnds)
+{
+    const std::string before = Begin(100) + endTag;
+    log.seekp(-7, std::ios_base::end);
+    WritePieces(65);
+    refuseMemory = [](std::size_t) { return true; };
+    log.Append(Pieces(90));
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), before);
+}
+
+TEST_F(HugeFlush, TextFarBeforeItsEndIsWrittenWithoutReadingAllThatFollows)
+{
+    std::string expected = Begin(100);
+    log.seekp(-7, std::ios_base::end);
+    WritePieces(66);
+    log << endTag << std::flush;
+    expected += Pieces(66) + endTag;
+    log.seekp(20);
+    ResetCounts();
+    log << "X" << std::flush;
+    expected[20] = 'X';
+    EXPECT_EQ(platform.pread.Calls(), 0U);
+    EXPECT_TRUE(File() == expected);
+    log.seekp(30);
+    log << "Y" << std::flush;
+    expected[30] = 'Y';
+    EXPECT_TRUE(File() == expected);
 }
 
 TEST_F(HugeFlush, OneTextMayBeLargerThanMemoryMayHold)

@@ -219,6 +219,20 @@ TEST_F(Scalars, DecimalFollowsTheBaseThatALayerHasSetAndAHexWriterEndsIt)
               "    <d>255</d>\n");
 }
 
+TEST_F(Scalars, DecimalFollowsTheWidthThatADerivedGeneratorHasSet)
+{
+    struct Padded : ScrivelXmlGenBase
+    {
+        using ScrivelXmlGenBase::ScrivelXmlGenBase;
+        void WriteIdent(std::string name, bool openTag, bool newline) override
+        {
+            ScrivelXmlGenBase::WriteIdent(name, openTag, newline);
+            logFile << std::setw(6);
+        }
+    };
+    EXPECT_EQ(Written<Padded>([](auto& log) { log.WriteDecimal("d", 255); }), "    <d>   255</d>\n");
+}
+
 TEST_F(Scalars, TextThatALayerInsertsKeepsItsPlaceAmongTheElements)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {

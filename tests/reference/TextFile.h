@@ -35,6 +35,9 @@ protected:
         if (!isOpen) {
             return 0;
         }
+        if (length == 0) {
+            return 0;  // behind the end of the file no text makes no hole
+        }
         const auto count = static_cast<std::size_t>(length);
         text.resize(std::max(text.size(), position + count), '\0');
         text.replace(position, count, characters, count);
