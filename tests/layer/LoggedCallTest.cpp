@@ -1,0 +1,330 @@
+#include "LoggedCall.h"
+
+#include "layer/CallReader.h"
+#include "support/GeneratorTest.h"
+
+#include <stdexcept>
+#include <type_traits>
+
+using namespace Scrivel2;
+
+namespace
+{
+
+class LoggedCalls : public ScrivelTest::ScratchTest
+{
+protected:
+    static std::string RunFile(const std::string& body) { return Header("run") + body + EndTag("run"); }
+    static std::string ConnectFile(const std::string& body)
+    {
+        return Header("connect") + body + EndTag("connect");
+    }
+    static std::string InRunFile() { return FileText("run-4242.xml"); }
+
+    RunLog log{"run"};
+    ConnectLog connectLog{"connect"};
+};
+
+TEST_F(LoggedCalls, CallIsWrittenWithArgumentsAndResults)
+{
+    eslapi::CADIReg_t values[1] = {};
+    values[0].regNumber = 15;
+    {
+        LoggedCall call(log, "CADIRegRead");
+        call.Arguments([&](auto& xml) { xml.WriteDecimal("regCount", 1); });
+        SetClock(1000, 93);
+        call.Results([&](auto& xml) {
+            xml.WriteRegArray("reg", values, 1);
+            xml.WriteReturnType("return", eslapi::CADI_STATUS_OK);
+        });
+    }
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIRegRead call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <regCount>1</regCount>\n"
+                                   "        <return_time>0.000093 s</return_time>\n"
+                                   "        <reg>\n"
+                                   "            <reg>\n"
+                                   "                <regNumber>15</regNumber>\n"
+                                   "                <bytes>00000000 00000000 00000000 00000000 </bytes>\n"
+                                   "                <offset128>0</offset128>\n"
+                                   "                <isUndefined>false</isUndefined>\n"
+                                   "                <attribute>CADI_REG_READ_WRITE</attribute>\n"
+                                   "            </reg>\n"
+                                   "        </reg>\n"
+                                   "        <return>CADI_STATUS_OK</return>\n"
+                                   "    </CADIRegRead>\n"));
+}
+
+TEST_F(LoggedCalls, CallIsInTheCompleteFileBeforeItsArguments)
+{
+    const LoggedCall call(log, "CADIExecStop");
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </CADIExecStop>\n"));
+}
+
+TEST_F(LoggedCalls, ArgumentsAreInTheCompleteFileBeforeTheTargetRuns)
+{
+    LoggedCall call(log, "CADIExecReset");
+    call.Arguments([](auto& xml) { xml.WriteDecimal("level", 7); });
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <level>7</level>\n"
+                                   "    </CADIExecReset>\n"));
+}
+
+TEST_F(LoggedCalls, ArgumentsGivenToTheConstructorTakeOneFlush)
+{
+    const unsigned int before = ScrivelTest::platform.pwrite.Calls();
+    const LoggedCall call(log, "CADIExecReset", [](auto& xml) { xml.WriteDecimal("level", 7); });
+    EXPECT_EQ(ScrivelTest::platform.pwrite.Calls(), before + 1);
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <level>7</level>\n"
+                                   "    </CADIExecReset>\n"));
+}
+
+TEST_F(LoggedCalls, GuardAloneLogsThatTheCallReturned)
+{
+    {
+        const LoggedCall call(log, "CADIExecStop");
+        SetClock(1000, 5);
+    }
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <return_time>0.000005 s</return_time>\n"
+                                   "    </CADIExecStop>\n"));
+}
+
+TEST_F(LoggedCalls, CallIsEndedWhenTheTargetThrows)
+{
+    const auto throwing = [&] {
+        LoggedCall call(log, "CADIExecReset");
+        call.Arguments([](auto& xml) { xml.WriteDecimal("level", 7); });
+        throw std::runtime_error("the target's own");
+    };
+    EXPECT_THROW(throwing(), std::runtime_error);
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <level>7</level>\n"
+                                   "        <return_time>0.000000 s</return_time>\n"
+                                   "    </CADIExecReset>\n"));
+}
+
+TEST_F(LoggedCalls, ConnectionPhaseCallIsWrittenInItsForm)
+{
+    std::uint32_t count = 1;
+    eslapi::CADISimulationInfo_t info{7, "sim", "a & b"};
+    {
+        LoggedCall call(connectLog, "GetSimulationInfos");
+        call.Arguments([](auto& xml) { xml.WriteDecimal("desired", 1); });
+        call.Results([&](auto& xml) { xml.WriteSimulationInfoArray("infos", &info, &count); });
+    }
+    EXPECT_EQ(FileText("connect-4242.xml"),
+              ConnectFile("    <GetSimulationInfos call_num=\"1\" call_time=\"0.000000 s\">\n"
+                          "        <desired>1</desired>\n"
+                          "        <return_time>0.000000 s</return_time>\n"
+                          "        <infos>\n"
+                          "            <simulationFactory>\n"
+                          "                <id>7</id>\n"
+                          "                <name>sim</name>\n"
+                          "                <description>a &amp; b</description>\n"
+                          "            </simulationFactory>\n"
+                          "        </infos>\n"
+                          "    </GetSimulationInfos>\n"));
+}
+
+TEST_F(LoggedCalls, CallbackInterruptsTheCallThatRuns)
+{
+    {
+        LoggedCall run(log, "CADIExecContinue");
+        SetClock(1000, 1);
+        {
+            LoggedCall callback(log, "modeChange");
+            callback.Arguments([](auto& xml) { xml.WriteExecMode("newMode", 2); });
+            SetClock(1000, 2);
+        }
+        SetClock(1000, 3);
+        run.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
+    }
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecContinue call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </CADIExecContinue>\n"
+                                   "\n<!-- Call 1 (\"CADIExecContinue\") interrupted -->\n\n"
+                                   "    <modeChange call_num=\"2\"\n"
+                                   "     call_time=\"0.000001 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <newMode>CADI_EXECMODE_Bpt</newMode>\n"
+                                   "        <return_time>0.000002 s</return_time>\n"
+                                   "    </modeChange>\n"
+                                   "\n<!-- Continuing call 1 (\"CADIExecContinue\") -->\n\n"
+                                   "    <CADIExecContinue call_num=\"1\">\n"
+                                   "        <return_time>0.000003 s</return_time>\n"
+                                   "        <return>CADI_STATUS_OK</return>\n"
+                                   "    </CADIExecContinue>\n"));
+}
+
+TEST_F(LoggedCalls, ArgumentsOfACallThatIsInterruptedBeforeThemStandInASecondElement)
+{
+    LoggedCall older(log, "older");
+    LoggedCall younger(log, "younger");
+    older.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
+    EXPECT_EQ(InRunFile(), RunFile("    <older call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </older>\n"
+                                   "\n<!-- Call 1 (\"older\") interrupted -->\n\n"
+                                   "    <younger call_num=\"2\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </younger>\n"
+                                   "\n<!-- Continuing call 1 (\"older\") -->\n\n"
+                                   "    <older call_num=\"1\">\n"
+                                   "        <a>1</a>\n"
+                                   "    </older>\n"));
+
+    younger.Arguments([](auto& xml) { xml.WriteDecimal("a", 2); });
+    younger.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
+    older.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_EQ(read.calls.at(1).Argument("a"), "1");
+    EXPECT_EQ(read.calls.at(1).Result("r"), "1");
+    EXPECT_EQ(read.calls.at(2).Argument("a"), "2");
+    EXPECT_EQ(read.calls.at(2).Result("r"), "2");
+}
+
+TEST_F(LoggedCalls, ArgumentsMayComeInSeveralPieces)
+{
+    LoggedCall call(log, "CADIMemRead");
+    call.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
+    call.Arguments([](auto& xml) { xml.WriteDecimal("b", 2); });
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    EXPECT_EQ(read.calls.at(1).arguments, (std::vector<ScrivelTest::Leaf>{{"a", "1"}, {"b", "2"}}));
+}
+
+TEST_F(LoggedCalls, NumberIsThatOfTheLog)
+{
+    const LoggedCall first(log, "a");
+    const LoggedCall second(log, "b");
+    EXPECT_EQ(first.Number(), 1U);
+    EXPECT_EQ(second.Number(), 2U);
+}
+
+TEST_F(LoggedCalls, CallAfterTheEndOfTheLogIsNotLogged)
+{
+    log.EndLogging();
+    LoggedCall call(log, "CADIExecStop");
+    call.Arguments([](auto&) { FAIL() << "nothing to write to"; });
+    call.Results([](auto&) { FAIL() << "nothing to write to"; });
+    EXPECT_EQ(call.Number(), 0U);
+    EXPECT_EQ(InRunFile(), RunFile(""));
+}
+
+TEST_F(LoggedCalls, CommentStandsAmongTheArguments)
+{
+    LoggedCall call(log, "CADIMemRead", [](auto& xml) {
+        xml.WriteDecimal("a", 1);
+        xml.WriteComment("why -- so");
+        xml.WriteDecimal("b", 2);
+    });
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemRead call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <a>1</a>\n"
+                                   "    \n<!-- why - - so -->\n\n"
+                                   "        <b>2</b>\n"
+                                   "    </CADIMemRead>\n"));
+}
+
+// ---- Callables that throw -----------------------------------------------------------------------
+
+/// Writes part of an element, and then can't go on.
+struct Failing
+{
+    template <typename Xml>
+    void operator()(Xml& xml) const
+    {
+        xml.WriteIdent("open", true, true);
+        xml.WriteDecimal("half", 1);
+        throw std::runtime_error("the writer's own");
+    }
+};
+
+TEST_F(LoggedCalls, ArgumentsThatCannotBeWrittenAreBlankedOut)
+{
+    LoggedCall call(log, "CADIMemRead");
+    EXPECT_THROW(call.Arguments(Failing()), std::runtime_error);
+    const std::string blanks(std::string("        <open>\n            <half>1</half>\n").size(), ' ');
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemRead call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n" +
+                                   blanks + "    </CADIMemRead>\n"));
+    call.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
+    call.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_EQ(read.calls.at(1).Argument("a"), "1");
+    EXPECT_EQ(read.calls.at(1).Result("r"), "2");
+}
+
+TEST_F(LoggedCalls, ArgumentsOfTheConstructorThatCannotBeWrittenEndTheCall)
+{
+    EXPECT_THROW(LoggedCall(log, "CADIMemRead", Failing()), std::runtime_error);
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_TRUE(read.calls.at(1).arguments.empty());
+    EXPECT_EQ(read.calls.at(1).returns, 1U);
+}
+
+TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreBlankedOut)
+{
+    {
+        LoggedCall call(log, "CADIMemRead");
+        EXPECT_THROW(call.Results(Failing()), std::runtime_error);
+    }
+    {
+        LoggedCall next(log, "next");
+    }
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_TRUE(read.calls.at(1).results.empty());
+    EXPECT_EQ(read.calls.at(1).returns, 1U);
+    EXPECT_EQ(read.calls.at(2).name, "next");
+}
+
+TEST_F(LoggedCalls, LateArgumentsThatCannotBeWrittenLeaveADocument)
+{
+    LoggedCall older(log, "older");
+    const LoggedCall younger(log, "younger");
+    EXPECT_THROW(older.Arguments(Failing()), std::runtime_error);
+    EXPECT_TRUE(ScrivelTest::ReadCalls(InRunFile()).accepted);
+}
+
+// ---- What a call costs --------------------------------------------------------------------------
+
+TEST_F(LoggedCalls, CallTakesOneWriteForEachFlushAndNeverSeeksInTheFile)
+{
+    auto& platform = ScrivelTest::platform;
+    const unsigned int writes = platform.pwrite.Calls();
+    const unsigned int seeks = platform.lseek.Calls();
+    const unsigned int cuts = platform.ftruncate.Calls();
+    for (int i = 0; i < 10; ++i) {
+        LoggedCall call(log, "CADIExecReset", [](auto& xml) { xml.WriteDecimal("level", 7); });
+        call.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
+    }
+    EXPECT_EQ(platform.pwrite.Calls(), writes + 20);
+    EXPECT_EQ(platform.lseek.Calls(), seeks);
+    EXPECT_EQ(platform.ftruncate.Calls(), cuts);
+}
+
+static_assert(!std::is_copy_constructible_v<LoggedCall<Scrivel2XmlGenRun>>);
+
+}  // namespace
