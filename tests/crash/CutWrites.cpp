@@ -3,12 +3,15 @@
 //
 //     crash_cut_writes --count 40
 //
-// Each scenario logs some 300 kB with sizes of calls, and a length of the root end tag, of its own. Its
-// writes are recorded and replayed into memory.
+// Each scenario logs up to some 300 kB with sizes of calls, and a length of the root end tag, of its own;
+// one in five logs through the logging layer, where calls interrupt each other. Its writes are recorded
+// and replayed into memory.
 //
 // Fails when a state between two writes is rejected by libxml2 or lacks a flushed call, when more than 1
 // of 100 cuts inside a write are, and when one of those is not the replacing of the old root end tag and
 // the opening of an instruction, lying across the boundary.
+
+#include "LoggedCall.h"
 
 #include "crash/LogReader.h"
 #include "crash/Options.h"
@@ -18,6 +21,8 @@
 #include "support/Platform.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -46,7 +51,9 @@ void Apply(const Step& step, std::size_t length, std::string& file)
     file.replace(step.offset, length, step.bytes, 0, length);
 }
 
-std::vector<Step> Record(Session& session)
+/// What `log` writes.
+template <typename Log>
+std::vector<Step> Record(Log log)
 {
     std::vector<Step> steps;
     Progress progress{};
@@ -59,7 +66,7 @@ std::vector<Step> Record(Session& session)
         steps.push_back({false, static_cast<std::size_t>(size), {}, progress.done});
         return platform.ftruncate.Real(file, size);
     });
-    session.Run(progress);
+    log(progress);
     platform.pwrite.Reset();
     platform.ftruncate.Reset();
     return steps;
@@ -69,8 +76,9 @@ class Scenario
 {
 public:
     explicit Scenario(unsigned int number)
-        : logName("trace" + std::string(number % 7 * 9, 'x')),
-          session(logName, LoadOf(number), CallsOf(number))
+        : logName("trace" + std::string(number % 7 * 9, 'x')), layered(number % 5 == 4),
+          calls(SizesOf(number).calls), load(number, SizesOf(number).least, SizesOf(number).most),
+          session(logName, load, calls)
     {
     }
 
@@ -85,11 +93,18 @@ public:
 
     void Try(Figures& figures, Scratch& scratch)
     {
-        const std::vector<Step> steps = Record(session);
+        const std::vector<Step> steps = Record([this](Progress& progress) {
+            if (layered) {
+                LogThroughLayer(progress);
+            } else {
+                session.Run(progress);
+            }
+        });
         if (FileBytes(session.FileName()) != Replayed(steps)) {
             std::fprintf(stderr, "%s: the record of the writes is not complete\n", logName.c_str());
             ++figures.betweenLost;
         }
+        std::filesystem::remove(session.FileName());
         std::string file;
         for (const Step& step : steps) {
             if (step.flushesDone > 0 && step.write) {
@@ -118,19 +133,12 @@ private:
     {
         static constexpr Sizes sizes[] = {
             {100, 100'000, 20},    // everything
-            {100, 2'000, 300},     // mostly within a page
+            {100, 2'000, 100},     // mostly within a page
             {3'000, 5'000, 80},    // about a page
             {20'000, 100'000, 6},  // many pages
         };
         return sizes[number % std::size(sizes)];
     }
-
-    static Load LoadOf(unsigned int number)
-    {
-        return {number, SizesOf(number).least, SizesOf(number).most};
-    }
-
-    static unsigned int CallsOf(unsigned int number) { return SizesOf(number).calls; }
 
     static std::string Replayed(const std::vector<Step>& steps)
     {
@@ -141,11 +149,37 @@ private:
         return file;
     }
 
+    void LogThroughLayer(Progress& progress)
+    {
+        Scrivel2::RunLog log(logName);
+        progress.done = 1;
+        for (unsigned int i = 0; i < calls; ++i) {
+            LogCall(log, progress, i % 2);
+        }
+    }
+
+    /// Logs a call that so many others interrupt, each within the one before.
+    void LogCall(Scrivel2::RunLog& log, Progress& progress, unsigned int interruptions)
+    {
+        Scrivel2::LoggedCall call(log, "CADIExecContinue");
+        call.Arguments([&](auto& xml) { load.WriteContents(xml, call.Number()); });
+        progress.done = call.Number() + 1;
+        if (interruptions > 0) {
+            LogCall(log, progress, interruptions - 1);
+        }
+        call.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
+    }
+
     /// Whether a kill that leaves this file loses nothing that had been flushed before the step.
     bool IsKept(const std::string& file, const Step& step) const
     {
-        const LogContents contents = ReadLog(file, &session.Calls());
-        return contents.accepted && contents.calls + 1 >= step.flushesDone;
+        unsigned int whole = 0;
+        const LogContents contents = ReadLog(file, [&](const CallElement& call) {
+            if (call.number == whole + 1 && call.contents == load.Contents(call.number)) {
+                whole = call.number;
+            }
+        });
+        return contents.accepted && whole + 1 >= step.flushesDone;
     }
 
     void CutInside(const Step& step, const std::string& file, Figures& figures, Scratch& scratch)
@@ -169,17 +203,21 @@ private:
         }
     }
 
-    /// Whether a write covers the root end tag and at most the opening of an instruction behind it, which
-    /// may stand a few newlines further on.
+    /// Whether a write covers the end of the old document and at most the opening of an instruction
+    /// behind it, which may stand a few newlines further on.
     bool ReplacesTail(const Step& step, const std::string& file) const
     {
         constexpr std::size_t mostBehind = 9;
-        const std::string tail = "</" + logName + "-4242>\n";
-        return file.compare(step.offset, tail.size(), tail) == 0 &&
-               step.bytes.size() <= tail.size() + mostBehind;
+        const std::string rootEndTag = "</" + logName + "-4242>\n";
+        const std::size_t found = file.find(rootEndTag, step.offset);
+        return found != std::string::npos &&
+               step.offset + step.bytes.size() <= found + rootEndTag.size() + mostBehind;
     }
 
     std::string logName;
+    bool layered;
+    unsigned int calls;
+    Load load;
     Session session;
 };
 

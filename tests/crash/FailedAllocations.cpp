@@ -12,6 +12,7 @@
 #include "crash/Options.h"
 #include "crash/Scratch.h"
 #include "crash/Session.h"
+#include "crash/Shared.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -84,7 +85,7 @@ int main(int argc, char** argv)
     Scratch scratch(options.Text("directory"));
     Session session("trace", Load(options.Number("seed"), 100, 100'000), 30);
     session.Documents();
-    Progress& progress = Progress::Shared();
+    Progress& progress = Shared<Progress>();
     allocations.made = 0;
     session.Run(progress);
     const unsigned long all = allocations.made;

@@ -12,6 +12,7 @@
 #include "crash/Options.h"
 #include "crash/Scratch.h"
 #include "crash/Session.h"
+#include "crash/Shared.h"
 
 #include "support/Platform.h"
 
@@ -194,12 +195,12 @@ int main(int argc, char** argv)
 {
     const Options options(argc, argv, {{"count", "600"}, {"seed", "1"}, {"directory", "."}});
     Scratch scratch(options.Text("directory"));
-    Progress& progress = Progress::Shared();
+    Progress& progress = Shared<Progress>();
     Figures figures;
     unsigned int logs = 0;
     for (unsigned int seed = options.Number("seed"); figures.cases < options.Number("count");
          ++seed, ++logs) {
-        Session session("trace", Load(seed, 100, 8'000), 24);
+        Session session("trace", Load(seed, 100, 8'000), 12);
         Trial trial(session, progress, figures, scratch);
         for (std::size_t call = 0; call < trial.Calls(); ++call) {
             for (const Fault& fault : faults) {

@@ -13,6 +13,7 @@
 #include "crash/Options.h"
 #include "crash/Scratch.h"
 #include "crash/Session.h"
+#include "crash/Shared.h"
 
 #include <csignal>
 #include <cstdio>
@@ -33,7 +34,7 @@ class FullDisk
 {
 public:
     FullDisk(Session& sessionToBreak, Scratch& keeper)
-        : session(sessionToBreak), scratch(keeper), progress(Progress::Shared())
+        : session(sessionToBreak), scratch(keeper), progress(Shared<Progress>())
     {
         session.Documents();
     }

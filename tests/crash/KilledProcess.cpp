@@ -9,23 +9,23 @@
 //
 // Fails when libxml2 rejects a file, or when a call whose flush had returned isn't in it whole.
 
+#include "crash/Killing.h"
 #include "crash/LogReader.h"
 #include "crash/Options.h"
 #include "crash/Progress.h"
 #include "crash/Scratch.h"
+#include "crash/Shared.h"
 
-#include <chrono>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace ScrivelTest;
@@ -33,15 +33,11 @@ using namespace ScrivelTest;
 namespace
 {
 
-using Microseconds = std::chrono::microseconds;
-
-[[noreturn]] void LogUntilKilled(Progress& progress, Load& load, int started)
+[[noreturn]] void LogForEver(Progress& progress, Load& load, const std::function<void()>& begin)
 {
     WatchedGenerator log("trace", progress);
     log.StartLogging();
-    if (write(started, "", 1) != 1) {
-        _exit(1);
-    }
+    begin();
     for (;;) {
         load.WriteNextCall(log);
         log.FlushOutput(true, "");
@@ -56,57 +52,21 @@ void ReadUnmappedMemory()
     static_cast<void>(*page);
 }
 
-/// Runs in the child: what is to happen there until it dies.
-[[noreturn]] void RunChild(Progress& progress, Load& load, int started, int deadlySignal,
-                           Microseconds delay)
+/// As LogForEver, beside a thread that ends the process after a while.
+void LogUntilFault(Progress& progress, Load& load, const std::function<void()>& begin, Microseconds delay)
 {
-    if (deadlySignal == SIGSEGV) {
-        std::signal(SIGSEGV, SIG_DFL);  // a sanitizer's runtime would make it an ordinary exit
-        prctl(PR_SET_DUMPABLE, 0);      // no core file
-        int pipeEnds[2];
-        if (pipe(pipeEnds) != 0) {
-            _exit(1);
+    std::signal(SIGSEGV, SIG_DFL);  // a sanitizer's runtime would make it an ordinary exit
+    prctl(PR_SET_DUMPABLE, 0);      // no core file
+    std::atomic<bool> open{false};
+    std::thread([&] {
+        while (!open) {
+            std::this_thread::yield();
         }
-        std::thread([=] {
-            char byte;
-            if (read(pipeEnds[0], &byte, 1) == 1 && write(started, "", 1) == 1) {
-                std::this_thread::sleep_for(delay);
-                ReadUnmappedMemory();
-            }
-            _exit(1);
-        }).detach();
-        started = pipeEnds[1];
-    }
-    LogUntilKilled(progress, load, started);
-}
-
-/// Starts a logging process, lets it die of the signal, and returns its id.
-pid_t KillOne(Progress& progress, Load& load, int deadlySignal, Microseconds delay)
-{
-    progress.begun = 0;
-    progress.done = 0;
-    int started[2];
-    if (pipe(started) != 0) {
-        throw std::runtime_error("no pipe");
-    }
-    const pid_t child = fork();
-    if (child == 0) {
-        RunChild(progress, load, started[1], deadlySignal, delay);
-    }
-    close(started[1]);
-    char byte;
-    const bool running = child > 0 && read(started[0], &byte, 1) == 1;
-    close(started[0]);
-    if (running && deadlySignal == SIGKILL) {
+        begin();
         std::this_thread::sleep_for(delay);
-        kill(child, SIGKILL);
-    }
-    int status = 0;
-    if (!running || waitpid(child, &status, 0) != child || !WIFSIGNALED(status) ||
-        WTERMSIG(status) != deadlySignal) {
-        throw std::runtime_error("the logging process did not die of the signal");
-    }
-    return child;
+        ReadUnmappedMemory();
+    }).detach();
+    LogForEver(progress, load, [&] { open = true; });
 }
 
 }  // namespace
@@ -116,20 +76,30 @@ int main(int argc, char** argv)
     const Options options(
         argc, argv,
         {{"count", "300"}, {"seed", "1"}, {"directory", "."}, {"signal", "kill"}, {"longest", "3000"}});
-    const int deadlySignal = options.Text("signal") == "segv" ? SIGSEGV : SIGKILL;
+    const bool fault = options.Text("signal") == "segv";
     const unsigned int seed = options.Number("seed");
     const unsigned int kills = options.Number("count");
     std::mt19937 random(seed);
     std::uniform_int_distribution<unsigned int> delays(0, options.Number("longest"));
 
     Scratch scratch(options.Text("directory"));
-    Progress& progress = Progress::Shared();
+    Progress& progress = Shared<Progress>();
     unsigned int insideFlush = 0;
     unsigned int rejected = 0;
     unsigned int missing = 0;
     for (unsigned int i = 0; i < kills; ++i) {
         Load load(seed * 1000003ULL + i, 100, 100'000);
-        const pid_t child = KillOne(progress, load, deadlySignal, Microseconds(delays(random)));
+        const Microseconds delay(delays(random));
+        progress.begun = 0;
+        progress.done = 0;
+        const pid_t child =
+            RunUntilDead(fault ? SIGSEGV : SIGKILL, !fault, delay, [&](const auto& begin) {
+                if (fault) {
+                    LogUntilFault(progress, load, begin, delay);
+                } else {
+                    LogForEver(progress, load, begin);
+                }
+            });
         const std::string fileName = "trace-" + std::to_string(child) + ".xml";
         const std::string bytes = FileBytes(fileName);
         std::filesystem::remove(fileName);
@@ -146,7 +116,7 @@ int main(int argc, char** argv)
     }
     std::printf(
         "%s on %s: %u kills, %u of them inside a flush: %u files rejected, %u flushed calls missing\n",
-        deadlySignal == SIGKILL ? "SIGKILL" : "SIGSEGV in a second thread", Scratch::FileSystem(), kills,
-        insideFlush, rejected, missing);
+        fault ? "SIGSEGV in a second thread" : "SIGKILL", Scratch::FileSystem(), kills, insideFlush,
+        rejected, missing);
     return rejected == 0 && missing == 0 && insideFlush > 0 ? 0 : 1;
 }

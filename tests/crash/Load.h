@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace ScrivelTest
 {
@@ -17,6 +18,11 @@ struct CallContents
 {
     std::size_t characters;  ///< of the text in the element "text"
     unsigned int items;      ///< of the array in the element "data", each an element "value"
+
+    bool operator==(const CallContents& other) const
+    {
+        return characters == other.characters && items == other.items;
+    }
 };
 
 /// An endless row of calls whose sizes follow from the seed, spread evenly over the orders of magnitude
@@ -28,6 +34,9 @@ public:
 
     /// Of the call of that number, the first being 1.
     CallContents Contents(unsigned int call) const;
+
+    /// Writes what the call of that number holds.
+    void WriteContents(Scrivel2::ScrivelXmlGenBase& log, unsigned int call);
 
     /// Logs the next call, up to and with its end tag. A flush must follow.
     void WriteNextCall(Scrivel2::ScrivelXmlGenRunBase& log);

@@ -12,23 +12,25 @@ namespace ScrivelTest
 namespace
 {
 
-/// Follows the calls of a load through the parser's events.
-class CallCounter
+using Visit = std::function<void(const CallElement&)>;
+
+/// Follows the elements of a log through the parser's events.
+class CallReader
 {
 public:
-    CallCounter(LogContents& found, const Load* expected) : contents(found), load(expected) {}
+    CallReader(LogContents& found, const Visit& visitCall) : contents(found), visit(visitCall) {}
 
     void StartElement(std::string_view name, unsigned int number)
     {
         ++contents.elements;
         ++depth;
         if (depth == 2) {
-            call = number;
-            seen = {0, 0};
+            call = {number, {0, 0}, false};
         } else if (depth == 3) {
             inText = name == "text";
+            call.returned = call.returned || name == "return_time";
         } else if (depth == 4 && name == "value") {
-            ++seen.items;
+            ++call.contents.items;
         }
     }
 
@@ -36,32 +38,24 @@ public:
     {
         --depth;
         inText = false;
-        if (depth != 1 || load == nullptr || !contents.problem.empty()) {
-            return;
-        }
-        const CallContents expected = load->Contents(contents.calls + 1);
-        if (call == contents.calls + 1 && seen.characters == expected.characters &&
-            seen.items == expected.items) {
-            contents.calls = call;
-        } else {
-            contents.problem = "call " + std::to_string(contents.calls + 1) + " is not whole";
+        if (depth == 1) {
+            visit(call);
         }
     }
 
     void Characters(std::size_t count)
     {
         if (inText) {
-            seen.characters += count;
+            call.contents.characters += count;
         }
     }
 
 private:
     LogContents& contents;
-    const Load* load;
+    const Visit& visit;
     unsigned int depth = 0;
-    unsigned int call = 0;
     bool inText = false;
-    CallContents seen{0, 0};
+    CallElement call{};
 };
 
 /// The value of call_num among the five pointers of each attribute: name, prefix, URI, value, end.
@@ -76,31 +70,30 @@ unsigned int CallNumber(int count, const xmlChar** attributes)
     return 0;
 }
 
-LogContents Read(xmlParserCtxtPtr parser, const Load* load)
+void Read(xmlParserCtxtPtr parser, const Visit& visit, LogContents& contents)
 {
-    LogContents contents;
     if (parser == nullptr) {
         contents.problem = "nothing to read";
-        return contents;
+        return;
     }
-    CallCounter counter(contents, load);
+    CallReader reader(contents, visit);
     xmlSAXHandler events = {};
     events.initialized = XML_SAX2_MAGIC;
     events.startElementNs = [](void* user, const xmlChar* name, const xmlChar*, const xmlChar*, int,
                                const xmlChar**, int count, int, const xmlChar** attributes) {
-        static_cast<CallCounter*>(user)->StartElement(reinterpret_cast<const char*>(name),
-                                                      CallNumber(count, attributes));
+        static_cast<CallReader*>(user)->StartElement(reinterpret_cast<const char*>(name),
+                                                     CallNumber(count, attributes));
     };
     events.endElementNs = [](void* user, const xmlChar*, const xmlChar*, const xmlChar*) {
-        static_cast<CallCounter*>(user)->EndElement();
+        static_cast<CallReader*>(user)->EndElement();
     };
     events.characters = [](void* user, const xmlChar*, int count) {
-        static_cast<CallCounter*>(user)->Characters(static_cast<std::size_t>(count));
+        static_cast<CallReader*>(user)->Characters(static_cast<std::size_t>(count));
     };
     // The parser adds a handler of its own for errors, which would print them.
     xmlCtxtUseOptions(parser, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     *parser->sax = events;
-    parser->userData = &counter;
+    parser->userData = &reader;
     xmlParseDocument(parser);
     contents.accepted = parser->wellFormed == 1 && parser->errNo == XML_ERR_OK;
     if (!contents.accepted && parser->lastError.message != nullptr) {
@@ -109,19 +102,47 @@ LogContents Read(xmlParserCtxtPtr parser, const Load* load)
         contents.problem.resize(contents.problem.find_last_not_of('\n') + 1);
     }
     xmlFreeParserCtxt(parser);
+}
+
+LogContents ReadAndCount(xmlParserCtxtPtr parser, const Load* load)
+{
+    LogContents contents;
+    const auto count = [&](const CallElement& call) {
+        if (load == nullptr || !contents.problem.empty()) {
+            return;
+        }
+        if (call.number == contents.calls + 1 && call.contents == load->Contents(call.number)) {
+            contents.calls = call.number;
+        } else {
+            contents.problem = "call " + std::to_string(contents.calls + 1) + " is not whole";
+        }
+    };
+    Read(parser, count, contents);
     return contents;
+}
+
+xmlParserCtxtPtr ParserOf(std::string_view bytes)
+{
+    return xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 }  // namespace
 
+LogContents ReadLog(std::string_view bytes, const Visit& visit)
+{
+    LogContents contents;
+    Read(ParserOf(bytes), visit, contents);
+    return contents;
+}
+
 LogContents ReadLog(std::string_view bytes, const Load* load)
 {
-    return Read(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())), load);
+    return ReadAndCount(ParserOf(bytes), load);
 }
 
 LogContents ReadLogFile(const std::string& fileName, const Load* load)
 {
-    return Read(xmlCreateFileParserCtxt(fileName.c_str()), load);
+    return ReadAndCount(xmlCreateFileParserCtxt(fileName.c_str()), load);
 }
 
 std::string FileBytes(const std::string& fileName)

@@ -6,6 +6,7 @@
 #include "crash/Load.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,18 @@ struct LogContents
     std::size_t elements = 0;  ///< of any name
 };
 
-/// Reads a log of a load's calls; null when the calls don't come from a load: then none is counted.
+/// An element of a call, of which there are several when other calls have interrupted it.
+struct CallElement
+{
+    unsigned int number;
+    CallContents contents;
+    bool returned;  ///< the time of its return is in it
+};
+
+/// Reads a log, and hands out each call's element when it ends; counts no calls.
+LogContents ReadLog(std::string_view bytes, const std::function<void(const CallElement&)>& visit);
+
+/// Reads a log and counts its calls; null when they don't come from a load: then none is counted.
 LogContents ReadLog(std::string_view bytes, const Load* load);
 
 /// As ReadLog, without holding the file in memory.

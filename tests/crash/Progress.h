@@ -12,13 +12,11 @@
 namespace ScrivelTest
 {
 
-/// Lies in memory that parent and child share.
+/// Lies in memory that parent and child share (Shared.h) when the child is to die.
 struct Progress
 {
     std::atomic<unsigned int> begun;  ///< flushes
     std::atomic<unsigned int> done;   ///< flushes that have returned and left the stream good
-
-    static Progress& Shared();
 };
 
 /// A generator that tells of each flush; the header's is the first.

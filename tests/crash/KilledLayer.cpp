@@ -1,0 +1,204 @@
+// Kills processes that log through the logging layer, and reads what they leave.
+//
+//     crash_killed_layer --count 10000
+//
+// One call in five is interrupted by a call that the target makes back. Half of the kills fall at random
+// instants, the other half in the midst of the target's work: before, inside or after such a callback.
+//
+// Fails when libxml2 rejects a file, when a call whose arguments had been logged isn't in it with its
+// number and all of them, or one that had returned lacks its return.
+
+#include "LoggedCall.h"
+
+#include "crash/Killing.h"
+#include "crash/LogReader.h"
+#include "crash/Options.h"
+#include "crash/Scratch.h"
+#include "crash/Shared.h"
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+using namespace ScrivelTest;
+
+namespace
+{
+
+enum class Stage : std::uint8_t
+{
+    Unknown,
+    Argued,   ///< the arguments are logged
+    Returned  ///< the results are
+};
+
+/// How far each call has got, by its number.
+struct Calls
+{
+    std::array<std::atomic<Stage>, 1U << 14> stages;
+    std::atomic<unsigned int>
+        running;                   ///< the call that the target was at work for when the kill was due
+    std::atomic<bool> calledBack;  ///< a callback had interrupted it, or it was one
+};
+
+/// What is to happen in the logging process.
+struct Plan
+{
+    std::uint64_t seed;
+    unsigned int dieIn;     ///< the number of the call in which the target stops; 0 for none
+    bool dieAfterCallback;  ///< there, rather than at once
+};
+
+/// A debugger, its target, and the layer between them.
+class Debugging
+{
+public:
+    Debugging(const Plan& whatHappens, Calls& told, Load& loadToLog, const std::function<void()>& whenDue)
+        : plan(whatHappens), calls(told), load(loadToLog), due(whenDue), random(plan.seed), log("run")
+    {
+    }
+
+    [[noreturn]] void GoOn()
+    {
+        if (plan.dieIn == 0) {
+            due();
+        }
+        for (;;) {
+            Call("CADIMemRead", false);
+        }
+    }
+
+private:
+    void Call(const char* name, bool isCallback)
+    {
+        const auto writeArguments = [&](auto& xml) { load.WriteContents(xml, xml.GetCallNo()); };
+        if (random() % 2 == 0) {
+            Scrivel2::LoggedCall call(log, name, writeArguments);
+            LetTargetRun(call, isCallback);
+        } else {
+            Scrivel2::LoggedCall call(log, name);
+            call.Arguments(writeArguments);
+            LetTargetRun(call, isCallback);
+        }
+    }
+
+    template <typename LoggedCall>
+    void LetTargetRun(LoggedCall& call, bool isCallback)
+    {
+        const unsigned int number = call.Number();
+        calls.stages.at(number) = Stage::Argued;
+        if (number == plan.dieIn && !plan.dieAfterCallback) {
+            StopIn(number, isCallback);
+        }
+        bool interrupted = false;
+        if (!isCallback && random() % 5 == 0) {
+            interrupted = true;
+            Call("modeChange", true);
+        }
+        if (number == plan.dieIn) {
+            StopIn(number, isCallback || interrupted);
+        }
+        call.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
+        calls.stages.at(number) = Stage::Returned;
+    }
+
+    [[noreturn]] void StopIn(unsigned int number, bool calledBack)
+    {
+        calls.running = number;
+        calls.calledBack = calledBack;
+        due();
+        for (;;) {
+            pause();
+        }
+    }
+
+    const Plan plan;
+    Calls& calls;
+    Load& load;
+    const std::function<void()>& due;
+    std::mt19937_64 random;
+    Scrivel2::RunLog log;
+};
+
+struct Figures
+{
+    unsigned int inTarget = 0;
+    unsigned int calledBack = 0;  ///< of inTarget
+    unsigned int rejected = 0;
+    unsigned int missing = 0;
+};
+
+void Judge(const std::string& bytes, const Calls& calls, const Load& load, Figures& figures,
+           Scratch& scratch)
+{
+    std::vector<CallElement> seen(calls.stages.size());
+    const LogContents contents = ReadLog(bytes, [&](const CallElement& element) {
+        CallElement& call = seen.at(element.number);
+        call.number = element.number;
+        call.contents.characters += element.contents.characters;
+        call.contents.items += element.contents.items;
+        call.returned = call.returned || element.returned;
+    });
+    if (!contents.accepted) {
+        ++figures.rejected;
+        scratch.Keep(bytes, "rejected: " + contents.problem);
+        return;
+    }
+    for (unsigned int number = 1; calls.stages[number] != Stage::Unknown; ++number) {
+        const CallElement& call = seen[number];
+        const bool whole = call.number == number && call.contents == load.Contents(number);
+        if (!whole || (calls.stages[number] == Stage::Returned && !call.returned)) {
+            ++figures.missing;
+            scratch.Keep(bytes, "call " + std::to_string(number) + " is missing or not whole");
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const Options options(argc, argv,
+                          {{"count", "200"}, {"seed", "1"}, {"directory", "."}, {"longest", "3000"}});
+    const unsigned int kills = options.Number("count");
+    std::mt19937 random(options.Number("seed"));
+    std::uniform_int_distribution<unsigned int> delays(0, options.Number("longest"));
+    std::uniform_int_distribution<unsigned int> callNumbers(1, 40);
+
+    Scratch scratch(options.Text("directory"));
+    Calls& calls = Shared<Calls>();
+    Figures figures;
+    for (unsigned int i = 0; i < kills; ++i) {
+        for (auto& stage : calls.stages) {
+            stage = Stage::Unknown;
+        }
+        calls.running = 0;
+        calls.calledBack = false;
+
+        const bool inTarget = i % 2 == 0;
+        const Plan plan{random(), inTarget ? callNumbers(random) : 0, random() % 2 == 0};
+        Load load(plan.seed, 100, 100'000);
+        const Microseconds delay(inTarget ? 0 : delays(random));
+        const pid_t child = RunUntilDead(
+            SIGKILL, true, delay, [&](const auto& due) { Debugging(plan, calls, load, due).GoOn(); });
+        const std::string fileName = "run-" + std::to_string(child) + ".xml";
+        Judge(FileBytes(fileName), calls, load, figures, scratch);
+        figures.inTarget += calls.running != 0 ? 1U : 0U;
+        figures.calledBack += calls.calledBack ? 1U : 0U;
+        std::filesystem::remove(fileName);
+    }
+    std::printf(
+        "logging layer: %u kills, %u of them while the target ran, %u of those in or after a callback: "
+        "%u files rejected, %u calls missing or without an argument\n",
+        kills, figures.inTarget, figures.calledBack, figures.rejected, figures.missing);
+    return figures.rejected == 0 && figures.missing == 0 && figures.calledBack > 0 ? 0 : 1;
+}
