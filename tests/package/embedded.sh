@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# A parent project gets the library's targets and nothing else: no test, no warning, nothing installed.
+# A parent project that takes the library in, by $3, gets its targets and nothing else: no test, no
+# warning, nothing installed.
 . "$(dirname "$0")/common.sh"
 
-if [[ $4 == FetchContent ]]; then
+if [[ $3 == FetchContent ]]; then
   cmake -S "$source_dir" -B archive "${library_only[@]}" -DSCRIVEL_BUILD_PACKAGES=ON
   (cd archive && cpack --config CPackSourceConfig.cmake)
   way=(-DSCRIVEL_ARCHIVE="$(echo "$work"/archive/ScrivelXmlGen-*.tar.gz)")
