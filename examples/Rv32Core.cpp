@@ -125,9 +125,10 @@ std::optional<Cause> Rv32Core::Step()
     if (pc > memorySize - 4) {
         return Cause::FetchFault;
     }
-    const std::uint32_t instruction =
-        static_cast<std::uint32_t>(memory[pc] | memory[pc + 1] << 8 | memory[pc + 2] << 16 |
-                                   static_cast<std::uint32_t>(memory[pc + 3]) << 24);
+    std::uint32_t instruction = 0;
+    for (std::uint32_t i = 4; i-- > 0;) {
+        instruction = instruction << 8 | memory[pc + i];
+    }
     next = pc + 4;
     if (const auto cause = Execute(instruction)) {
         return cause;
