@@ -59,10 +59,10 @@ void RequireEqual(std::string_view found, std::string_view expected, std::string
 }
 
 Surroundings::Surroundings()
-    : logFile(memfd_create("log", MFD_CLOEXEC)), output(memfd_create("output", MFD_CLOEXEC)),
-      trueOutput(dup(STDOUT_FILENO)), trueError(std::cerr.rdbuf(error.rdbuf()))
+    : output(memfd_create("output", MFD_CLOEXEC)), trueOutput(dup(STDOUT_FILENO)),
+      trueError(std::cerr.rdbuf(error.rdbuf()))
 {
-    Require(logFile >= 0 && output >= 0 && trueOutput >= 0, "no descriptors for the surroundings");
+    Require(output >= 0 && trueOutput >= 0, "no descriptors for the surroundings");
     std::fflush(stdout);
     dup2(output, STDOUT_FILENO);
 
@@ -77,16 +77,18 @@ Surroundings::~Surroundings()
     std::cerr.rdbuf(trueError);
     std::fflush(stdout);
     dup2(trueOutput, STDOUT_FILENO);
-    for (const int file : {logFile, output, trueOutput}) {
+    close(output);
+    close(trueOutput);
+    for (const auto& [name, file] : logs) {
         close(file);
     }
 }
 
 /// Before main: the fuzzer's own threads call some of these at any time.
 const bool Surroundings::installed = [] {
-    platform.getpid.Use([] { return current != nullptr ? 4242 : platform.getpid.Real(); });
+    platform.getpid.Use([] { return current != nullptr ? current->process : platform.getpid.Real(); });
     platform.pthread_self.Use(
-        []() -> pthread_t { return isShown ? 1234 : platform.pthread_self.Real(); });
+        []() -> pthread_t { return isShown ? current->thread : platform.pthread_self.Real(); });
     platform.gettimeofday.Use([](timeval* moment, void* zone) {
         if (current == nullptr) {
             return platform.gettimeofday.Real(moment, zone);
@@ -105,9 +107,8 @@ const bool Surroundings::installed = [] {
         return fixed;
     });
     platform.localtime.Use([](const std::time_t* moment) { return std::gmtime(moment); });
-    platform.gethostname.Use([](char* host, std::size_t) {
-        std::strcpy(host, "lab7");
-        return 0;
+    platform.gethostname.Use([](char* text, std::size_t size) {
+        return current != nullptr && current->GetHost(text, size) ? 0 : -1;
     });
     platform.puts.Use([](const char* text) {
         if (current == nullptr) {
@@ -121,10 +122,13 @@ const bool Surroundings::installed = [] {
                                   : platform.open.Real(name, flags, mode);
     });
     platform.pwrite.Use([](int file, const void* bytes, std::size_t size, off_t place) -> ssize_t {
-        if (const int reason = current != nullptr && current->writeError ? current->writeError() : 0;
-            reason != 0) {
-            errno = reason;
-            return -1;
+        if (current != nullptr && current->writeLimit) {
+            const ssize_t limit = current->writeLimit(size);
+            if (limit < 0) {
+                errno = static_cast<int>(-limit);
+                return -1;
+            }
+            size = std::min(size, static_cast<std::size_t>(limit));
         }
         return platform.pwrite.Real(file, bytes, size, place);
     });
@@ -133,32 +137,58 @@ const bool Surroundings::installed = [] {
 
 int Surroundings::Open(const char* name, int flags, mode_t mode)
 {
-    if (std::string_view(name) != "trace-4242.xml") {
+    const std::string_view text(name);
+    const bool isLog =
+        text.find('/') == text.npos && text.size() > 4 && text.substr(text.size() - 4) == ".xml";
+    if (!isLog) {
         return platform.open.Real(name, flags, mode);
     }
-    if ((flags & O_TRUNC) != 0) {
-        Require(ftruncate(logFile, 0) == 0, "the log can't be emptied");
+    if (openError != 0) {
+        errno = openError;
+        return -1;
     }
-    return fcntl(logFile, F_DUPFD_CLOEXEC, 0);
+    auto& file = logs.try_emplace(name, -1).first->second;
+    if (file < 0) {
+        file = memfd_create("log", MFD_CLOEXEC);
+    } else if ((flags & O_EXCL) != 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    Require((flags & O_TRUNC) == 0 || ftruncate(file, 0) == 0, "a log can't be emptied");
+    return fcntl(file, F_DUPFD_CLOEXEC, 0);
 }
 
-std::string Surroundings::LogText() const
+bool Surroundings::GetHost(char* text, std::size_t size) const
 {
+    if (host.empty() || host.size() >= size) {
+        return false;
+    }
+    std::strcpy(text, host.c_str());
+    return true;
+}
+
+std::string Surroundings::LogText(const std::string& fileName) const
+{
+    const auto log = logs.find(fileName);
+    if (log == logs.end()) {
+        return {};
+    }
     struct stat status;
-    Require(fstat(logFile, &status) == 0, "the log can't be looked at");
+    Require(fstat(log->second, &status) == 0, "a log can't be looked at");
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    Require(pread(logFile, text.data(), text.size(), 0) == status.st_size, "the log can't be read");
+    Require(pread(log->second, text.data(), text.size(), 0) == status.st_size, "a log can't be read");
     return text;
 }
 
-void Surroundings::RequirePrinted(std::string_view onStandardOutput,
-                                  std::string_view onStandardError) const
+std::string Surroundings::TakePrinted()
 {
     std::fflush(stdout);
     struct stat status;
     Require(fstat(output, &status) == 0 && status.st_size == 0, "printed past puts");
-    RequireEqual(put, onStandardOutput, "printed on standard output");
-    RequireEqual(error.str(), onStandardError, "printed on standard error");
+    const std::string printed = error.str() + put;
+    error.str("");
+    put.clear();
+    return printed;
 }
 
 }  // namespace ScrivelFuzz

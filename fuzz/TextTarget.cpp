@@ -141,7 +141,7 @@ private:
     void Expect(unsigned int level, const std::string& name, const std::string& text)
     {
         legal = legal && name.front() != '-' && name.front() != '.';
-        expected.push_back({level, name, text});
+        expected.push_back({level, name, text, {}});
     }
 
     void ExpectOne(const std::string& name, const std::string& text) { Expect(2, Cleaned(name), text); }
@@ -486,12 +486,12 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    const ScrivelFuzz::Surroundings surroundings;
+    ScrivelFuzz::Surroundings surroundings;
     Input input(bytes, size);
     Session session(input);
     session.Compare(surroundings.LogText());
     session.Log().EndLogging();
     session.Compare(surroundings.LogText());
-    surroundings.RequirePrinted("", "");
+    RequireEqual(surroundings.TakePrinted(), "", "something was printed");
     return 0;
 }

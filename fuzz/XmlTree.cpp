@@ -4,6 +4,7 @@
 #include <libxml/tree.h>
 
 #include <memory>
+#include <string_view>
 
 namespace ScrivelFuzz
 {
@@ -13,7 +14,13 @@ namespace
 void Collect(const xmlNode* element, unsigned int level, std::vector<Element>& elements)
 {
     const std::size_t place = elements.size();
-    elements.push_back({level, reinterpret_cast<const char*>(element->name), {}});
+    elements.push_back({level, reinterpret_cast<const char*>(element->name), {}, {}});
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        if (std::string_view(reinterpret_cast<const char*>(attribute->name)) == "call_num") {
+            elements[place].call = reinterpret_cast<const char*>(attribute->children->content);
+        }
+    }
     bool hasChildren = false;
     std::string text;
     for (const xmlNode* child = element->children; child != nullptr; child = child->next) {

@@ -15,6 +15,7 @@ struct Element
     unsigned int level;  // 0 for the root
     std::string name;
     std::string text;  // of an element without children
+    std::string call;  // its call_num, empty without one
 };
 
 /// The elements of a document, or nothing when libxml2, without its recovery mode, finds none in the
