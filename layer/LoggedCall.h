@@ -83,7 +83,7 @@ template <typename Generator>
 class LoggedCall
 {
 public:
-    /// Enters the call; it is in the file when this returns. The name is a plain identifier, of 100
+    /// Enters the call; it is in the file when this returns. The name is a plain identifier, of 60
     /// characters at most; any other is made one (LegalName).
     LoggedCall(CallLog<Generator>& callLog, std::string_view callName)
         : LoggedCall(callLog, callName, [](auto&) {})
@@ -155,7 +155,7 @@ private:
 
     // The end tag of an interrupting call is overwritten by the comment and the reopened element that
     // follow it: a longer name could stick out behind the end of the document.
-    static constexpr std::size_t longestName = 100;
+    static constexpr std::size_t longestName = 60;
 
     LoggedCall(std::string_view callName, CallLog<Generator>& callLog)
         : log(callLog), name(LegalName(callName.substr(0, longestName)))

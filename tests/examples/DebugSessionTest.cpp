@@ -30,6 +30,7 @@ protected:
     DebugSessions()
     {
         platform.puts.Use([](const char*) { return 0; });  // one writer prints a line
+        platform.pthread_self.Reset();                     // sanitizers ask for it in new threads
     }
 
     static std::vector<std::string> FilesOf(const std::string& log)

@@ -157,6 +157,7 @@ TEST_F(LearnedNames, NameThatFillsItsFieldIsTakenWhole)
 
 TEST_F(CallLogs, AnotherThreadsCallGoesThroughWhileTheTargetRuns)
 {
+    ScrivelTest::platform.pthread_self.Reset();  // sanitizers ask for it in new threads
     RunLog log("run");
     LoggedCall call(log, "CADIExecContinue");
     std::thread([&] { const LoggedCall other(log, "CADIExecStop"); }).join();
