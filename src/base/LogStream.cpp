@@ -2,7 +2,7 @@
 //
 //   CLOSED --Open--> CLEAN --text--> PENDING --more than 64 MiB--> PIECES
 //                      ^                |                            |
-//                      +--- flush ------+-------- flush -------------+--- a write fails ---> CLEAN
+//                      +----------------+---- flush, or a write fails
 //
 //   CLOSED    no descriptor, no put area: output fails.
 //   CLEAN     The file is what the last flush left; `tail` holds its end. No text is in memory.
@@ -33,7 +33,8 @@
 // Where T0 and the opening lie across two pages, a kill between the two finds them half replaced.
 // Text that holds "?>" would end an instruction, and is written in one go.
 //
-// When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again.
+// When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again, the text
+// is gone, and the stream is bad, so that no more comes until it is opened anew.
 
 #include "base/LogStream.h"
 
@@ -146,14 +147,19 @@ bool LogBuffer::Open(const char* name)
     }
     // For reading too, so that a tail that is no longer in memory can be looked up. O_NONBLOCK is for
     // FIFOs, which are turned away: they have no place to seek back to.
-    descriptor = open(name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0666);
+    constexpr int flags = O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+    descriptor = open(name, O_RDWR | flags, 0666);
+    if (!IsOpen() && errno == EACCES) {
+        descriptor = open(name, O_WRONLY | flags, 0666);
+    }
     if (!IsOpen()) {
         return false;
     }
     struct stat status;
-    if (fstat(descriptor, &status) != 0 || S_ISFIFO(status.st_mode)) {
+    const int reason = fstat(descriptor, &status) != 0 ? errno : S_ISFIFO(status.st_mode) ? ESPIPE : 0;
+    if (reason != 0) {
         close(std::exchange(descriptor, -1));
-        errno = ESPIPE;
+        errno = reason;
         return false;
     }
     tailStart = fileEnd = 0;
@@ -391,8 +397,8 @@ void LogBuffer::KeepTail(off_t end)
     const off_t position = Position();
     const bool oldTailStands = pieceStart < 0 && textStart >= tailStart;
     if (end < newEnd && oldTailStands && Enlarge(static_cast<std::size_t>(newEnd - textStart))) {
-        CopyFromFile(end, newEnd,
-                     At(end));  // it was longer than the text: its last bytes are still there
+        // It was longer than the text: its last bytes are still there.
+        CopyFromFile(end, newEnd, At(end));
         end = newEnd;
     }
     std::swap(text, tail);
@@ -429,10 +435,9 @@ bool LogBuffer::Commit()
     }
     const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
     const bool overwritesTail = textStart < fileEnd && fileEnd < end;
-    const bool holdsClosing =
-        std::string_view(pbase(), static_cast<std::size_t>(end - textStart)).find(closing) !=
-        std::string_view::npos;
-    const bool inSteps = tailKnown && overwritesTail && SpansPages(textStart, end) && !holdsClosing;
+    const std::string_view pending(pbase(), static_cast<std::size_t>(end - textStart));
+    const bool inSteps = tailKnown && overwritesTail && SpansPages(textStart, end) &&
+                         pending.find(closing) == std::string_view::npos;
     const off_t opener = inSteps && RoomForMarks(end) ? OpenerWithin(fileEnd, end) : -1;
 
     FileSizeSignal signal;

@@ -140,6 +140,11 @@ public:
     /// vanishes when the stream has failed.
     void Append(std::string_view characters)
     {
+        constexpr std::size_t mostAtOnce = 1024 * 1024;
+        if (characters.size() > mostAtOnce) {
+            write(characters.data(), static_cast<std::streamsize>(characters.size()));
+            return;
+        }
         if (char* place = Room(characters.size())) {
             characters.copy(place, characters.size());
             Advance(place + characters.size());

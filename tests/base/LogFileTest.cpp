@@ -57,6 +57,32 @@ TEST_F(LogFile, StartingWritesHeaderAndRootEndTag)
     EXPECT_TRUE(IsDocument(WholeFile()));
 }
 
+TEST_F(LogFile, StartingReadsThePlatformInTheOrderOfTheHeader)
+{
+    std::string order;
+    platform.getpid.Use([&order] {
+        order += "getpid ";
+        return 4242;
+    });
+    platform.gettimeofday.Use([&order](timeval* clock, void*) {
+        order += "gettimeofday ";
+        *clock = {};
+        return 0;
+    });
+    platform.time.Use([&order](std::time_t*) {
+        order += "time ";
+        return std::time_t{0};
+    });
+    platform.gethostname.Use([&order](char* name, std::size_t length) {
+        order += "gethostname(" + std::to_string(length) + ") ";
+        *name = '\0';
+        return 0;
+    });
+    const auto log = Make();
+    log->StartLogging();
+    EXPECT_EQ(order, "getpid getpid gettimeofday time gethostname(255) getpid ");
+}
+
 TEST_F(LogFile, HeaderShowsTheVersionGivenToTheConstructor)
 {
     ScrivelXmlGenBase log("trace", "CADI 7 <beta>");

@@ -176,9 +176,35 @@ TEST_F(Stream, FileThatCantBeLookedAtFails)
         return -1;
     });
     log.open("log");
+    EXPECT_EQ(errno, EIO);
     EXPECT_EQ(log.rdstate(), std::ios_base::failbit);
     EXPECT_FALSE(log.is_open());
     EXPECT_EQ(platform.close.Calls(), 1U);
+}
+
+TEST_F(Stream, FileThatMayNotBeReadIsOpenedForWriting)
+{
+    platform.open.Use([](const char* name, int flags, mode_t mode) {
+        if ((flags & O_ACCMODE) == O_RDWR) {
+            errno = EACCES;
+            return -1;
+        }
+        return platform.open.Real(name, flags, mode);
+    });
+    log.open("log");
+    log << "text" << std::flush;
+    EXPECT_TRUE(log.good());
+    EXPECT_EQ(fs::file_size("log"), 4U);
+}
+
+TEST_F(Stream, TextOfMoreThanAMebibyteIsAppendedWhole)
+{
+    log.open("log");
+    const std::string text = std::string(3 * 1024 * 1024, 'x') + "end";
+    log.Append(text);
+    log.Append("!");
+    log.flush();
+    EXPECT_EQ(File(), text + "!");
 }
 
 TEST_F(Stream, OpeningWithoutMemoryFails)
@@ -1219,7 +1245,7 @@ TEST_F(HugeFlush, PutsTheTailBackWhenMemoryEnds)
     log.seekp(-7, std::ios_base::end);
     WritePieces(65);
     refuseMemory = [](std::size_t) { return true; };
-    log.Append(Pieces(90));
+    EXPECT_EQ(log.Room(most + most / 2), nullptr);
     EXPECT_TRUE(log.bad());
     EXPECT_EQ(File(), before);
 }
