@@ -145,11 +145,12 @@ public:
     ///     <!-- Continuing call 7 ("CADIExecContinue") -->
     ///
     ///         <CADIExecContinue call_num="7">
-    ///         <return_time>0.300120 s</return_time>
+    ///             <return_time>0.300120 s</return_time>
     virtual void WriteContinueFunction(unsigned int callNo, std::string callName);
 
     /// Writes the time since StartLogging, in seconds with six decimals, as a child element or as an
-    /// attribute of a tag that the caller is writing. The name is written as given.
+    /// attribute of a tag that the caller is writing, each behind its indentation. The name is written as
+    /// given.
     ///
     ///     WriteTimestamp("return_time", true)   ->  <return_time>3.004500 s</return_time>
     ///     WriteTimestamp("call_time", false)    ->   call_time="3.004500 s"
@@ -200,7 +201,7 @@ public:
     void UpdateFilePointerPosition();                ///< that place is now the put position
     void SeekFilePointerPosition();                  ///< the put position is now that place
     std::streamoff GetLastFilePointerPosition();     ///< that place
-    std::streamoff GetCurrentFilePointerPosition();  ///< the put position, -1 when the stream failed
+    std::streamoff GetCurrentFilePointerPosition();  ///< the put position, -1 when failed or closed
 
     /// Writes a comment in place of the closing text and flushes. The text is not escaped and must not
     /// hold "--". Follow it with FlushOutput(true, ""): the next call would overwrite it otherwise.
@@ -453,8 +454,8 @@ public:
 
     void WriteRegGroup(eslapi::CADIRegGroup_t group);
     void WriteRegDetail(std::string ident, eslapi::CADIRegDetails_t details);
-    /// Reads the symbol list of every register whose display is not CADI_REGTYPE_SYMBOL: the pointer
-    /// there must be null or valid.
+    /// A register whose display is CADI_REGTYPE_SYMBOL gets a message in place of its symbol list, any
+    /// other has its list written as WriteRegSymbol does.
     void WriteRegInfo(eslapi::CADIRegInfo_t info);
     /// Named by the table of register names, or `ident` when that has no name for the register.
     void WriteReg(std::string ident, eslapi::CADIReg_t reg);

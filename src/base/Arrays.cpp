@@ -27,13 +27,13 @@ void ScrivelXmlGenBase::WriteStringArray(std::string ident, char** items, unsign
 void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned char* data,
                                             unsigned int lineCount, unsigned int bytesPerLine)
 {
-    if (data == nullptr) {
-        WriteContainer(ident, [&] { WriteNULLPointer(ident); });
-        return;
-    }
-    // Every line shows the same windows of 16 bytes, each a byte further than the last one: readers of
-    // the log know such arrays in this form.
     WriteContainer(ident, [&] {
+        if (data == nullptr) {
+            WriteNULLPointer(ident);
+            return;
+        }
+        // Every line shows the same windows of 16 bytes, each a byte further than the last one: readers
+        // of the log know such arrays in this form.
         for (unsigned int line = 0; line < lineCount; ++line) {
             for (unsigned int i = 0; i < bytesPerLine; ++i) {
                 WriteByte("value", data + lineCount + i);

@@ -16,6 +16,7 @@ constexpr char hexDigits[] = "0123456789abcdef";
 
 // ---- Names --------------------------------------------------------------------------------------
 
+/// As isalpha answers in every locale for ASCII, so it need not be asked at each character.
 constexpr bool IsLetter(unsigned char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');

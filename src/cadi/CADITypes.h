@@ -259,7 +259,7 @@ struct CADIRegInfo_t
     std::int32_t hasSideEffects;
     CADIRegDetails_t details;
     CADIRegDisplay_t display;
-    CADIRegSymbols_t symbols;  // null or valid unless display is CADI_REGTYPE_SYMBOL
+    CADIRegSymbols_t symbols;
     char fpFormat[1024];
     std::uint32_t lsbOffset;
     std::uint32_t dwarfIndex;

@@ -43,7 +43,7 @@ void ScrivelXmlGenRunBase::WriteRegInfo(eslapi::CADIRegInfo_t info)
         WriteDecimal("hasSideEffects", static_cast<unsigned long>(info.hasSideEffects));
         WriteRegDetail("details", info.details);
         WriteRegDisplay("display", info.display);
-        // The reverse of what the message says: a symbol register gets it, any other has its list read.
+        // The reverse of what the message says: a symbol register gets it, any other its list.
         if (info.display == eslapi::CADI_REGTYPE_SYMBOL) {
             WriteString("symbols", "Register is not of type CADI_REGTYPE_SYMBOL");
         } else {
