@@ -337,8 +337,6 @@ protected:
     std::vector<std::string> factoryErrorNames;  ///< in the order of CADIFactoryErrorCode_t
 
 private:
-    void AppendTag(const char* opening, const std::string& name);
-
     std::string fileEndTag;  // the memory behind FileEndTag, kept from call to call
 };
 

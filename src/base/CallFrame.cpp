@@ -11,13 +11,6 @@ namespace Scrivel2
 
 // ---- Tags ---------------------------------------------------------------------------------------
 
-void ScrivelXmlGenBase::AppendTag(const char* opening, const std::string& name)
-{
-    logFile.Append(opening);
-    AppendName(logFile, name);
-    logFile.Append(">");
-}
-
 void ScrivelXmlGenBase::WriteTabs(bool openTag)
 {
     if (openTag) {
@@ -30,7 +23,7 @@ void ScrivelXmlGenBase::WriteTabs(bool openTag)
 void ScrivelXmlGenBase::WriteIdent(std::string name, bool openTag, bool newline)
 {
     WriteTabs(openTag);
-    AppendTag(openTag ? "<" : "</", name);
+    AppendTag(logFile, openTag, name);
     depth += openTag ? 1U : -1U;
     if (newline) {
         logFile.Append("\n");
@@ -39,7 +32,7 @@ void ScrivelXmlGenBase::WriteIdent(std::string name, bool openTag, bool newline)
 
 void ScrivelXmlGenBase::WriteIdentWithoutTabs(std::string name)
 {
-    AppendTag("</", name);
+    AppendTag(logFile, false, name);
     --depth;
     logFile.Append("\n");
 }

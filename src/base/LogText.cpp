@@ -40,6 +40,29 @@ constexpr std::array<char, 256> CleanedBytes(bool first)
     return cleaned;
 }
 
+constexpr std::string_view emptyName = "emptyIdent";
+
+std::size_t RoomForName(std::string_view name)
+{
+    return std::max(name.size(), emptyName.size());
+}
+
+char* PutName(char* out, std::string_view name)
+{
+    static constexpr auto head = CleanedBytes(true);
+    static constexpr auto inside = CleanedBytes(false);
+
+    if (name.empty()) {
+        return out + emptyName.copy(out, emptyName.size());
+    }
+    char* const first = out;
+    for (char c : name) {
+        *out++ = inside[static_cast<unsigned char>(c)];
+    }
+    *first = head[static_cast<unsigned char>(name.front())];
+    return out;
+}
+
 // ---- Escaping -----------------------------------------------------------------------------------
 
 /// What one byte of text becomes. Eight bytes in all, so that a piece is copied in one go.
@@ -122,21 +145,25 @@ char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
 
 }  // namespace
 
+void AppendTag(LogStream& log, bool opening, std::string_view name)
+{
+    constexpr std::size_t aroundName = 3;
+
+    if (char* out = log.Room(RoomForName(name) + aroundName)) {
+        *out++ = '<';
+        if (!opening) {
+            *out++ = '/';
+        }
+        out = PutName(out, name);
+        *out++ = '>';
+        log.Advance(out);
+    }
+}
+
 void AppendName(LogStream& log, std::string_view name)
 {
-    static constexpr auto head = CleanedBytes(true);
-    static constexpr auto inside = CleanedBytes(false);
-
-    if (name.empty()) {
-        log.Append("emptyIdent");
-        return;
-    }
-    if (char* out = log.Room(name.size())) {
-        *out++ = head[static_cast<unsigned char>(name.front())];
-        for (char c : name.substr(1)) {
-            *out++ = inside[static_cast<unsigned char>(c)];
-        }
-        log.Advance(out);
+    if (char* out = log.Room(RoomForName(name))) {
+        log.Advance(PutName(out, name));
     }
 }
 

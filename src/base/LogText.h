@@ -12,6 +12,9 @@
 namespace Scrivel2
 {
 
+/// Appends a start tag or an end tag, its name cleaned as AppendName does.
+void AppendTag(LogStream& log, bool opening, std::string_view name);
+
 /// Appends an element name, cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first
 /// stay, any other byte becomes "_"; an empty name becomes "emptyIdent".
 void AppendName(LogStream& log, std::string_view name);
