@@ -308,7 +308,7 @@ protected:
     /// Items of an integer type, in decimal or in as many hexadecimal digits as the type holds.
     template <typename Integer>
     void WriteIntegers(const std::string& ident, const Integer* items, unsigned int count, bool hex,
-                       const std::string& nullName, const char* childName);
+                       const std::string& nullName, const std::string& childName);
 
     template <typename Value, typename WriteValue>
     void WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue);

@@ -44,7 +44,7 @@ void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned ch
 
 template <typename Integer>
 void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
-                                      bool hex, const std::string& nullName, const char* childName)
+                                      bool hex, const std::string& nullName, const std::string& childName)
 {
     constexpr unsigned int digits = 2 * sizeof(Integer);
     WriteItems(ident, items, count, nullName, [&](Integer item) {
