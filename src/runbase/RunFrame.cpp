@@ -24,7 +24,7 @@ void ScrivelXmlGenRunBase::SetWriteSecure(bool secure)
 
 void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName)
 {
-    WriteDetailedIdent(callName, 0);
+    WriteDetailedIdent(std::move(callName), 0);
 }
 
 void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, unsigned long address)
@@ -71,7 +71,7 @@ unsigned int ScrivelXmlGenRunBase::EnterCadiCall(std::string callName)
 {
     WriteCloseInterruptedFunction(callName);
     ++callNo;
-    WriteDetailedIdent(callName);
+    WriteDetailedIdent(std::move(callName));
     return callNo;
 }
 
