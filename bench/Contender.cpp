@@ -1,0 +1,36 @@
+#include "Contender.h"
+
+#include <stdexcept>
+
+namespace ScrivelBench
+{
+
+const std::vector<ContenderKind>& Contenders()
+{
+    static const std::vector<ContenderKind> contenders = {
+        {floorName, Writes::otherNumbers, Output::floor, MakeFloor},
+        {libraryName, Writes::sameBytes, Output::own, MakeLibrary},
+        {guardName, Writes::sameBytes, Output::own, MakeGuarded},
+        {referenceName, Writes::sameBytes, Output::own, MakeReference},
+        {textWriterFloorName, Writes::sameElements, Output::floor, MakeTextWriterOnFloor},
+        {quickTextWriterName, Writes::sameElements, Output::floor, MakeQuickTextWriterOnFloor},
+        {"xmlTextWriter, descriptor", Writes::sameElements, Output::usual, MakeTextWriterOnFile},
+        {"tinyxml2, floor's output", Writes::sameElements, Output::floor, MakePrinterOnFloor},
+        {"tinyxml2, FILE", Writes::sameElements, Output::usual, MakePrinterOnFile},
+        {"pugixml, floor's output", Writes::sameElements, Output::floor, MakePugiOnFloor},
+        {"pugixml, FILE", Writes::sameElements, Output::usual, MakePugiOnFile},
+    };
+    return contenders;
+}
+
+const ContenderKind& ContenderNamed(const std::string& name)
+{
+    for (const ContenderKind& contender : Contenders()) {
+        if (contender.name == name) {
+            return contender;
+        }
+    }
+    throw std::out_of_range("no contender is called \"" + name + "\"");
+}
+
+}  // namespace ScrivelBench
