@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <iomanip>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -458,7 +459,12 @@ private:
 
     void TextOfTheLayer()
     {
-        logs.Both([text = Text(), number = Number()](auto& log) { log.logFile << text << number; });
+        logs.Both([text = Text(), number = Number()](auto& log) {
+            log.logFile << text;
+            if (log.logFile.good()) {  // a failed stream would keep the width for later
+                log.logFile << std::setw(9) << number;
+            }
+        });
     }
 
     void FlushOfTheLayer()
@@ -631,10 +637,14 @@ private:
     }
     void LinesByteArray()
     {
-        const auto data = std::string(64, '\0') + Text();
-        const auto* const bytes = reinterpret_cast<const unsigned char*>(data.data());
-        logs.Both([name = Name(), array = OrNull(bytes), lines = source.Below(5),
-                   perLine = source.Below(20)](auto& log) {
+        constexpr unsigned int mostLines = 4;
+        constexpr unsigned int mostPerLine = 19;
+        unsigned char data[mostLines + mostPerLine + 15];
+        for (unsigned char& byte : data) {
+            byte = source.Byte();
+        }
+        logs.Both([name = Name(), array = OrNull(&data[0]), lines = source.Below(mostLines + 1),
+                   perLine = source.Below(mostPerLine + 1)](auto& log) {
             log.WriteLinesByteArray(name, array, lines, perLine);
         });
     }

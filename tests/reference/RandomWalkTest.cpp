@@ -1,7 +1,7 @@
 // Random walks over the whole interface, compared with the plain generator after every step.
 //
-// SCRIVEL_WALK_SEED is the first walk's seed, SCRIVEL_WALKS the number of walks. A failing walk names its
-// seed: SCRIVEL_WALK_SEED=<seed> SCRIVEL_WALKS=1 repeats it.
+// SCRIVEL_WALK_SEED is the first seed, SCRIVEL_WALKS the number of walks of each generator. A failing
+// walk names its seed: SCRIVEL_WALK_SEED=<seed> SCRIVEL_WALKS=1 repeats it.
 
 #include "reference/PlainGenerator.h"
 #include "reference/RandomOperations.h"
