@@ -12,7 +12,6 @@
 
 #include <csignal>
 #include <map>
-#include <regex>
 #include <sstream>
 
 #include <fcntl.h>
@@ -125,7 +124,7 @@ TEST_F(DebugSessions, EveryCallArgumentAndResultOfTheConnectionIsInItsLog)
     const auto ok = eslapi::CADI_STATUS_OK;
 
     const std::string address = read.calls.at(1).Result("factories/simulationFactory");
-    EXPECT_TRUE(std::regex_match(address, std::regex("0x[0-9a-f]{16}"))) << address;
+    EXPECT_THAT(address, testing::MatchesRegex("0x[0-9a-f]{16}"));
     expect(1, "GetSimulationFactories", list(1),
            Leaves().Raw("factories/simulationFactory", address).Status(ok));
 
@@ -177,7 +176,7 @@ TEST_F(DebugSessions, EveryCallArgumentAndResultOfTheConnectionIsInItsLog)
            Leaves().Record("targets/targetInfo", info).Status(ok));
 
     const std::string connection = read.calls.at(8).Result("connection");
-    EXPECT_TRUE(std::regex_match(connection, std::regex("0x[0-9a-f]{16}"))) << connection;
+    EXPECT_THAT(connection, testing::MatchesRegex("0x[0-9a-f]{16}"));
     expect(8, "ConnectTarget", Leaves().Number("simulation", 0).Number("target", 0),
            Leaves().Raw("connection", connection).Status(ok));
 }
