@@ -257,7 +257,9 @@ void AppendHex(LogStream& log, unsigned long value, unsigned int digits)
         log.Advance(out + length);
     }
     // Whoever inserts into the log stream himself finds it as a number in hexadecimal leaves it.
-    log.fill('0');
+    if (digits > 0) {
+        log.fill('0');
+    }
     log.width(0);
     log.setf(std::ios_base::dec, std::ios_base::basefield);
 }

@@ -28,7 +28,9 @@ void AppendIndentation(LogStream& log, unsigned int levels);
 
 void AppendDecimal(LogStream& log, unsigned long value);
 
-/// Appends lower-case hexadecimal digits, at least `digits` of them.
+/// Appends lower-case hexadecimal digits, at least `digits` of them, and leaves the stream as the padded
+/// insertion of a number does: decimal, filling with zeros. With 0 digits nothing is padded, and the fill
+/// character stays what it was.
 void AppendHex(LogStream& log, unsigned long value, unsigned int digits);
 
 /// Puts down the two lower-case hexadecimal digits of a byte.

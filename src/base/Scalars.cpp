@@ -1,5 +1,7 @@
 #include "base/ElementForms.h"
 
+#include <algorithm>
+
 namespace Scrivel2
 {
 
@@ -61,7 +63,7 @@ void ScrivelXmlGenBase::WriteHex(std::string ident, unsigned long value, unsigne
 {
     WriteElement(ident, [&] {
         logFile.Append("0x");
-        AppendHex(logFile, value, digits);
+        AppendHex(logFile, value, std::max(digits, 1U));
     });
 }
 

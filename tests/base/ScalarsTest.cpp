@@ -206,6 +206,26 @@ TEST_F(Scalars, HexWriterLeavesZeroAsTheFillCharacter)
               "0005\n");
 }
 
+TEST_F(Scalars, HexWriterOfNoDigitsLeavesZeroAsTheFillCharacterToo)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.WriteHex("v", 255, 0);
+                  log.logFile << std::setw(4) << 5 << "\n";
+              }),
+              "    <v>0xff</v>\n"
+              "0005\n");
+}
+
+TEST_F(Scalars, MessageOfAnInvalidEnumeratorLeavesTheFillCharacterAndTheBaseDecimal)
+{
+    EXPECT_EQ(Written<ScrivelTest::Unprotected<Scrivel2::Scrivel2XmlGenRun>>([](auto& log) {
+                  log.WriteReturnType("r", eslapi::CADIReturn_t(12));
+                  log.logFile << std::setw(4) << 15 << "\n";
+              }),
+              "    <r>Invalid return type: 0xc</r>\n"
+              "  15\n");
+}
+
 TEST_F(Scalars, DecimalFollowsTheBaseThatALayerHasSetAndAHexWriterEndsIt)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {
