@@ -58,7 +58,7 @@ constexpr const char* libraryName = "this library";
 constexpr const char* guardName = "this library, through the guard";
 constexpr const char* referenceName = "plain reference";
 constexpr const char* textWriterFloorName = "xmlTextWriter, floor's output";
-constexpr const char* quickTextWriterName = "xmlTextWriter, floor's output, quick numbers";
+constexpr const char* quickTextWriterName = "xmlTextWriter, floor's output, quick texts";
 
 // Floor.cpp
 std::unique_ptr<Contender> MakeFloor(const Workload& workload);

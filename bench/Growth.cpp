@@ -45,13 +45,6 @@ std::unique_ptr<Contender> MakeIn(const char* folder, const char* name)
     return log;
 }
 
-double Median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 /// Memory of the process that no file lies behind, in KiB.
 long PrivateMemory()
 {
@@ -71,13 +64,33 @@ struct Cost
     long memory;
 };
 
-/// Of a call in the second half of logs of so many calls: the medians of the turns.
-Cost CostAfter(std::size_t calls, std::size_t logs)
+/// Memory for what is measured, touched before anything is: it must not look like the library's.
+class Turns
 {
-    std::vector<double> floorTurns;
-    std::vector<double> libraryTurns;
-    floorTurns.reserve(logs * calls / turn);
-    libraryTurns.reserve(logs * calls / turn);
+public:
+    Turns() : costs(most) { costs.clear(); }
+
+    void Clear() { costs.clear(); }
+    void Add(double cost) { costs.push_back(cost); }
+
+    double Median()
+    {
+        const auto middle = costs.begin() + static_cast<std::ptrdiff_t>(costs.size() / 2);
+        std::nth_element(costs.begin(), middle, costs.end());
+        return *middle;
+    }
+
+private:
+    static constexpr std::size_t most = 10000;
+
+    std::vector<double> costs;
+};
+
+/// Of a call in the second half of logs of so many calls: the medians of the turns.
+Cost CostAfter(std::size_t calls, std::size_t logs, Turns& floorTurns, Turns& libraryTurns)
+{
+    floorTurns.Clear();
+    libraryTurns.Clear();
     Cost cost{};
     for (std::size_t i = 0; i < logs; ++i) {
         const auto floor = MakeIn("floor", floorName);
@@ -86,15 +99,15 @@ Cost CostAfter(std::size_t calls, std::size_t logs)
             const double floorTurn = TurnOf(*floor);
             const double libraryTurn = TurnOf(*library);
             if (done >= calls / 2) {
-                floorTurns.push_back(floorTurn);
-                libraryTurns.push_back(libraryTurn);
+                floorTurns.Add(floorTurn);
+                libraryTurns.Add(libraryTurn);
             }
         }
-        cost.heapInUse = mallinfo2().uordblks - (floorTurns.capacity() + libraryTurns.capacity()) * 8;
+        cost.heapInUse = mallinfo2().uordblks;
         cost.memory = PrivateMemory();
     }
-    cost.floor = Median(floorTurns);
-    cost.library = Median(libraryTurns);
+    cost.floor = floorTurns.Median();
+    cost.library = libraryTurns.Median();
     return cost;
 }
 
@@ -108,10 +121,12 @@ void PrintGrowth()
         std::size_t calls;
         std::size_t logs;
     } const sizes[] = {{1000, 400}, {10000, 40}, {100000, 9}, {1000000, 3}};
+    Turns floorTurns;
+    Turns libraryTurns;
     double firstRatio = 0;
     bool flat = true;
     for (const auto& size : sizes) {
-        const Cost cost = CostAfter(size.calls, size.logs);
+        const Cost cost = CostAfter(size.calls, size.logs, floorTurns, libraryTurns);
         const double ratio = cost.library / cost.floor;
         firstRatio = firstRatio == 0 ? ratio : firstRatio;
         const double drift = ratio / firstRatio - 1;

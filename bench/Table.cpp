@@ -101,7 +101,7 @@ void PrintTable(std::ostream& out, const Times& times)
         out << ' ' << workload.name << ' '
             << Fixed(median(guardName, workload.name) / median(libraryName, workload.name), 2);
     }
-    out << ". Faster than xmlTextWriter with quick numbers:";
+    out << ". Faster than xmlTextWriter with quick texts:";
     for (const Workload& workload : Workloads()) {
         out << ' ' << workload.name << ' ' << Fixed(timesFaster(quickTextWriterName)(workload.name), 2);
     }

@@ -6,6 +6,7 @@
 
 #include "Workload.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstddef>
@@ -156,6 +157,29 @@ inline void MakePrintable(const std::string& message, std::string& printable)
     }
 }
 
+/// The same, as fast as a table makes it.
+inline void MakePrintableQuickly(const std::string& message, std::string& printable)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    bool isPrintable[256];
+    for (int byte = 0; byte < 256; ++byte) {
+        isPrintable[byte] = std::isprint(byte) != 0;
+    }
+    printable.clear();
+    const char* const end = message.data() + message.size();
+    for (const char* from = message.data(); from != end;) {
+        const char* const to =
+            std::find_if(from, end, [&](char c) { return !isPrintable[static_cast<unsigned char>(c)]; });
+        printable.append(from, to);
+        from = to;
+        if (to != end) {
+            const auto byte = static_cast<unsigned char>(*from++);
+            const char piece[] = {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+            printable.append(piece, sizeof piece);
+        }
+    }
+}
+
 /// Writes calls of a workload with an XML writer that has
 ///
 ///     Open(name), Close()                 an element with children
@@ -165,7 +189,13 @@ inline void MakePrintable(const std::string& message, std::string& printable)
 class Calls
 {
 public:
-    explicit Calls(const Workload& what) : workload(what) { gettimeofday(&start, nullptr); }
+    using Conversion = void (*)(const std::string& message, std::string& printable);
+
+    explicit Calls(const Workload& what, Conversion conversion = MakePrintable)
+        : workload(what), makePrintable(conversion)
+    {
+        gettimeofday(&start, nullptr);
+    }
 
     template <typename XmlWriter>
     void Write(XmlWriter& xml)
@@ -231,13 +261,14 @@ private:
             xml.Close();
         }
         if (!workload.message.empty()) {
-            MakePrintable(workload.message, printable);
+            makePrintable(workload.message, printable);
             xml.Element(messageName, printable.c_str());
         }
         xml.Element(statusName, "CADI_STATUS_OK");
     }
 
     const Workload workload;
+    const Conversion makePrintable;
     unsigned int number = 0;
     timeval start;
     std::string printable;

@@ -18,19 +18,20 @@ const xmlChar* Xml(const char* text)
     return reinterpret_cast<const xmlChar*>(text);
 }
 
-/// How numbers become text.
-enum class Numbers
+/// How values become text.
+enum class Texts
 {
-    formatted,  // by the writer's own printf-like functions
+    formatted,  // numbers by the writer's own printf-like functions
     quick,      // beforehand, as fast as can be
 };
 
 /// What both outputs share. The elements are indented as the library's are.
-template <Numbers numbers>
+template <Texts texts>
 class TextWriter : public Contender
 {
 public:
-    TextWriter(const Workload& workload, xmlTextWriterPtr over) : writer(over), calls(workload)
+    TextWriter(const Workload& workload, xmlTextWriterPtr over)
+        : writer(over), calls(workload, texts == Texts::quick ? MakePrintableQuickly : MakePrintable)
     {
         xmlTextWriterSetIndent(writer, 1);
         xmlTextWriterSetIndentString(writer, Xml("    "));
@@ -49,7 +50,7 @@ public:
     template <typename Value>
     void Attribute(const char* name, Value value)
     {
-        if constexpr (numbers == Numbers::quick) {
+        if constexpr (texts == Texts::quick) {
             Attribute(name, QuickText(value).c_str());
         } else {
             Format(value, [&](const char* format, auto... arguments) {
@@ -66,7 +67,7 @@ public:
     template <typename Value>
     void Element(const char* name, Value value)
     {
-        if constexpr (numbers == Numbers::quick) {
+        if constexpr (texts == Texts::quick) {
             Element(name, QuickText(value).c_str());
         } else {
             Format(value, [&](const char* format, auto... arguments) {
@@ -105,7 +106,7 @@ xmlOutputBufferPtr OpenFile()
 }
 
 /// Over a descriptor: with a file name, flushing the writer would not reach the file.
-class TextWriterOnFile : public TextWriter<Numbers::formatted>
+class TextWriterOnFile : public TextWriter<Texts::formatted>
 {
 public:
     explicit TextWriterOnFile(const Workload& workload)
@@ -139,12 +140,12 @@ struct Memory
 };
 
 /// The memory is a base: it outlives the writer.
-template <Numbers numbers>
-class TextWriterOnFloor : private Memory, public TextWriter<numbers>
+template <Texts texts>
+class TextWriterOnFloor : private Memory, public TextWriter<texts>
 {
 public:
     explicit TextWriterOnFloor(const Workload& workload)
-        : TextWriter<numbers>(workload, xmlNewTextWriterMemory(memory, 0)),
+        : TextWriter<texts>(workload, xmlNewTextWriterMemory(memory, 0)),
           provisionalEnd("    </" + workload.callName + ">\n")
     {
         // The root stands in the file already; here it only makes the calls indented.
@@ -184,12 +185,12 @@ std::unique_ptr<Contender> MakeTextWriterOnFile(const Workload& workload)
 
 std::unique_ptr<Contender> MakeTextWriterOnFloor(const Workload& workload)
 {
-    return std::make_unique<TextWriterOnFloor<Numbers::formatted>>(workload);
+    return std::make_unique<TextWriterOnFloor<Texts::formatted>>(workload);
 }
 
 std::unique_ptr<Contender> MakeQuickTextWriterOnFloor(const Workload& workload)
 {
-    return std::make_unique<TextWriterOnFloor<Numbers::quick>>(workload);
+    return std::make_unique<TextWriterOnFloor<Texts::quick>>(workload);
 }
 
 }  // namespace ScrivelBench
