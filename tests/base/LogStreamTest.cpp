@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iomanip>
 #include <limits>
+#include <locale>
 #include <random>
 #include <string>
 #include <utility>
@@ -405,9 +406,13 @@ TEST_F(Stream, EndOfFileIsNoCharacterToWrite)
     EXPECT_EQ(File(), "");
 }
 
-TEST_F(Stream, NumbersHaveTheClassicLocale)
+TEST_F(Stream, NumbersHaveTheClassicLocaleWhateverTheGlobalOneIs)
 {
-    EXPECT_EQ(log.getloc(), std::locale::classic());
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new std::numpunct<char>));
+    const LogStream other;
+    std::locale::global(before);
+    EXPECT_EQ(other.getloc(), std::locale::classic());
 }
 
 TEST_F(Stream, OutputThatMemoryCantHoldFailsAndLeavesTheFile)
