@@ -13,8 +13,8 @@ namespace ScrivelBench
 /// elements, attributes and texts are not the library's. The times in the log are taken as equal.
 std::vector<std::string> Differences();
 
-/// Prints them and ends the process when there are any.
-void RequireSameContents();
+/// Whether there are none; prints those that there are.
+bool SameContents();
 
 }  // namespace ScrivelBench
 

@@ -78,7 +78,9 @@ int main(int argc, char** argv)
     const std::size_t rounds =
         argc > 1 ? std::strtoul(argv[1], nullptr, 10) : ScrivelBench::defaultRounds;
     const ScrivelBench::Scratch scratch;
-    ScrivelBench::RequireSameContents();
+    if (!ScrivelBench::SameContents()) {
+        return EXIT_FAILURE;
+    }
     ScrivelBench::RegisterRounds(rounds);
     ScrivelBench::Collector collector;
     benchmark::RunSpecifiedBenchmarks(&collector);
