@@ -482,6 +482,18 @@ TEST_F(Stream, FlushWithinAPageIsOneWrite)
     EXPECT_EQ(File(), "<log>\n" + std::string(2000, 'x') + "</log>\n");
 }
 
+TEST_F(Stream, FlushThatEndsWithItsPageIsOneWrite)
+{
+    Open();
+    log << "<log>\n</log>\n" << std::flush;
+    ResetCounts();
+    log.seekp(-7, std::ios_base::end);
+    log << std::string(4096 - 6 - 7, 'x') << "</log>\n" << std::flush;
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(CallsOnTheFile(), 1U);
+    EXPECT_EQ(File().size(), 4096U);
+}
+
 TEST_F(Stream, HeldFlushDoesNothingAndTheNextOneWritesAll)
 {
     Open();

@@ -206,6 +206,17 @@ TEST_F(Scalars, HexWriterLeavesZeroAsTheFillCharacter)
               "0005\n");
 }
 
+TEST_F(Scalars, HexWriterEndsAWidthThatALayerHasSet)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.logFile.width(9);
+                  log.WriteHex("v", 255, 4);
+                  log.logFile << 5 << "\n";
+              }),
+              "    <v>0x00ff</v>\n"
+              "5\n");
+}
+
 TEST_F(Scalars, HexWriterOfNoDigitsLeavesZeroAsTheFillCharacterToo)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {
