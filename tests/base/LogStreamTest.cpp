@@ -325,6 +325,19 @@ TEST_F(Stream, OutputToAClosedStreamFails)
     EXPECT_TRUE(log.bad());
 }
 
+TEST_F(Stream, OutputBehindTheCloseOfAFileFails)
+{
+    Open();
+    log << "text" << std::flush;
+    log.close();
+    EXPECT_EQ(log.Room(1), nullptr);
+    EXPECT_TRUE(log.bad());
+    log.clear();
+    log << "text";
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), "text");
+}
+
 TEST_F(Stream, EmptyOutputToAClosedStreamIsNoFailure)
 {
     log << "" << std::string();
