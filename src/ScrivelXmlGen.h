@@ -313,10 +313,10 @@ protected:
     template <typename Value, typename WriteValue>
     void WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue);
 
-    /// Writes the name of an enumerator, or, when `name` is null, the message and the value in
-    /// hexadecimal.
-    template <typename Enumeration>
-    void WriteName(const std::string& ident, const char* name, const char* message, Enumeration value);
+    /// Writes the name of an enumerator, text or a string, or, when `name` is null, the message and the
+    /// value in hexadecimal.
+    template <typename Name, typename Enumeration>
+    void WriteName(const std::string& ident, const Name* name, const char* message, Enumeration value);
 
     /// As GetFileEndTag, in memory that the generator keeps: valid until the next call.
     const std::string& FileEndTag();

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Scrivel2
 {
@@ -69,13 +70,23 @@ void ScrivelXmlGenBase::WritePointee(const std::string& ident, Value* pointer, W
     }
 }
 
-template <typename Enumeration>
-void ScrivelXmlGenBase::WriteName(const std::string& ident, const char* name, const char* message,
+inline std::string_view TextOf(const char* name)
+{
+    return name;
+}
+
+inline std::string_view TextOf(const std::string* name)
+{
+    return *name;
+}
+
+template <typename Name, typename Enumeration>
+void ScrivelXmlGenBase::WriteName(const std::string& ident, const Name* name, const char* message,
                                   Enumeration value)
 {
     WriteElement(ident, [&] {
         if (name != nullptr) {
-            logFile.Append(name);
+            logFile.Append(TextOf(name));
         } else {
             logFile.Append(message);
             AppendHex(logFile, static_cast<std::uint32_t>(value), 0);

@@ -18,12 +18,8 @@ void ScrivelXmlGenRunBase::WriteValueDataType(std::string ident, eslapi::CADIVal
 void ScrivelXmlGenRunBase::WriteFactoryErrorCode(std::string ident, eslapi::CADIFactoryErrorCode_t value)
 {
     const auto index = static_cast<std::uint32_t>(value);
-    if (index < factoryErrorNames.size()) {
-        // In full length: a derived generator's own names may hold any byte.
-        WriteElement(ident, [&] { logFile.Append(factoryErrorNames[index]); });
-    } else {
-        WriteName(ident, nullptr, "Invalid factory error code: 0x", value);
-    }
+    const std::string* name = index < factoryErrorNames.size() ? &factoryErrorNames[index] : nullptr;
+    WriteName(ident, name, "Invalid factory error code: 0x", value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
