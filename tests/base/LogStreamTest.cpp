@@ -838,6 +838,29 @@ TEST_F(SteppedFlush, LeavesADocumentBetweenItsWrites)
     EXPECT_EQ(writes, 3U * 120U);
 }
 
+TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutBetweenPages)
+{
+    // With the end of the text at each of the last places on its page, and at the first ones.
+    for (std::size_t end = 3 * pageSize - 10; end < 3 * pageSize + 10; ++end) {
+        const std::string document = Begin(100);
+        const std::string added = Element(end - document.size() - std::string(endTag).size());
+        unsigned int cuts = 0;
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            const auto first = static_cast<std::size_t>(position);
+            for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
+                platform.pwrite.Real(file, bytes, page * pageSize - first, position);
+                EXPECT_TRUE(IsDocument(File())) << "page " << page << " of the text up to " << end;
+                ++cuts;
+            }
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+        Grow(added);
+        platform.pwrite.Reset();
+        EXPECT_GE(cuts, 2U);
+        ASSERT_EQ(File(), document + added + endTag);
+    }
+}
+
 TEST_F(SteppedFlush, TextThatHoldsAClosingMarkIsWrittenInOneGo)
 {
     const std::string document = Begin(100);
