@@ -30,7 +30,19 @@
 //                 ...MMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMM|MMMMMMMMM<?x ?>
 //   4 cut     the trailer
 //
-// Where T0 and the opening lie across two pages, a kill between the two finds them half replaced.
+// Where T0 and the opening lie across two pages, a kill between the two would find them half replaced.
+// Another opening takes the place of T0 first, and each staged page is a comment and an instruction that
+// read otherwise behind an opening: as the end of an instruction, a copy of T0, and an instruction.
+//
+//   1 stage   ...</trac|e-4242>\n<!-- ?>T0<?x --><?x mmm?>|<!-- ?>T0<?x --><?x m?>TRAILER
+//   2 hide    ...<?x MM|MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMMMMMMMMMTRAILER
+//   3 commit  ...MMMMMM|MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMMMMMMMMMTRAILER
+//   4 cut     the trailer, <!-- ?>T0<?x --><?x ?>
+//
+// A write goes through the pages in their order: in the middle of 2 the new opening reaches to the first
+// page that is still staged. Where the page has no room for it, T0 and M begin some bytes earlier, with
+// the last markup that leaves it room.
+//
 // Text that holds "?>" would end an instruction, and is written in one go.
 //
 // When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again, the text
@@ -39,6 +51,7 @@
 #include "base/LogStream.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -61,10 +74,20 @@ constexpr std::size_t mostInMemory = 64 * 1024 * 1024;
 
 constexpr std::string_view opening = "<?x ";
 constexpr std::string_view closing = "?>";
-constexpr std::string_view trailer = "<?x ?>";
-constexpr std::string_view newlines = "\n\n\n\n\n";  // in the place of an instruction too short to be one
-constexpr off_t shortestInstruction = opening.size() + closing.size();
-constexpr std::size_t trailerRoom = newlines.size() + trailer.size();
+constexpr std::string_view beforeCopy = "<!-- ?>";
+constexpr std::string_view behindCopy = "<?x --><?x ";
+constexpr std::size_t longestCopy = 256;
+constexpr std::size_t longestMarks = beforeCopy.size() + longestCopy + behindCopy.size() + closing.size();
+constexpr std::size_t trailerRoom = 2 * longestMarks;
+
+/// In the place of an instruction too short to be one.
+constexpr std::array<char, longestMarks> newlines = [] {
+    std::array<char, longestMarks> all{};
+    for (char& character : all) {
+        character = '\n';
+    }
+    return all;
+}();
 
 /// The end of the page that the byte at `offset` lies in.
 constexpr off_t PageEnd(off_t offset)
@@ -77,12 +100,23 @@ bool SpansPages(off_t from, off_t to)
     return to > PageEnd(from);
 }
 
+/// The length of the shortest instruction that begins so.
+off_t Shortest(std::string_view instruction)
+{
+    return static_cast<off_t>(instruction.size() + closing.size());
+}
+
 /// Where the instruction begins that hides [from, to): at once, or on the next page when the rest of
 /// this one is too short for it; -1 when there is no room for one at all.
 off_t OpenerWithin(off_t from, off_t to)
 {
-    const off_t opener = PageEnd(from) - from < shortestInstruction ? PageEnd(from) : from;
-    return to - opener < shortestInstruction ? -1 : opener;
+    const off_t opener = PageEnd(from) - from < Shortest(opening) ? PageEnd(from) : from;
+    return to - opener < Shortest(opening) ? -1 : opener;
+}
+
+bool Holds(std::string_view text, std::string_view part)
+{
+    return text.find(part) != std::string_view::npos;
 }
 
 /// Repeats a system call that a signal has interrupted. One that is interrupted every time counts as
@@ -282,6 +316,20 @@ bool LogBuffer::Reach(off_t from, off_t to)
     return true;
 }
 
+/// Moves the put pointer to a place that the text reaches then; false when it can't.
+bool LogBuffer::MoveTo(off_t target)
+{
+    textHighest = TextEnd();
+    sought = pptr();
+    if (!Reach(std::min(target, textStart), std::max(target, EndOffset()))) {
+        return false;
+    }
+    setp(pbase(), epptr());
+    pbump(static_cast<int>(target - textStart));
+    sought = pptr();
+    return true;
+}
+
 std::streambuf::int_type LogBuffer::overflow(int_type character)
 {
     if (traits_type::eq_int_type(character, traits_type::eof())) {
@@ -332,18 +380,13 @@ std::streambuf::pos_type LogBuffer::seekpos(pos_type position, std::ios_base::op
     if (!IsOpen() || target < 0) {
         return pos_type(off_type(-1));
     }
-    textHighest = TextEnd();
-    sought = pptr();
-    if (textHighest == pbase()) {
+    if (TextEnd() == pbase()) {
         StartTextAt(target);
-    } else if (Reach(std::min(target, textStart), std::max(target, EndOffset()))) {
-        setp(pbase(), epptr());
-        pbump(static_cast<int>(target - textStart));
-        sought = pptr();
-    } else if (WriteOutPiece()) {
+    } else if (!MoveTo(target)) {
+        if (!WriteOutPiece()) {
+            return pos_type(off_type(-1));
+        }
         StartTextAt(target);
-    } else {
-        return pos_type(off_type(-1));
     }
     return position;
 }
@@ -429,24 +472,70 @@ int LogBuffer::sync()
 
 bool LogBuffer::Commit()
 {
+    const off_t start = textStart;
     const off_t end = EndOffset();
-    if (end == textStart && pieceStart < 0) {
+    if (end == start && pieceStart < 0) {
         return true;
     }
-    const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
-    const bool overwritesTail = textStart < fileEnd && fileEnd < end;
-    const std::string_view pending(pbase(), static_cast<std::size_t>(end - textStart));
-    const bool inSteps = tailKnown && overwritesTail && SpansPages(textStart, end) &&
-                         pending.find(closing) == std::string_view::npos;
-    const off_t opener = inSteps && RoomForMarks(end) ? OpenerWithin(fileEnd, end) : -1;
-
     FileSizeSignal signal;
-    if (opener >= 0 ? WriteStaged(opener, end, signal) : WriteWhole(end, signal)) {
+    if (WriteFlush(end, signal)) {
         KeepTail(end);
         return true;
     }
-    StartTextAt(textStart);
+    StartTextAt(start);
     return false;
+}
+
+/// In steps when the text spans pages and replaces the tail. When only the cut at their end fails the new
+/// document stands, with the trailer behind it.
+bool LogBuffer::WriteFlush(off_t end, FileSizeSignal& signal)
+{
+    const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
+    const bool replacesTail = tailKnown && textStart < fileEnd && fileEnd < end;
+    if (!replacesTail || !SpansPages(textStart, end) || Holds(Text(), closing)) {
+        return WriteWhole(end, signal);
+    }
+    const off_t opener = OpenerWithin(fileEnd, end);
+    const bool onOnePage =
+        opener >= 0 && !SpansPages(textStart, opener + static_cast<off_t>(opening.size()));
+    const bool hidden = !onOnePage && LeadToOpening() && CanHideTail() && RoomForMarks(end, longestMarks);
+    if (!hidden && (opener < 0 || !RoomForMarks(end, opening.size() + closing.size()))) {
+        return WriteWhole(end, signal);
+    }
+    if (hidden ? WriteHidden(end, signal) : WriteStaged(opener, end, signal)) {
+        return CutAt(end);
+    }
+    PutTailBack(signal);
+    return false;
+}
+
+/// Makes the text begin where the opening of an instruction has room on the page: when it doesn't, with
+/// the last markup before that has.
+bool LogBuffer::LeadToOpening()
+{
+    const off_t pageEnd = PageEnd(textStart);
+    const off_t last = pageEnd - static_cast<off_t>(opening.size());
+    if (textStart <= last) {
+        return true;
+    }
+    const off_t first = std::max(pageEnd - pageSize, tailStart);
+    if (last < first) {
+        return false;
+    }
+    const std::string_view known(tail.bytes.get() + (first - tailStart),
+                                 static_cast<std::size_t>(last - first + 1));
+    const auto markup = known.rfind('<');
+    const off_t position = Position();
+    return markup != std::string_view::npos && MoveTo(first + static_cast<off_t>(markup)) &&
+           MoveTo(position);
+}
+
+/// Whether nothing ends the instruction, or the comment, that is to hide the text and copies of the tail.
+bool LogBuffer::CanHideTail() const
+{
+    const std::string_view replaced = Tail();
+    return replaced.size() <= longestCopy && !Holds(replaced, "--") && !Holds(replaced, closing) &&
+           !Holds(Text(), closing) && *At(PageEnd(textStart) - 1) != closing.front();
 }
 
 /// Writes the text out ahead of its flush, when there is too much of it for memory.
@@ -477,59 +566,82 @@ bool LogBuffer::WriteWhole(off_t end, FileSizeSignal& signal)
     return false;
 }
 
-/// Stage, merge, commit and cut, as drawn above. When only the cut fails the new document stands, with
-/// the trailer behind it.
+/// Stage, merge and commit, as drawn above.
 bool LogBuffer::WriteStaged(off_t opener, off_t end, FileSizeSignal& signal)
 {
+    const off_t inside = opener + static_cast<off_t>(opening.size());
+    const off_t firstClosing = std::min(PageEnd(opener), end) - static_cast<off_t>(closing.size());
+    return Stage(opening, end, signal) && WriteText(firstClosing, end, signal) &&
+           WriteText(textStart, inside, signal);
+}
+
+/// Stage, hide and commit, where the tail lies across two pages.
+bool LogBuffer::WriteHidden(off_t end, FileSizeSignal& signal)
+{
+    std::array<char, longestMarks> marks;
+    char* marksEnd = marks.data();
+    for (const std::string_view part : {beforeCopy, Tail(), behindCopy}) {
+        marksEnd = std::copy(part.begin(), part.end(), marksEnd);
+    }
+    const auto length = static_cast<std::size_t>(marksEnd - marks.data());
+    const bool staged = Stage({marks.data(), length}, end, signal);
+
+    std::array<char, opening.size()> first;
+    std::copy_n(pbase(), first.size(), first.begin());
+    opening.copy(pbase(), first.size());
+    const bool hidden = staged && WriteText(textStart, end, signal);
+    std::copy(first.begin(), first.end(), pbase());
+
+    const off_t inside = textStart + static_cast<off_t>(first.size());
+    return hidden && WriteText(textStart, inside, signal);
+}
+
+/// Writes what comes behind the tail as pages that begin with `marks` and end an instruction, and the
+/// trailer.
+bool LogBuffer::Stage(std::string_view marks, off_t end, FileSizeSignal& signal)
+{
     const off_t roomOnPage = PageEnd(end) - end;
-    const bool fits = roomOnPage >= static_cast<off_t>(trailer.size());
+    const bool fits = roomOnPage >= Shortest(marks);
     char* behind = At(end);
-    behind += newlines.copy(behind, fits ? 0 : static_cast<std::size_t>(roomOnPage));
-    behind += trailer.copy(behind, trailer.size());
+    behind = std::copy_n(newlines.begin(), fits ? 0 : roomOnPage, behind);
+    behind = std::copy(marks.begin(), marks.end(), behind);
+    behind = std::copy(closing.begin(), closing.end(), behind);
     const off_t trailerEnd = textStart + (behind - pbase());
 
     char* saved = covered.bytes.get();
-    VisitMarks(end, [&](char* at, std::string_view mark) {
+    VisitMarks(marks, end, [&](char* at, std::string_view mark) {
         saved = std::copy_n(at, mark.size(), saved);
         mark.copy(at, mark.size());
     });
     const bool staged = WriteText(fileEnd, trailerEnd, signal);
     const char* restored = covered.bytes.get();
-    VisitMarks(end, [&](char* at, std::string_view mark) {
+    VisitMarks(marks, end, [&](char* at, std::string_view mark) {
         std::copy_n(restored, mark.size(), at);
         restored += mark.size();
     });
-
-    const off_t inside = opener + static_cast<off_t>(opening.size());
-    const off_t firstClosing = std::min(PageEnd(opener), end) - static_cast<off_t>(closing.size());
-    const bool committed = staged && WriteText(firstClosing, end, signal) &&  // merge
-                           WriteText(textStart, inside, signal);
-    if (!committed) {
-        PutTailBack(signal);
-        return false;
-    }
-    return CutAt(end);
+    return staged;
 }
 
 /// The places behind the tail, page by page, that the marks of instructions cover when staged.
 template <typename Visit>
-void LogBuffer::VisitMarks(off_t end, Visit visit) const
+void LogBuffer::VisitMarks(std::string_view marks, off_t end, Visit visit) const
 {
     for (off_t from = fileEnd, to; from < end; from = to) {
         to = std::min(PageEnd(from), end);
-        if (to - from < shortestInstruction) {
-            visit(At(from), newlines.substr(0, static_cast<std::size_t>(to - from)));
+        if (to - from < Shortest(marks)) {
+            visit(At(from), {newlines.data(), static_cast<std::size_t>(to - from)});
         } else {
-            visit(At(from), opening);
+            visit(At(from), marks);
             visit(At(to) - closing.size(), closing);
         }
     }
 }
 
-bool LogBuffer::RoomForMarks(off_t end)
+/// Memory for what the marks cover, `most` bytes a page.
+bool LogBuffer::RoomForMarks(off_t end, std::size_t most)
 {
-    const off_t pages = (end - fileEnd) / pageSize + 2;
-    return covered.Grow(static_cast<std::size_t>(pages * shortestInstruction), 0);
+    const auto pages = static_cast<std::size_t>((end - fileEnd) / pageSize + 2);
+    return covered.Grow(pages * most, 0);
 }
 
 bool LogBuffer::WriteText(off_t from, off_t to, FileSizeSignal& signal)

@@ -80,27 +80,40 @@ private:
     off_t EndOffset() const { return textStart + (TextEnd() - pbase()); }
     off_t EndOfFile() const;
     off_t Position() const { return textStart + (pptr() - pbase()); }
+    std::string_view Text() const { return {pbase(), static_cast<std::size_t>(TextEnd() - pbase())}; }
     char* At(off_t offset) const { return pbase() + (offset - textStart); }
     void StartTextAt(off_t position);
     bool Reach(off_t from, off_t to);
+    bool MoveTo(off_t target);
 
     // The end of the file.
     bool KnowTail(off_t from);
+    /// What the text replaces, when `tail` covers that.
+    std::string_view Tail() const
+    {
+        return {tail.bytes.get() + (textStart - tailStart),
+                static_cast<std::size_t>(fileEnd - textStart)};
+    }
     void CopyFromFile(off_t from, off_t to, char* out) const;
     void KeepTail(off_t end);
     void PutTailBack(FileSizeSignal& signal);
 
     // Writing.
     bool Commit();
+    bool WriteFlush(off_t end, FileSizeSignal& signal);
+    bool LeadToOpening();
+    bool CanHideTail() const;
     bool WriteOutPiece();
     bool WriteWhole(off_t end, FileSizeSignal& signal);
     bool WriteStaged(off_t opener, off_t end, FileSizeSignal& signal);
+    bool WriteHidden(off_t end, FileSizeSignal& signal);
+    bool Stage(std::string_view marks, off_t end, FileSizeSignal& signal);
     bool WriteText(off_t from, off_t to, FileSizeSignal& signal);
     bool Write(const char* bytes, std::size_t length, off_t offset, FileSizeSignal& signal);
     bool CutAt(off_t end);
-    bool RoomForMarks(off_t end);
+    bool RoomForMarks(off_t end, std::size_t most);
     template <typename Visit>
-    void VisitMarks(off_t end, Visit visit) const;
+    void VisitMarks(std::string_view marks, off_t end, Visit visit) const;
 
     int descriptor = -1;
     unsigned int holds = 0;

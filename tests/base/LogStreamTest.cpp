@@ -29,6 +29,7 @@ using Scrivel2::LogStream;
 using ScrivelTest::IsDocument;
 using ScrivelTest::platform;
 using ScrivelTest::refuseMemory;
+using ScrivelTest::XPath;
 
 constexpr std::size_t pageSize = 4096;
 
@@ -776,16 +777,19 @@ class SteppedFlush : public Stream
 protected:
     static constexpr const char* endTag = "</log>\n";
 
-    /// Opens a document of about `size` bytes that ends in the end tag.
-    std::string Begin(std::size_t size)
+    /// Opens a document that ends in `tail`, with about `size` bytes before it.
+    std::string Begin(std::size_t size, const std::string& lastBefore = "<b/>\n",
+                      const std::string& tail = endTag)
     {
         if (log.is_open()) {
             log.close();
         }
         Open();
         std::string document = "<log>\n";
-        document.append(size - std::min(size, document.size()), ' ');
-        log << document << endTag << std::flush;
+        const std::size_t rest = size - std::min(size, document.size());
+        document.append(rest - std::min(rest, lastBefore.size()), ' ');
+        document += rest < lastBefore.size() ? "" : lastBefore;
+        log << document << tail << std::flush;
         return document;
     }
 
@@ -800,6 +804,24 @@ protected:
     {
         return "<a>" + std::string(std::max<std::size_t>(length, 7) - 7, 'x') + "</a>";
     }
+
+    /// From now on stops each write at each page boundary, where a kill can end it, and looks at the
+    /// file.
+    void StopBetweenPages()
+    {
+        ResetCounts();
+        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
+            const auto first = static_cast<std::size_t>(position);
+            for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
+                platform.pwrite.Real(file, bytes, page * pageSize - first, position);
+                EXPECT_TRUE(IsDocument(File())) << "stopped at page " << page << ":\n" << File();
+                ++stops;
+            }
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+    }
+
+    unsigned int stops = 0;
 };
 
 TEST_F(SteppedFlush, TakesAtMostThreeWritesAndOneCutAndLeavesTheBytes)
@@ -844,20 +866,100 @@ TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutBetweenPages)
     for (std::size_t end = 3 * pageSize - 10; end < 3 * pageSize + 10; ++end) {
         const std::string document = Begin(100);
         const std::string added = Element(end - document.size() - std::string(endTag).size());
-        unsigned int cuts = 0;
-        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
-            const auto first = static_cast<std::size_t>(position);
-            for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
-                platform.pwrite.Real(file, bytes, page * pageSize - first, position);
-                EXPECT_TRUE(IsDocument(File())) << "page " << page << " of the text up to " << end;
-                ++cuts;
-            }
-            return platform.pwrite.Real(file, bytes, size, position);
-        });
+        StopBetweenPages();
         Grow(added);
         platform.pwrite.Reset();
-        EXPECT_GE(cuts, 2U);
+        EXPECT_GE(std::exchange(stops, 0), 2U);
         ASSERT_EQ(File(), document + added + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutWithinATailAcrossPages)
+{
+    // With the tail, or the opening of an instruction behind it, at each place across the boundary; with
+    // text that grows by less than an instruction takes, and with ends at the boundary of a later page.
+    for (std::size_t before = pageSize - 14; before < pageSize; ++before) {
+        for (const std::size_t added : {7U, 300U, 4000U, 4070U, 4090U, 9000U}) {
+            for (const char* last : {"<b/>\n", "<!-- -->\n<b/>\n", "<b/>\n    "}) {
+                const std::string document = Begin(before, last);
+                StopBetweenPages();
+                Grow(Element(added));
+                EXPECT_LE(platform.pwrite.Calls(), 3U);
+                platform.pwrite.Reset();
+                ASSERT_EQ(File(), document + Element(added) + endTag);
+            }
+        }
+    }
+    EXPECT_GE(stops, 14U * 6U * 3U);
+}
+
+TEST_F(SteppedFlush, OldDocumentIsWholeWhileItsTailIsHidden)
+{
+    Begin(pageSize - 3, "<b>kept</b>\n");
+    std::vector<std::string> kept;
+    platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+        const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+        for (const std::string& text : XPath(File(), "concat(count(/log/a), /log/b)")) {
+            kept.push_back(text);
+        }
+        return written;
+    });
+    Grow(Element(5000));
+    EXPECT_EQ(kept, (std::vector<std::string>{"0kept", "0kept", "1kept"}));
+}
+
+TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
+{
+    const std::string longTail = std::string(250, ' ') + endTag;
+    const std::string questionAtPageEnd = "<a>?" + std::string(5000, 'x') + "</a>";
+    const struct
+    {
+        std::size_t onFirstPage;  // of the tail
+        std::string before;
+        std::string tail;
+        std::string added;
+    } cases[] = {
+        {5, "<b/>\n", "<!--x--></log>\n", Element(5000)},  // a comment would end early
+        {5, "<b/>\n", "<?x?></log>\n", Element(5000)},     // an instruction would
+        {4, "<b/>\n", endTag, questionAtPageEnd},
+        {3, "<b>?", "</b></log>\n", "></b>" + Element(5000)},
+        {3, std::string(300, ' '), endTag, Element(5000)},  // no markup nearby
+        {5, "<b/>\n", longTail, Element(5000)},             // longer than the marks can hold
+    };
+    for (const auto& [onFirstPage, before, tail, added] : cases) {
+        const std::string document = Begin(pageSize - onFirstPage, before, tail);
+        std::vector<std::size_t> sizes;
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            sizes.push_back(size);
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << added << endTag << std::flush;
+        platform.pwrite.Reset();
+        ASSERT_EQ(sizes.size(), 3U) << before << tail;
+        EXPECT_GE(sizes[2], tail.size() + 4) << before << tail;
+        EXPECT_EQ(File(), document + added + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenTheMarkupBeforeItIsNotInMemory)
+{
+    const std::string document = Begin(pageSize - 3);
+    for (const bool refused : {false, true}) {
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << endTag << std::flush;  // all that is in memory from now on
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << Element(5000) << endTag;
+        ResetCounts();
+        if (refused) {
+            refuseMemory = [](std::size_t) { return true; };
+        }
+        log.flush();
+        refuseMemory = nullptr;
+        EXPECT_EQ(platform.pread.Calls(), 0U);
+        EXPECT_EQ(platform.pwrite.Calls(), refused ? 1U : 3U);
+        EXPECT_EQ(File(), document + Element(5000) + endTag);
+        log.seekp(static_cast<std::streamoff>(document.size()));
     }
 }
 
@@ -961,13 +1063,38 @@ TEST_F(FailingWrites, FileStaysAsTheLastFlushLeftItAndTheStreamStaysBadUntilItIs
 
 TEST_F(FailingWrites, AnyWriteOfASteppedFlushMayFailOnce)
 {
-    for (unsigned int number = 1; number <= 3; ++number) {
-        const std::string before = Begin(100) + endTag;
-        FailWrites(number, number);
-        Grow(Element(5000));
-        platform.pwrite.Reset();
-        EXPECT_TRUE(log.bad());
-        EXPECT_EQ(File(), before) << "write " << number;
+    for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
+        for (unsigned int number = 1; number <= 3; ++number) {
+            const std::string before = Begin(size) + endTag;
+            FailWrites(number, number);
+            Grow(Element(5000));
+            platform.pwrite.Reset();
+            EXPECT_TRUE(log.bad());
+            EXPECT_EQ(File(), before) << "write " << number;
+            log.clear();
+            EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(before.size() - 7));
+        }
+    }
+}
+
+TEST_F(FailingWrites, DocumentStaysWhenTheTailCantEvenBePutBack)
+{
+    for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
+        for (unsigned int number = 1; number <= 3; ++number) {
+            const std::string before = Begin(size) + endTag;
+            FailWrites(number, forEver);
+            platform.ftruncate.Use([](int, off_t) {
+                errno = EIO;
+                return -1;
+            });
+            Grow(Element(5000));
+            platform.pwrite.Reset();
+            platform.ftruncate.Reset();
+            EXPECT_TRUE(log.bad());
+            EXPECT_TRUE(IsDocument(File())) << "write " << number << ":\n" << File();
+            EXPECT_EQ(XPath(File(), "concat(count(/log/b), count(/log/a))"),
+                      std::vector<std::string>{"10"});
+        }
     }
 }
 
@@ -983,7 +1110,7 @@ TEST_F(FailingWrites, WriteThatWritesNothingIsAFailure)
 TEST_F(FailingWrites, DiskThatIsFullAtAnyByteKeepsTheLastDocument)
 {
     unsigned int kept = 0;
-    for (const std::size_t size : {60U, 4090U, 4000U}) {
+    for (const std::size_t size : {60U, 4090U, 4093U, 4000U}) {
         for (const std::size_t added : {100U, 4300U, 9000U}) {
             const std::string before = Begin(size) + endTag;
             const std::string after = before.substr(0, before.size() - 7) + Element(added) + endTag;

@@ -6,8 +6,7 @@
 // instants, the other half in the midst of the target's work: before, inside or after such a callback.
 //
 // Fails when libxml2 rejects a file, when a call whose arguments had been logged isn't in it with its
-// number and all of them, or one that had returned lacks its return. Files in which the kill has fallen
-// within a tail that lay across two pages are counted apart, and must be rare.
+// number and all of them, or one that had returned lacks its return.
 
 #include "LoggedCall.h"
 
@@ -16,7 +15,6 @@
 #include "crash/Options.h"
 #include "crash/Scratch.h"
 #include "crash/Shared.h"
-#include "crash/TailAcrossPages.h"
 
 #include <array>
 #include <atomic>
@@ -131,14 +129,16 @@ private:
     Scrivel2::RunLog log;
 };
 
-struct Judgement
+struct Figures
 {
-    bool accepted;
-    std::string problem;   ///< empty when the log is all that it should be
-    unsigned int missing;  ///< calls
+    unsigned int inTarget = 0;
+    unsigned int calledBack = 0;  ///< of inTarget
+    unsigned int rejected = 0;
+    unsigned int missing = 0;
 };
 
-Judgement Judge(const std::string& bytes, const Calls& calls, const Load& load)
+void Judge(const std::string& bytes, const Calls& calls, const Load& load, Figures& figures,
+           Scratch& scratch)
 {
     std::vector<CallElement> seen(calls.stages.size());
     const LogContents contents = ReadLog(bytes, [&](const CallElement& element) {
@@ -148,33 +148,20 @@ Judgement Judge(const std::string& bytes, const Calls& calls, const Load& load)
         call.contents.items += element.contents.items;
         call.returned = call.returned || element.returned;
     });
-    Judgement judgement{contents.accepted, contents.problem, 0};
-    for (unsigned int number = 1; contents.accepted && calls.stages[number] != Stage::Unknown; ++number) {
+    if (!contents.accepted) {
+        ++figures.rejected;
+        scratch.Keep(bytes, "rejected: " + contents.problem);
+        return;
+    }
+    for (unsigned int number = 1; calls.stages[number] != Stage::Unknown; ++number) {
         const CallElement& call = seen[number];
         const bool whole = call.number == number && call.contents == load.Contents(number);
         if (!whole || (calls.stages[number] == Stage::Returned && !call.returned)) {
-            ++judgement.missing;
-            judgement.problem = "call " + std::to_string(number) + " is missing or not whole";
+            ++figures.missing;
+            scratch.Keep(bytes, "call " + std::to_string(number) + " is missing or not whole");
         }
     }
-    return judgement;
 }
-
-/// What may stand behind the last text of a log: the end tags of a call that is open, and of the root.
-std::vector<std::string> Tails(pid_t process)
-{
-    const std::string rootEndTag = "</run-" + std::to_string(process) + ">\n";
-    return {rootEndTag, "    </CADIMemRead>\n" + rootEndTag, "    </modeChange>\n" + rootEndTag};
-}
-
-struct Figures
-{
-    unsigned int inTarget = 0;
-    unsigned int calledBack = 0;  ///< of inTarget
-    unsigned int rejected = 0;
-    unsigned int halfReplaced = 0;  ///< of rejected
-    unsigned int missing = 0;
-};
 
 }  // namespace
 
@@ -204,31 +191,14 @@ int main(int argc, char** argv)
         const pid_t child = RunUntilDead(
             SIGKILL, true, delay, [&](const auto& due) { Debugging(plan, calls, load, due).GoOn(); });
         const std::string fileName = "run-" + std::to_string(child) + ".xml";
-        const std::string bytes = FileBytes(fileName);
-        std::filesystem::remove(fileName);
+        Judge(FileBytes(fileName), calls, load, figures, scratch);
         figures.inTarget += calls.running != 0 ? 1U : 0U;
         figures.calledBack += calls.calledBack ? 1U : 0U;
-        const Judgement judgement = Judge(bytes, calls, load);
-        if (judgement.problem.empty()) {
-            continue;
-        }
-        scratch.Keep(bytes, judgement.problem);
-        figures.missing += judgement.missing;
-        if (!judgement.accepted) {
-            ++figures.rejected;
-            const auto isKept = [&](const std::string& mended) {
-                return Judge(mended, calls, load).problem.empty();
-            };
-            figures.halfReplaced += IsTailHalfReplaced(bytes, Tails(child), isKept) ? 1U : 0U;
-        }
+        std::filesystem::remove(fileName);
     }
     std::printf(
         "logging layer: %u kills, %u of them while the target ran, %u of those in or after a callback: "
-        "%u files rejected, %u of them cut within a tail across two pages, %u calls missing or without "
-        "an argument\n",
-        kills, figures.inTarget, figures.calledBack, figures.rejected, figures.halfReplaced,
-        figures.missing);
-    const bool explained =
-        figures.rejected == figures.halfReplaced && IsRare(figures.halfReplaced, kills);
-    return explained && figures.missing == 0 && figures.calledBack > 0 ? 0 : 1;
+        "%u files rejected, %u calls missing or without an argument\n",
+        kills, figures.inTarget, figures.calledBack, figures.rejected, figures.missing);
+    return figures.rejected == 0 && figures.missing == 0 && figures.calledBack > 0 ? 0 : 1;
 }

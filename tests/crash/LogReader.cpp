@@ -1,10 +1,13 @@
 #include "crash/LogReader.h"
 
+#include <libxml/c14n.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
+#include <libxml/xpath.h>
 
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <sstream>
 
 namespace ScrivelTest
@@ -143,6 +146,33 @@ LogContents ReadLog(std::string_view bytes, const Load* load)
 LogContents ReadLogFile(const std::string& fileName, const Load* load)
 {
     return ReadAndCount(xmlCreateFileParserCtxt(fileName.c_str()), load);
+}
+
+std::string WithoutInstructions(const std::string& bytes)
+{
+    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
+        xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr,
+                      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE),
+        xmlFreeDoc);
+    if (document == nullptr) {
+        return {};
+    }
+    const std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> context(
+        xmlXPathNewContext(document.get()), xmlXPathFreeContext);
+    const std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)> instructions(
+        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>("//processing-instruction()"),
+                               context.get()),
+        xmlXPathFreeObject);
+    for (int i = 0; i < xmlXPathNodeSetGetLength(instructions->nodesetval); ++i) {
+        xmlUnlinkNode(xmlXPathNodeSetItem(instructions->nodesetval, i));
+        xmlFreeNode(xmlXPathNodeSetItem(instructions->nodesetval, i));
+    }
+    xmlChar* text = nullptr;
+    const int length = xmlC14NDocDumpMemory(document.get(), nullptr, XML_C14N_1_0, nullptr, 0, &text);
+    std::string canonical(reinterpret_cast<char*>(text),
+                          length < 0 ? 0 : static_cast<std::size_t>(length));
+    xmlFree(text);
+    return canonical;
 }
 
 std::string FileBytes(const std::string& fileName)

@@ -38,6 +38,10 @@ LogContents ReadLog(std::string_view bytes, const Load* load);
 /// As ReadLog, without holding the file in memory.
 LogContents ReadLogFile(const std::string& fileName, const Load* load);
 
+/// The canonical form of a log, without the instructions and comments in it and behind it; empty when
+/// libxml2 rejects it.
+std::string WithoutInstructions(const std::string& bytes);
+
 /// The bytes of a file; empty when there is none.
 std::string FileBytes(const std::string& fileName);
 

@@ -79,14 +79,19 @@ int Session::DocumentNumber(const std::string& bytes, unsigned int atLeast)
         return 0;
     }
     const auto& known = Documents();
-    for (auto number = known.size() - 1; number > 0 && number >= atLeast; --number) {
-        const std::string& document = known[number];
-        if (bytes.compare(0, document.size(), document) == 0 &&
-            (bytes.size() == document.size() || ReadLog(bytes, nullptr).accepted)) {
-            return static_cast<int>(number);
+    const auto numberWhere = [&](const auto& isSame) {
+        for (auto number = known.size() - 1; number > 0 && number >= atLeast; --number) {
+            if (isSame(known[number])) {
+                return static_cast<int>(number);
+            }
         }
-    }
-    return -1;
+        return -1;
+    };
+    const int number = numberWhere([&](const std::string& document) { return bytes == document; });
+    const std::string bare = number < 0 ? WithoutInstructions(bytes) : "";
+    return bare.empty() ? number : numberWhere([&](const std::string& document) {
+        return bare == WithoutInstructions(document);
+    });
 }
 
 ChildEnd InChild(const std::function<void()>& work)

@@ -32,7 +32,7 @@ public:
     const std::vector<std::string>& Documents();
 
     /// The number of the flush whose document `bytes` are; -1 when they are none's, or that of a flush
-    /// before number `atLeast`. Instructions behind the root end tag belong to no call and do no harm.
+    /// before number `atLeast`. Instructions of an unfinished flush belong to no call and do no harm.
     int DocumentNumber(const std::string& bytes, unsigned int atLeast);
 
 private:
