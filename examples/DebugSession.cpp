@@ -108,7 +108,7 @@ void ModeListener::WaitForRun()
 
 // ---- The connection phase -----------------------------------------------------------------------
 
-std::unique_ptr<Target> Connect(Broker& broker, std::ostream& out)
+std::unique_ptr<Target> Connect(Broker& broker, bool hasTimer, std::ostream& out)
 {
     std::uint32_t actual = 0;
     CADISimulationFactory* factory = nullptr;
@@ -126,6 +126,7 @@ std::unique_ptr<Target> Connect(Broker& broker, std::ostream& out)
     Expect(factory->TestParameterValue(timers, error.get()) == CADI_STATUS_IllegalArgument,
            "the factory takes any value");
 
+    values[0].intValue = hasTimer ? 1 : 0;
     SetText(values[1].stringValue, "demo \"board\"");
     std::uint32_t simulation = 0;
     ExpectOk(factory->Instantiate(values.data(), &simulation), "Instantiate");
@@ -155,18 +156,6 @@ void DebugSession::Run()
     HitException();
     UseTimer();
     Detach();
-}
-
-void DebugSession::RunIntoCrash()
-{
-    std::uint32_t actual = 0;
-    CADIMemSpaceInfo_t space;
-    ExpectOk(target.CADIMemGetSpaces(0, 1, &actual, &space), "CADIMemGetSpaces");
-    ExpectOk(target.CADIExecContinue(), "CADIExecContinue");
-    Phase(out, "run") << "to the end of the program\n";
-    CheckResult();
-    Phase(out, "crash") << "in a write to the timer, which this board doesn't have" << std::endl;
-    WriteWord(timerAddress, 1000);
 }
 
 void DebugSession::Attach()

@@ -44,21 +44,18 @@ private:
     Change last{};
 };
 
-/// Finds a factory, makes a simulation, and connects to its target, with every call of a broker and its
-/// factory. Writes a line about it. Throws SessionError.
-std::unique_ptr<Target> Connect(Broker& broker, std::ostream& out);
+/// Finds a factory, makes a simulation of a board with or without a timer, and connects to its target,
+/// with every call of a broker and its factory. Writes a line about it. Throws SessionError.
+std::unique_ptr<Target> Connect(Broker& broker, bool hasTimer, std::ostream& out);
 
 /// Debugs the program on a target, with every call of a target. Writes a line for each phase. Throws
-/// SessionError.
+/// SessionError. A target without a timer crashes near the end.
 class DebugSession
 {
 public:
     DebugSession(Target& debugged, std::ostream& lines) : target(debugged), out(lines) {}
 
     void Run();
-
-    /// A few calls, the last of which crashes a target that has no timer.
-    void RunIntoCrash();
 
 private:
     void Attach();

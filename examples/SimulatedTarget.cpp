@@ -683,7 +683,7 @@ CADIReturn_t SimulatedTarget::CADIGetDisassembly(unsigned long address, std::uin
     disassembly.clear();
     for (; disassembly.size() < instructions && address + 4 <= core.memory.size(); address += 4) {
         const auto* const bytes = &core.memory[address];
-        char line[32];
+        char line[40];
         std::snprintf(line, sizeof line, "%08lx: .word 0x%02x%02x%02x%02x", address, bytes[3], bytes[2],
                       bytes[1], bytes[0]);
         disassembly.emplace_back(line);

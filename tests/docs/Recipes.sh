@@ -10,7 +10,7 @@ xmllint --noout *.xml && echo whole
 # [whole]
 
 # [calls]
-grep -o '<[A-Za-z]* call_num="[0-9]*"' crash-*.xml
+grep -o '<[A-Za-z]* call_num="[0-9]*"' crash-*.xml | tail -n 4
 # [calls]
 
 # [failed]
@@ -34,6 +34,6 @@ xmllint --stream --noout run-*.xml && echo whole
 # [stream]
 
 # [recover]
-head -n 52 crash-*.xml >cut.xml
+head -n 900 crash-*.xml >cut.xml
 xmllint --recover cut.xml 2>errors | tail -n 6
 # [recover]
