@@ -48,11 +48,14 @@ void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* i
 {
     constexpr unsigned int digits = 2 * sizeof(Integer);
     WriteItems(ident, items, count, nullName, [&](Integer item) {
-        if (hex) {
-            WriteHex(childName, item, digits);
-        } else {
-            WriteDecimal(childName, item);
-        }
+        WriteElement(childName, [&] {
+            if (hex) {
+                logFile.Append("0x");
+                AppendHex(logFile, item, digits);
+            } else {
+                AppendDecimal(logFile, item);
+            }
+        });
     });
 }
 

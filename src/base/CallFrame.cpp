@@ -23,18 +23,14 @@ void ScrivelXmlGenBase::WriteTabs(bool openTag)
 void ScrivelXmlGenBase::WriteIdent(std::string name, bool openTag, bool newline)
 {
     WriteTabs(openTag);
-    AppendTag(logFile, openTag, name);
+    AppendTag(logFile, openTag, name, newline);
     depth += openTag ? 1U : -1U;
-    if (newline) {
-        logFile.Append("\n");
-    }
 }
 
 void ScrivelXmlGenBase::WriteIdentWithoutTabs(std::string name)
 {
-    AppendTag(logFile, false, name);
+    AppendTag(logFile, false, name, true);
     --depth;
-    logFile.Append("\n");
 }
 
 void ScrivelXmlGenBase::WriteDetailedIdent(std::string name)

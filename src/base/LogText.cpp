@@ -56,11 +56,11 @@ char* PutName(char* out, std::string_view name)
     if (name.empty()) {
         return out + emptyName.copy(out, emptyName.size());
     }
-    char* const first = out;
+    const auto* cleaned = &head;
     for (char c : name) {
-        *out++ = inside[static_cast<unsigned char>(c)];
+        *out++ = (*cleaned)[static_cast<unsigned char>(c)];
+        cleaned = &inside;
     }
-    *first = head[static_cast<unsigned char>(name.front())];
     return out;
 }
 
@@ -160,9 +160,9 @@ char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
 
 }  // namespace
 
-void AppendTag(LogStream& log, bool opening, std::string_view name)
+void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline)
 {
-    constexpr std::size_t aroundName = 3;
+    constexpr std::size_t aroundName = 4;
 
     if (char* out = log.Room(RoomForName(name) + aroundName)) {
         *out++ = '<';
@@ -171,6 +171,9 @@ void AppendTag(LogStream& log, bool opening, std::string_view name)
         }
         out = PutName(out, name);
         *out++ = '>';
+        if (newline) {
+            *out++ = '\n';
+        }
         log.Advance(out);
     }
 }

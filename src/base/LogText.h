@@ -12,8 +12,9 @@
 namespace Scrivel2
 {
 
-/// Appends a start tag or an end tag, its name cleaned as AppendName does.
-void AppendTag(LogStream& log, bool opening, std::string_view name);
+/// Appends a start tag or an end tag, its name cleaned as AppendName does, and the end of the line if
+/// that is wanted.
+void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline);
 
 /// Appends an element name, cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first
 /// stay, any other byte becomes "_"; an empty name becomes "emptyIdent".
