@@ -984,12 +984,22 @@ TEST_F(SteppedFlush, TextBehindTheEndOfTheFileIsWrittenInOneGo)
 
 TEST_F(SteppedFlush, TextThatDoesNotReachBehindTheTailIsWrittenInOneGo)
 {
-    Begin(10000);
-    log.seekp(50);
-    ResetCounts();
-    log << std::string(9000, ' ') << std::flush;
-    EXPECT_EQ(platform.pwrite.Calls(), 1U);
-    EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+    const struct
+    {
+        std::size_t place;
+        std::size_t length;
+    } texts[] = {{50, 8000}, {2 * pageSize - 20, 40}, {2 * pageSize - 20, 100}};
+    for (const auto& [place, length] : texts) {
+        const std::size_t end = 2 * pageSize + 80;
+        std::string expected = Begin(end - std::string(endTag).size()) + endTag;
+        log.seekp(static_cast<std::streamoff>(place));
+        ResetCounts();
+        log << std::string(length, ' ') << std::flush;
+        EXPECT_EQ(platform.pwrite.Calls(), 1U);
+        EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+        expected.replace(place, length, std::string(length, ' '));
+        EXPECT_EQ(File(), expected);
+    }
 }
 
 TEST_F(SteppedFlush, WithoutMemoryForItsMarksTheTextIsWrittenInOneGo)
