@@ -132,7 +132,7 @@ std::string FlagText(const char* prefix, const char* const (&words)[size], unsig
         add(HexText(rest));
     }
     const bool several = (bits & (bits - 1)) != 0;
-    return several ? prefix + ("{" + names + "}") : prefix + names;
+    return prefix + ((several ? "{" : "") + names) + (several ? "}" : "");
 }
 
 }  // namespace Scrivel2

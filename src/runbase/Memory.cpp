@@ -91,7 +91,9 @@ void ScrivelXmlGenRunBase::WriteAddr(std::string ident, eslapi::CADIAddr_t addre
     WriteContainer(ident, [&] {
         WriteDecimal("spaceId", address.spaceId);
         const std::string* const name = FindName(memSpaceNames, address.spaceId);
-        WriteString("spaceName", name != nullptr ? *name : "unknown memSpaceInfo");
+        WriteElement("spaceName", [&] {
+            AppendEscaped(logFile, name != nullptr ? std::string_view(*name) : "unknown memSpaceInfo");
+        });
         WriteHex("addr", address.addr, 16);  // all 64 bits, unlike the bounds of spaces and blocks
     });
 }
