@@ -55,7 +55,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <locale>
 #include <new>
 #include <utility>
 
@@ -526,8 +525,11 @@ bool LogBuffer::LeadToOpening()
                                  static_cast<std::size_t>(last - first + 1));
     const auto markup = known.rfind('<');
     const off_t position = Position();
-    return markup != std::string_view::npos && MoveTo(first + static_cast<off_t>(markup)) &&
-           MoveTo(position);
+    if (markup == std::string_view::npos || !MoveTo(first + static_cast<off_t>(markup))) {
+        return false;
+    }
+    MoveTo(position);
+    return true;
 }
 
 /// Whether nothing ends the instruction, or the comment, that is to hide the text and copies of the tail.
@@ -672,12 +674,6 @@ bool LogBuffer::CutAt(off_t end)
 }
 
 // ---- The stream ---------------------------------------------------------------------------------
-
-LogStream::LogStream() : std::ostream(nullptr)
-{
-    rdbuf(&buffer);
-    imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
-}
 
 LogStream::~LogStream() = default;
 

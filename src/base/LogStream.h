@@ -16,6 +16,7 @@
 #define SCRIVEL_BASE_LOGSTREAM_H
 
 #include <cstddef>
+#include <locale>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -136,7 +137,11 @@ private:
 class LogStream final : public std::ostream
 {
 public:
-    LogStream();
+    LogStream() : std::ostream(nullptr)
+    {
+        rdbuf(&buffer);
+        imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
+    }
     ~LogStream() override;
 
     /// Creates or empties the file and clears the stream's error state; sets the fail state, with the

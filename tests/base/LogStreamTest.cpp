@@ -821,7 +821,18 @@ protected:
         });
     }
 
+    /// From now on notes the size of each write.
+    void RecordSizes()
+    {
+        sizes.clear();
+        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
+            sizes.push_back(size);
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+    }
+
     unsigned int stops = 0;
+    std::vector<std::size_t> sizes;
 };
 
 TEST_F(SteppedFlush, TakesAtMostThreeWritesAndOneCutAndLeavesTheBytes)
@@ -928,16 +939,39 @@ TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
     };
     for (const auto& [onFirstPage, before, tail, added] : cases) {
         const std::string document = Begin(pageSize - onFirstPage, before, tail);
-        std::vector<std::size_t> sizes;
-        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
-            sizes.push_back(size);
-            return platform.pwrite.Real(file, bytes, size, position);
-        });
+        RecordSizes();
         log.seekp(static_cast<std::streamoff>(document.size()));
         log << added << endTag << std::flush;
         platform.pwrite.Reset();
         ASSERT_EQ(sizes.size(), 3U) << before << tail;
         EXPECT_GE(sizes[2], tail.size() + 4) << before << tail;
+        EXPECT_EQ(File(), document + added + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenMemoryCantHoldWhatHidesIt)
+{
+    const struct
+    {
+        std::size_t onFirstPage;  // of the tail
+        std::size_t text;
+        std::size_t refused;
+    } cases[] = {
+        {5, 5000, 1000},       // the marks
+        {3, 16 * 1024, 6000},  // the text, which fills its memory, with the markup before it
+    };
+    for (const auto& [onFirstPage, text, refused] : cases) {
+        const std::string document = Begin(pageSize - onFirstPage);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        const std::string added = Element(text - std::string(endTag).size());
+        log << added << endTag;
+        refuseMemory = [refused = refused](std::size_t size) { return size > refused; };
+        RecordSizes();
+        log.flush();
+        refuseMemory = nullptr;
+        platform.pwrite.Reset();
+        ASSERT_EQ(sizes.size(), 3U);
+        EXPECT_EQ(sizes[2], std::string(endTag).size() + 4);
         EXPECT_EQ(File(), document + added + endTag);
     }
 }
