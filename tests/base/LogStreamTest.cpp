@@ -904,6 +904,34 @@ TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutWithinATailAcrossPages)
     EXPECT_GE(stops, 14U * 6U * 3U);
 }
 
+TEST_F(SteppedFlush, LeavesADocumentWhereverItsWritesAreCut)
+{
+    const char* const pieces[] = {"<a>text</a>\n",  "<!-- -->",    "- &amp; -", "    ",
+                                  "<c d=\"-\"/>\n", "<a>\n</a>\n", "x"};
+    constexpr unsigned int seed = 20;
+    std::minstd_rand random(seed);
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    for (int round = 0; round < 60; ++round) {
+        std::string document = Begin(pageSize - 30 + below(30));
+        for (int flush = 0; flush < 6; ++flush) {
+            std::string added;
+            for (const std::size_t length = below(3) * pageSize + below(pageSize);
+                 added.size() < length;) {
+                added += pieces[below(std::size(pieces))];
+            }
+            // Until the tail lies across two pages, or nearly so.
+            const std::size_t place = pageSize - (document.size() + added.size() + 5) % pageSize;
+            added += std::string(place - std::min<std::size_t>(place, below(20)), ' ') + "<e/>\n";
+            StopBetweenPages();
+            Grow(added);
+            platform.pwrite.Reset();
+            document += added;
+            ASSERT_EQ(File(), document + endTag) << "seed " << seed;
+        }
+    }
+    EXPECT_GT(stops, 1000U);
+}
+
 TEST_F(SteppedFlush, OldDocumentIsWholeWhileItsTailIsHidden)
 {
     Begin(pageSize - 3, "<b>kept</b>\n");
