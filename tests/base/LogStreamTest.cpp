@@ -966,7 +966,7 @@ TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
         {5, "<b/>\n", longTail, Element(5000)},             // longer than the marks can hold
     };
     for (const auto& [onFirstPage, before, tail, added] : cases) {
-        const std::string document = Begin(pageSize - onFirstPage, before, tail);
+        const std::string document = Begin(2 * pageSize - onFirstPage, before, tail);
         RecordSizes();
         log.seekp(static_cast<std::streamoff>(document.size()));
         log << added << endTag << std::flush;
