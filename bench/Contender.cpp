@@ -1,5 +1,7 @@
 #include "Contender.h"
+#include "File.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace ScrivelBench
@@ -31,6 +33,12 @@ const ContenderKind& ContenderNamed(const std::string& name)
         }
     }
     throw std::out_of_range("no contender is called \"" + name + "\"");
+}
+
+std::unique_ptr<Contender> MakeLog(const ContenderKind& contender, const Workload& workload)
+{
+    std::filesystem::remove(LogFileName());
+    return contender.make(workload);
 }
 
 }  // namespace ScrivelBench

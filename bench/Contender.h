@@ -53,6 +53,9 @@ struct ContenderKind
 const std::vector<ContenderKind>& Contenders();
 const ContenderKind& ContenderNamed(const std::string& name);
 
+/// A contender's log, in a file that is new: a RunLog overwrites none, and all are to begin alike.
+std::unique_ptr<Contender> MakeLog(const ContenderKind& contender, const Workload& workload);
+
 constexpr const char* floorName = "floor";
 constexpr const char* libraryName = "this library";
 constexpr const char* guardName = "this library, through the guard";

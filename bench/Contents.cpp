@@ -21,7 +21,7 @@ constexpr int calls = 5;
 
 std::string LogOf(const ContenderKind& contender, const Workload& workload)
 {
-    auto log = contender.make(workload);
+    auto log = MakeLog(contender, workload);
     for (int call = 0; call < calls; ++call) {
         log->LogCall();
     }

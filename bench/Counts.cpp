@@ -47,7 +47,7 @@ std::string PerCall(unsigned long count)
 /// "writes + lseek + ftruncate + getpid; allocations" a call, on average.
 std::string CountsOf(const ContenderKind& contender, const Workload& workload)
 {
-    const auto log = contender.make(workload);
+    const auto log = MakeLog(contender, workload);
     log->LogCall();
     const unsigned long writes = WritesByKernel();
     const Counts before = counts;
@@ -73,7 +73,7 @@ void PrintHeader(const char* first)
 /// staged.
 bool CallsWithinAPageAreShort()
 {
-    const auto log = ContenderNamed(libraryName).make(Workloads().front());
+    const auto log = MakeLog(ContenderNamed(libraryName), Workloads().front());
     log->LogCall();
     std::size_t within = 0;
     for (std::size_t i = 0; i < calls; ++i) {

@@ -5,7 +5,6 @@
 #include "ScrivelXmlGen.h"
 #include "reference/PlainGenerator.h"
 
-#include <filesystem>
 #include <fstream>
 
 namespace ScrivelBench
@@ -54,7 +53,6 @@ std::unique_ptr<Contender> MakeLibrary(const Workload& workload)
 
 std::unique_ptr<Contender> MakeGuarded(const Workload& workload)
 {
-    std::filesystem::remove(LogFileName());  // a RunLog overwrites no file: it would take another name
     return std::make_unique<Guarded>(workload);
 }
 

@@ -40,7 +40,7 @@ std::unique_ptr<Contender> MakeIn(const char* folder, const char* name)
 {
     std::filesystem::create_directory(folder);
     std::filesystem::current_path(folder);
-    auto log = ContenderNamed(name).make(Workloads().front());
+    auto log = MakeLog(ContenderNamed(name), Workloads().front());
     std::filesystem::current_path("..");
     return log;
 }

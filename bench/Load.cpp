@@ -20,7 +20,7 @@ int main(int argc, char** argv)
     const Scratch scratch;
     for (const Workload& workload : Workloads()) {
         if (workload.name == std::string(argv[2])) {
-            const auto log = ContenderNamed(argv[1]).make(workload);
+            const auto log = MakeLog(ContenderNamed(argv[1]), workload);
             for (unsigned long calls = std::strtoul(argv[3], nullptr, 10); calls > 0; --calls) {
                 log->LogCall();
             }

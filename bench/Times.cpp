@@ -26,7 +26,7 @@ constexpr benchmark::IterationCount callsInARun[] = {4000, 1000, 250, 250};
 
 void Run(benchmark::State& state, const ContenderKind& contender, const Workload& workload)
 {
-    const auto log = contender.make(workload);
+    const auto log = MakeLog(contender, workload);
     for (auto iteration : state) {
         log->LogCall();
     }
