@@ -491,14 +491,14 @@ bool LogBuffer::WriteFlush(off_t end, FileSizeSignal& signal)
 {
     const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
     const bool replacesTail = tailKnown && textStart < fileEnd && fileEnd < end;
-    if (!replacesTail || !SpansPages(textStart, end) || Holds(Text(), closing)) {
+    if (!replacesTail || !SpansPages(textStart, end) || Holds(Text(), closing) || !RoomForMarks(end)) {
         return WriteWhole(end, signal);
     }
     const off_t opener = OpenerWithin(fileEnd, end);
     const bool onOnePage =
         opener >= 0 && !SpansPages(textStart, opener + static_cast<off_t>(opening.size()));
-    const bool hidden = !onOnePage && LeadToOpening() && CanHideTail() && RoomForMarks(end, longestMarks);
-    if (!hidden && (opener < 0 || !RoomForMarks(end, opening.size() + closing.size()))) {
+    const bool hidden = !onOnePage && LeadToOpening() && CanHideTail();
+    if (!hidden && opener < 0) {
         return WriteWhole(end, signal);
     }
     if (hidden ? WriteHidden(end, signal) : WriteStaged(opener, end, signal)) {
@@ -639,11 +639,11 @@ void LogBuffer::VisitMarks(std::string_view marks, off_t end, Visit visit) const
     }
 }
 
-/// Memory for what the marks cover, `most` bytes a page.
-bool LogBuffer::RoomForMarks(off_t end, std::size_t most)
+/// Memory for what marks cover, the longest ones on every page: no rare flush needs more than others.
+bool LogBuffer::RoomForMarks(off_t end)
 {
     const auto pages = static_cast<std::size_t>((end - fileEnd) / pageSize + 2);
-    return covered.Grow(pages * most, 0);
+    return covered.Grow(pages * longestMarks, 0);
 }
 
 bool LogBuffer::WriteText(off_t from, off_t to, FileSizeSignal& signal)

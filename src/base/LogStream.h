@@ -112,7 +112,7 @@ private:
     bool WriteText(off_t from, off_t to, FileSizeSignal& signal);
     bool Write(const char* bytes, std::size_t length, off_t offset, FileSizeSignal& signal);
     bool CutAt(off_t end);
-    bool RoomForMarks(off_t end, std::size_t most);
+    bool RoomForMarks(off_t end);
     template <typename Visit>
     void VisitMarks(std::string_view marks, off_t end, Visit visit) const;
 

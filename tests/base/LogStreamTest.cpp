@@ -977,31 +977,20 @@ TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
     }
 }
 
-TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenMemoryCantHoldWhatHidesIt)
+TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenMemoryCantHoldTheMarkupBeforeIt)
 {
-    const struct
-    {
-        std::size_t onFirstPage;  // of the tail
-        std::size_t text;
-        std::size_t refused;
-    } cases[] = {
-        {5, 5000, 1000},       // the marks
-        {3, 16 * 1024, 6000},  // the text, which fills its memory, with the markup before it
-    };
-    for (const auto& [onFirstPage, text, refused] : cases) {
-        const std::string document = Begin(pageSize - onFirstPage);
-        log.seekp(static_cast<std::streamoff>(document.size()));
-        const std::string added = Element(text - std::string(endTag).size());
-        log << added << endTag;
-        refuseMemory = [refused = refused](std::size_t size) { return size > refused; };
-        RecordSizes();
-        log.flush();
-        refuseMemory = nullptr;
-        platform.pwrite.Reset();
-        ASSERT_EQ(sizes.size(), 3U);
-        EXPECT_EQ(sizes[2], std::string(endTag).size() + 4);
-        EXPECT_EQ(File(), document + added + endTag);
-    }
+    constexpr std::size_t firstCapacity = 16 * 1024;
+    const std::string document = Begin(pageSize - 3);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    const std::string added = Element(firstCapacity - std::string(endTag).size());
+    log << added << endTag;
+    refuseMemory = [](std::size_t size) { return size > firstCapacity; };
+    RecordSizes();
+    log.flush();
+    platform.pwrite.Reset();
+    ASSERT_EQ(sizes.size(), 3U);
+    EXPECT_EQ(sizes[2], std::string(endTag).size() + 4);
+    EXPECT_EQ(File(), document + added + endTag);
 }
 
 TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenTheMarkupBeforeItIsNotInMemory)
