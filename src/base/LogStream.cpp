@@ -43,7 +43,8 @@
 // page that is still staged. Where the page has no room for it, T0 and M begin some bytes earlier, with
 // the last markup that leaves it room.
 //
-// Text that holds "?>" would end an instruction, and is written in one go.
+// Text that holds "?>" would end an instruction, and is written in one go. A tail across two pages whose
+// copy would end its comment or an instruction is replaced as if it lay on one page.
 //
 // When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again, the text
 // is gone, and the stream is bad, so that no more comes until it is opened anew.
