@@ -107,6 +107,20 @@ TEST_F(Enumerations, FactoryErrorNamesAreWrittenInFullLengthAsTheyAre)
               std::string("    <code>a<\0>b</code>\n", 23));
 }
 
+/// Knows no factory error.
+class NoErrorName : public Scrivel2XmlGenRun
+{
+public:
+    explicit NoErrorName(const char* name) : Scrivel2XmlGenRun(name) { factoryErrorNames.clear(); }
+};
+
+TEST_F(Enumerations, FactoryErrorZeroWithoutANameIsAMessageWithOneDigit)
+{
+    EXPECT_EQ(
+        Written<NoErrorName>([](auto& log) { log.WriteFactoryErrorCode("code", CADIFACT_ERROR_OK); }),
+        "    <code>Invalid factory error code: 0x0</code>\n");
+}
+
 TEST_F(Enumerations, FactorySeverityCodesHaveTheirNames)
 {
     ExpectNames<CADIFactorySeverityCode_t>(
