@@ -46,8 +46,8 @@
 // Text that holds "?>" would end an instruction, and is written in one go. A tail across two pages whose
 // copy would end its comment or an instruction is replaced as if it lay on one page.
 //
-// When a write fails, T0 is put back and what follows it is cut off: the state is CLEAN again, the text
-// is gone, and the stream is bad, so that no more comes until it is opened anew.
+// When a write fails, T0 is put back if it had been touched, and what follows it is cut off: the state is
+// CLEAN again, the text is gone, and the stream is bad, so that no more comes until it is opened anew.
 
 #include "base/LogStream.h"
 
@@ -451,15 +451,16 @@ void LogBuffer::KeepTail(off_t end)
     StartTextAt(position);
 }
 
-/// After a failed write: the file is again what the last flush left.
+/// After a failed write: the file is again what the last flush left. When even the tail can't be written
+/// nothing is cut off, as what stands behind it may be what makes the file a document.
 void LogBuffer::PutTailBack(FileSizeSignal& signal)
 {
     const off_t from = pieceStart < 0 ? textStart : std::min(textStart, pieceStart);
-    if (from >= tailStart && from < fileEnd) {
-        Write(tail.bytes.get() + (from - tailStart), static_cast<std::size_t>(fileEnd - from), from,
-              signal);
+    const bool overwritten = from >= tailStart && from < fileEnd;
+    if (!overwritten || Write(tail.bytes.get() + (from - tailStart),
+                              static_cast<std::size_t>(fileEnd - from), from, signal)) {
+        CutAt(fileEnd);
     }
-    CutAt(fileEnd);
     pieceStart = pieceEnd = -1;
 }
 
@@ -486,8 +487,8 @@ bool LogBuffer::Commit()
     return false;
 }
 
-/// In steps when the text spans pages and replaces the tail. When only the cut at their end fails the new
-/// document stands, with the trailer behind it.
+/// In steps, as drawn above, when the text spans pages and replaces the tail. When only the cut at their
+/// end fails the new document stands, with the trailer behind it.
 bool LogBuffer::WriteFlush(off_t end, FileSizeSignal& signal)
 {
     const bool tailKnown = pieceStart < 0 && KnowTail(textStart);
@@ -496,17 +497,21 @@ bool LogBuffer::WriteFlush(off_t end, FileSizeSignal& signal)
         return WriteWhole(end, signal);
     }
     const off_t opener = OpenerWithin(fileEnd, end);
-    const bool onOnePage =
-        opener >= 0 && !SpansPages(textStart, opener + static_cast<off_t>(opening.size()));
+    const off_t inside = opener + static_cast<off_t>(opening.size());
+    const bool onOnePage = opener >= 0 && !SpansPages(textStart, inside);
     const bool hidden = !onOnePage && LeadToOpening() && CanHideTail();
     if (!hidden && opener < 0) {
         return WriteWhole(end, signal);
     }
-    if (hidden ? WriteHidden(end, signal) : WriteStaged(opener, end, signal)) {
-        return CutAt(end);
+    if (!(hidden ? StageToHide(end, signal) : StageAndMerge(opener, end, signal))) {
+        CutAt(fileEnd);  // the tail has not been touched
+        return false;
     }
-    PutTailBack(signal);
-    return false;
+    if (!(hidden ? HideAndCommit(end, signal) : WriteText(textStart, inside, signal))) {
+        PutTailBack(signal);
+        return false;
+    }
+    return CutAt(end);
 }
 
 /// Makes the text begin where the opening of an instruction has room on the page: when it doesn't, with
@@ -569,17 +574,13 @@ bool LogBuffer::WriteWhole(off_t end, FileSizeSignal& signal)
     return false;
 }
 
-/// Stage, merge and commit, as drawn above.
-bool LogBuffer::WriteStaged(off_t opener, off_t end, FileSizeSignal& signal)
+bool LogBuffer::StageAndMerge(off_t opener, off_t end, FileSizeSignal& signal)
 {
-    const off_t inside = opener + static_cast<off_t>(opening.size());
     const off_t firstClosing = std::min(PageEnd(opener), end) - static_cast<off_t>(closing.size());
-    return Stage(opening, end, signal) && WriteText(firstClosing, end, signal) &&
-           WriteText(textStart, inside, signal);
+    return Stage(opening, end, signal) && WriteText(firstClosing, end, signal);
 }
 
-/// Stage, hide and commit, where the tail lies across two pages.
-bool LogBuffer::WriteHidden(off_t end, FileSizeSignal& signal)
+bool LogBuffer::StageToHide(off_t end, FileSizeSignal& signal)
 {
     std::array<char, longestMarks> marks;
     char* marksEnd = marks.data();
@@ -587,12 +588,15 @@ bool LogBuffer::WriteHidden(off_t end, FileSizeSignal& signal)
         marksEnd = std::copy(part.begin(), part.end(), marksEnd);
     }
     const auto length = static_cast<std::size_t>(marksEnd - marks.data());
-    const bool staged = Stage({marks.data(), length}, end, signal);
+    return Stage({marks.data(), length}, end, signal);
+}
 
+bool LogBuffer::HideAndCommit(off_t end, FileSizeSignal& signal)
+{
     std::array<char, opening.size()> first;
     std::copy_n(pbase(), first.size(), first.begin());
     opening.copy(pbase(), first.size());
-    const bool hidden = staged && WriteText(textStart, end, signal);
+    const bool hidden = WriteText(textStart, end, signal);
     std::copy(first.begin(), first.end(), pbase());
 
     const off_t inside = textStart + static_cast<off_t>(first.size());

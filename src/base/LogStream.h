@@ -106,8 +106,9 @@ private:
     bool CanHideTail() const;
     bool WriteOutPiece();
     bool WriteWhole(off_t end, FileSizeSignal& signal);
-    bool WriteStaged(off_t opener, off_t end, FileSizeSignal& signal);
-    bool WriteHidden(off_t end, FileSizeSignal& signal);
+    bool StageAndMerge(off_t opener, off_t end, FileSizeSignal& signal);
+    bool StageToHide(off_t end, FileSizeSignal& signal);
+    bool HideAndCommit(off_t end, FileSizeSignal& signal);
     bool Stage(std::string_view marks, off_t end, FileSizeSignal& signal);
     bool WriteText(off_t from, off_t to, FileSizeSignal& signal);
     bool Write(const char* bytes, std::size_t length, off_t offset, FileSizeSignal& signal);

@@ -1140,21 +1140,24 @@ TEST_F(FailingWrites, AnyWriteOfASteppedFlushMayFailOnce)
 
 TEST_F(FailingWrites, DocumentStaysWhenTheTailCantEvenBePutBack)
 {
+    const auto grow = [this](std::size_t size, unsigned int firstWriteToFail) {
+        Begin(size);
+        FailWrites(firstWriteToFail, forEver);
+        Grow(Element(5000));
+        platform.pwrite.Reset();
+        EXPECT_TRUE(log.bad());
+        EXPECT_TRUE(IsDocument(File())) << "write " << firstWriteToFail << ":\n" << File();
+        EXPECT_EQ(XPath(File(), "concat(count(/log/b), count(/log/a))"), std::vector<std::string>{"10"});
+    };
     for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
         for (unsigned int number = 1; number <= 3; ++number) {
-            const std::string before = Begin(size) + endTag;
-            FailWrites(number, forEver);
+            grow(size, number);
             platform.ftruncate.Use([](int, off_t) {
                 errno = EIO;
                 return -1;
             });
-            Grow(Element(5000));
-            platform.pwrite.Reset();
+            grow(size, number);
             platform.ftruncate.Reset();
-            EXPECT_TRUE(log.bad());
-            EXPECT_TRUE(IsDocument(File())) << "write " << number << ":\n" << File();
-            EXPECT_EQ(XPath(File(), "concat(count(/log/b), count(/log/a))"),
-                      std::vector<std::string>{"10"});
         }
     }
 }
