@@ -1,0 +1,64 @@
+// The words of a log, for whoever writes one and whoever reads one: constants, no logic. Includes
+// nothing of the library.
+
+#ifndef SCRIVEL_FORMAT_LOGWORDS_H
+#define SCRIVEL_FORMAT_LOGWORDS_H
+
+#include <string_view>
+
+namespace Scrivel2::LogWords
+{
+
+// ---- The header -----------------------------------------------------------------------------------
+
+//     <?xml version="1.0" encoding="UTF-8"?>
+//     <trace-4242
+//      time="2026-11-21 14:03:59"
+//      CADI_version="CADI 2.0"
+//      hostname="lab7"
+//      OS="Linux">
+inline constexpr std::string_view declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+inline constexpr std::string_view time = "time";
+inline constexpr std::string_view cadiVersion = "CADI_version";
+inline constexpr std::string_view hostName = "hostname";
+inline constexpr std::string_view operatingSystem = "OS";
+
+// ---- Calls ----------------------------------------------------------------------------------------
+
+//     <CADIRegRead call_num="7"
+//      call_time="0.010020 s"
+//      threadId="1234" disassembler_address="0x0000000000008000">
+//         <return_time>0.010031 s</return_time>
+inline constexpr std::string_view callNumber = "call_num";
+inline constexpr std::string_view callTime = "call_time";
+inline constexpr std::string_view threadId = "threadId";
+inline constexpr std::string_view disassemblerAddress = "disassembler_address";
+inline constexpr std::string_view returnTime = "return_time";
+
+//     <!-- Call 8 ("CADIExecContinue") interrupted -->
+//     <!-- Continuing call 8 ("CADIExecContinue") -->
+inline constexpr std::string_view interruptedBegin = "Call ";
+inline constexpr std::string_view interruptedEnd = " interrupted";
+inline constexpr std::string_view continuingBegin = "Continuing call ";
+
+// ---- Values ---------------------------------------------------------------------------------------
+
+inline constexpr std::string_view null = "NULL";
+inline constexpr std::string_view emptyName = "emptyIdent";
+inline constexpr std::string_view unknownMemSpace = "unknown memSpaceInfo";
+inline constexpr std::string_view statusBegin = "CADI_STATUS_";
+inline constexpr std::string_view statusOk = "CADI_STATUS_OK";
+inline constexpr std::string_view invalidReturnType = "Invalid return type: 0x";
+
+// ---- What a flush that was killed leaves around the root end tag ------------------------------------
+
+//     <?x ... ?>
+//     <!-- ?>...<?x --><?x ... ?>
+inline constexpr std::string_view flushOpening = "<?x ";
+inline constexpr std::string_view flushClosing = "?>";
+inline constexpr std::string_view flushBeforeCopy = "<!-- ?>";
+inline constexpr std::string_view flushAfterCopy = "<?x --><?x ";
+
+}  // namespace Scrivel2::LogWords
+
+#endif
