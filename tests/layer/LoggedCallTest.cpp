@@ -38,42 +38,39 @@ TEST_F(LoggedCalls, CallIsWrittenWithArgumentsAndResults)
             xml.WriteReturnType("return", eslapi::CADI_STATUS_OK);
         });
     }
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIRegRead call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <regCount>1</regCount>\n"
-                                   "        <return_time>0.000093 s</return_time>\n"
-                                   "        <reg>\n"
-                                   "            <reg>\n"
-                                   "                <regNumber>15</regNumber>\n"
-                                   "                <bytes>00000000 00000000 00000000 00000000 </bytes>\n"
-                                   "                <offset128>0</offset128>\n"
-                                   "                <isUndefined>false</isUndefined>\n"
-                                   "                <attribute>CADI_REG_READ_WRITE</attribute>\n"
-                                   "            </reg>\n"
-                                   "        </reg>\n"
-                                   "        <return>CADI_STATUS_OK</return>\n"
-                                   "    </CADIRegRead>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIRegRead") + R"(
+        <regCount>1</regCount>
+        <return_time>0.000093 s</return_time>
+        <reg>
+            <reg>
+                <regNumber>15</regNumber>
+                <bytes>00000000 00000000 00000000 00000000 </bytes>
+                <offset128>0</offset128>
+                <isUndefined>false</isUndefined>
+                <attribute>CADI_REG_READ_WRITE</attribute>
+            </reg>
+        </reg>
+        <return>CADI_STATUS_OK</return>
+    </CADIRegRead>
+)"));
 }
 
 TEST_F(LoggedCalls, CallIsInTheCompleteFileBeforeItsArguments)
 {
     const LoggedCall call(log, "CADIExecStop");
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecStop") + R"(
+    </CADIExecStop>
+)"));
 }
 
 TEST_F(LoggedCalls, ArgumentsAreInTheCompleteFileBeforeTheTargetRuns)
 {
     LoggedCall call(log, "CADIExecReset");
     call.Arguments([](auto& xml) { xml.WriteDecimal("level", 7); });
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <level>7</level>\n"
-                                   "    </CADIExecReset>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecReset") + R"(
+        <level>7</level>
+    </CADIExecReset>
+)"));
 }
 
 TEST_F(LoggedCalls, ArgumentsGivenToTheConstructorTakeOneFlush)
@@ -81,11 +78,10 @@ TEST_F(LoggedCalls, ArgumentsGivenToTheConstructorTakeOneFlush)
     const unsigned int before = ScrivelTest::platform.pwrite.Calls();
     const LoggedCall call(log, "CADIExecReset", [](auto& xml) { xml.WriteDecimal("level", 7); });
     EXPECT_EQ(ScrivelTest::platform.pwrite.Calls(), before + 1);
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <level>7</level>\n"
-                                   "    </CADIExecReset>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecReset") + R"(
+        <level>7</level>
+    </CADIExecReset>
+)"));
 }
 
 TEST_F(LoggedCalls, GuardAloneLogsThatTheCallReturned)
@@ -94,11 +90,10 @@ TEST_F(LoggedCalls, GuardAloneLogsThatTheCallReturned)
         const LoggedCall call(log, "CADIExecStop");
         SetClock(1000, 5);
     }
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <return_time>0.000005 s</return_time>\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecStop") + R"(
+        <return_time>0.000005 s</return_time>
+    </CADIExecStop>
+)"));
 }
 
 TEST_F(LoggedCalls, CallIsEndedWhenTheTargetThrows)
@@ -109,12 +104,11 @@ TEST_F(LoggedCalls, CallIsEndedWhenTheTargetThrows)
         throw std::runtime_error("the target's own");
     };
     EXPECT_THROW(throwing(), std::runtime_error);
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecReset call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <level>7</level>\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "    </CADIExecReset>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecReset") + R"(
+        <level>7</level>
+        <return_time>0.000000 s</return_time>
+    </CADIExecReset>
+)"));
 }
 
 TEST_F(LoggedCalls, ConnectionPhaseCallIsWrittenInItsForm)
@@ -127,17 +121,18 @@ TEST_F(LoggedCalls, ConnectionPhaseCallIsWrittenInItsForm)
         call.Results([&](auto& xml) { xml.WriteSimulationInfoArray("infos", &info, &count); });
     }
     EXPECT_EQ(FileText("connect-4242.xml"),
-              ConnectFile("    <GetSimulationInfos call_num=\"1\" call_time=\"0.000000 s\">\n"
-                          "        <desired>1</desired>\n"
-                          "        <return_time>0.000000 s</return_time>\n"
-                          "        <infos>\n"
-                          "            <simulationFactory>\n"
-                          "                <id>7</id>\n"
-                          "                <name>sim</name>\n"
-                          "                <description>a &amp; b</description>\n"
-                          "            </simulationFactory>\n"
-                          "        </infos>\n"
-                          "    </GetSimulationInfos>\n"));
+              ConnectFile(R"(    <GetSimulationInfos call_num="1" call_time="0.000000 s">
+        <desired>1</desired>
+        <return_time>0.000000 s</return_time>
+        <infos>
+            <simulationFactory>
+                <id>7</id>
+                <name>sim</name>
+                <description>a &amp; b</description>
+            </simulationFactory>
+        </infos>
+    </GetSimulationInfos>
+)"));
 }
 
 TEST_F(LoggedCalls, CallbackInterruptsTheCallThatRuns)
@@ -153,22 +148,24 @@ TEST_F(LoggedCalls, CallbackInterruptsTheCallThatRuns)
         SetClock(1000, 3);
         run.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
     }
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecContinue call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </CADIExecContinue>\n"
-                                   "\n<!-- Call 1 (\"CADIExecContinue\") interrupted -->\n\n"
-                                   "    <modeChange call_num=\"2\"\n"
-                                   "     call_time=\"0.000001 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <newMode>CADI_EXECMODE_Bpt</newMode>\n"
-                                   "        <return_time>0.000002 s</return_time>\n"
-                                   "    </modeChange>\n"
-                                   "\n<!-- Continuing call 1 (\"CADIExecContinue\") -->\n\n"
-                                   "    <CADIExecContinue call_num=\"1\">\n"
-                                   "        <return_time>0.000003 s</return_time>\n"
-                                   "        <return>CADI_STATUS_OK</return>\n"
-                                   "    </CADIExecContinue>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecContinue") + R"(
+    </CADIExecContinue>
+
+<!-- Call 1 ("CADIExecContinue") interrupted -->
+
+)" + StartTag("modeChange", 2, "0.000001") +
+                                   R"(
+        <newMode>CADI_EXECMODE_Bpt</newMode>
+        <return_time>0.000002 s</return_time>
+    </modeChange>
+
+<!-- Continuing call 1 ("CADIExecContinue") -->
+
+    <CADIExecContinue call_num="1">
+        <return_time>0.000003 s</return_time>
+        <return>CADI_STATUS_OK</return>
+    </CADIExecContinue>
+)"));
 }
 
 TEST_F(LoggedCalls, ArgumentsOfACallThatIsInterruptedBeforeThemStandInASecondElement)
@@ -176,19 +173,20 @@ TEST_F(LoggedCalls, ArgumentsOfACallThatIsInterruptedBeforeThemStandInASecondEle
     LoggedCall older(log, "older");
     LoggedCall younger(log, "younger");
     older.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
-    EXPECT_EQ(InRunFile(), RunFile("    <older call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </older>\n"
-                                   "\n<!-- Call 1 (\"older\") interrupted -->\n\n"
-                                   "    <younger call_num=\"2\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </younger>\n"
-                                   "\n<!-- Continuing call 1 (\"older\") -->\n\n"
-                                   "    <older call_num=\"1\">\n"
-                                   "        <a>1</a>\n"
-                                   "    </older>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("older") + R"(
+    </older>
+
+<!-- Call 1 ("older") interrupted -->
+
+)" + StartTag("younger", 2) + R"(
+    </younger>
+
+<!-- Continuing call 1 ("older") -->
+
+    <older call_num="1">
+        <a>1</a>
+    </older>
+)"));
 
     younger.Arguments([](auto& xml) { xml.WriteDecimal("a", 2); });
     younger.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
@@ -235,13 +233,13 @@ TEST_F(LoggedCalls, CommentStandsAmongTheArguments)
         xml.WriteComment("why -- so");
         xml.WriteDecimal("b", 2);
     });
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemRead call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <a>1</a>\n"
-                                   "    \n<!-- why - - so -->\n\n"
-                                   "        <b>2</b>\n"
-                                   "    </CADIMemRead>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + "\n"
+                                                             "        <a>1</a>\n"
+                                                             "    \n"
+                                                             "<!-- why - - so -->\n"
+                                                             "\n"
+                                                             "        <b>2</b>\n"
+                                                             "    </CADIMemRead>\n"));
 }
 
 // ---- Callables that throw -----------------------------------------------------------------------
@@ -263,10 +261,7 @@ TEST_F(LoggedCalls, ArgumentsThatCannotBeWrittenAreBlankedOut)
     LoggedCall call(log, "CADIMemRead");
     EXPECT_THROW(call.Arguments(Failing()), std::runtime_error);
     const std::string blanks(std::string("        <open>\n            <half>1</half>\n").size(), ' ');
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemRead call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n" +
-                                   blanks + "    </CADIMemRead>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + "\n" + blanks + "    </CADIMemRead>\n"));
     call.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
     call.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
     const auto read = ScrivelTest::ReadCalls(InRunFile());
@@ -294,17 +289,13 @@ TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreBlankedOut)
         const LoggedCall next(log, "next");
     }
     const std::string blanks(std::string("        <open>\n            <half>1</half>\n").size(), ' ');
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemRead call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n" +
-                                   blanks +
-                                   "    </CADIMemRead>\n"
-                                   "    <next call_num=\"2\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "    </next>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + R"(
+        <return_time>0.000000 s</return_time>
+)" + blanks + "    </CADIMemRead>\n" +
+                                   StartTag("next", 2) + R"(
+        <return_time>0.000000 s</return_time>
+    </next>
+)"));
 }
 
 TEST_F(LoggedCalls, LateArgumentsThatCannotBeWrittenLeaveADocument)

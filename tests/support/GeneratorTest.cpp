@@ -70,6 +70,16 @@ std::string ScratchTest::Header(const std::string& name, const std::string& vers
     // clang-format on
 }
 
+std::string ScratchTest::StartTag(const std::string& callName, unsigned int number,
+                                  const std::string& time)
+{
+    // clang-format off
+    return "    <" + callName + " call_num=\"" + std::to_string(number) + "\"\n"
+           "     call_time=\"" + time + " s\"\n"
+           "     threadId=\"1234\">";
+    // clang-format on
+}
+
 std::string ScratchTest::FileText(const std::string& fileName)
 {
     std::ifstream file(fileName, std::ios::binary);

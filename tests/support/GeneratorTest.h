@@ -42,6 +42,13 @@ protected:
     static std::string Header(const std::string& name = "trace", const std::string& version = "CADI 2.0");
     static std::string EndTag(const std::string& name = "trace") { return "</" + name + "-4242>\n"; }
 
+    /// A whole log around the text of its calls.
+    static std::string Complete(const std::string& calls) { return Header() + calls + EndTag(); }
+
+    /// The start tag of a run-phase call at depth 1, without the newline after it.
+    static std::string StartTag(const std::string& callName, unsigned int number = 1,
+                                const std::string& time = "0.000000");
+
     /// The bytes of a file; a missing file fails the test.
     static std::string FileText(const std::string& fileName);
 
