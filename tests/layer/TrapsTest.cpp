@@ -42,12 +42,11 @@ TEST_F(Traps, ResultsDoNotOverwriteACallThatHadNoArguments)
         LoggedCall call(log, "CADIExecStop");
         call.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
     }
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "        <r>1</r>\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecStop") + R"(
+        <return_time>0.000000 s</return_time>
+        <r>1</r>
+    </CADIExecStop>
+)"));
 }
 
 TEST_F(Traps, ConnectionPhaseCallsStandInsideTheRootWithTheirArguments)
@@ -57,14 +56,15 @@ TEST_F(Traps, ConnectionPhaseCallsStandInsideTheRootWithTheirArguments)
         LoggedCall call(log, "GetTargetInfos");
         call.Arguments([&](auto& xml) { xml.WriteDecimal("a", i); });
     }
-    EXPECT_EQ(InRunFile(), RunFile("    <GetTargetInfos call_num=\"1\" call_time=\"0.000000 s\">\n"
-                                   "        <a>1</a>\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "    </GetTargetInfos>\n"
-                                   "    <GetTargetInfos call_num=\"2\" call_time=\"0.000000 s\">\n"
-                                   "        <a>2</a>\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "    </GetTargetInfos>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(R"(    <GetTargetInfos call_num="1" call_time="0.000000 s">
+        <a>1</a>
+        <return_time>0.000000 s</return_time>
+    </GetTargetInfos>
+    <GetTargetInfos call_num="2" call_time="0.000000 s">
+        <a>2</a>
+        <return_time>0.000000 s</return_time>
+    </GetTargetInfos>
+)"));
 }
 
 TEST_F(Traps, OlderOfTwoCallsReturnsFirst)
@@ -75,24 +75,25 @@ TEST_F(Traps, OlderOfTwoCallsReturnsFirst)
     older.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
     EXPECT_TRUE(IsDocument(InRunFile()));
     younger.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecContinue call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </CADIExecContinue>\n"
-                                   "\n<!-- Call 1 (\"CADIExecContinue\") interrupted -->\n\n"
-                                   "    <CADIExecStop call_num=\"2\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    </CADIExecStop>\n"
-                                   "\n<!-- Continuing call 1 (\"CADIExecContinue\") -->\n\n"
-                                   "    <CADIExecContinue call_num=\"1\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "        <r>1</r>\n"
-                                   "    </CADIExecContinue>\n"
-                                   "    <CADIExecStop call_num=\"2\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "        <r>2</r>\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecContinue") + R"(
+    </CADIExecContinue>
+
+<!-- Call 1 ("CADIExecContinue") interrupted -->
+
+)" + StartTag("CADIExecStop", 2) + R"(
+    </CADIExecStop>
+
+<!-- Continuing call 1 ("CADIExecContinue") -->
+
+    <CADIExecContinue call_num="1">
+        <return_time>0.000000 s</return_time>
+        <r>1</r>
+    </CADIExecContinue>
+    <CADIExecStop call_num="2">
+        <return_time>0.000000 s</return_time>
+        <r>2</r>
+    </CADIExecStop>
+)"));
 }
 
 TEST_F(Traps, LogEndsWithACallOpen)
@@ -100,10 +101,9 @@ TEST_F(Traps, LogEndsWithACallOpen)
     RunLog log("run");
     LoggedCall call(log, "CADIExecContinueForever");
     log.EndLogging();
-    const std::string ended = RunFile("    <CADIExecContinueForever call_num=\"1\"\n"
-                                      "     call_time=\"0.000000 s\"\n"
-                                      "     threadId=\"1234\">\n"
-                                      "    </CADIExecContinueForever>\n");
+    const std::string ended = RunFile(StartTag("CADIExecContinueForever") + R"(
+    </CADIExecContinueForever>
+)");
     EXPECT_EQ(InRunFile(), ended);
     call.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
     EXPECT_EQ(InRunFile(), ended);
@@ -138,12 +138,13 @@ TEST_F(Traps, CommentBetweenCallsStaysInACompleteFile)
     {
         const LoggedCall call(log, "CADIExecStop");
     }
-    EXPECT_EQ(InRunFile(), RunFile("\n<!-- loaded crc.elf -->\n\n"
-                                   "    <CADIExecStop call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <return_time>0.000000 s</return_time>\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(R"(
+<!-- loaded crc.elf -->
+
+)" + StartTag("CADIExecStop") + R"(
+        <return_time>0.000000 s</return_time>
+    </CADIExecStop>
+)"));
 }
 
 TEST_F(Traps, CommentInsideACallKeepsItsEndTagAndTheRoots)
@@ -151,11 +152,11 @@ TEST_F(Traps, CommentInsideACallKeepsItsEndTagAndTheRoots)
     RunLog log("run");
     LoggedCall call(log, "CADIExecStop");
     log.Comment("from another thread");
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "    \n<!-- from another thread -->\n\n"
-                                   "    </CADIExecStop>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIExecStop") + "\n"
+                                                              "    \n"
+                                                              "<!-- from another thread -->\n"
+                                                              "\n"
+                                                              "    </CADIExecStop>\n"));
     call.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
     EXPECT_EQ(ReadCalls(InRunFile()).calls.at(1).Result("r"), "1");
 }
@@ -195,11 +196,10 @@ TEST_F(Traps, TargetCrashesInsideACall)
                   raise(SIGSEGV);
               }),
               SIGSEGV);
-    EXPECT_EQ(InRunFile(), RunFile("    <CADIMemWrite call_num=\"1\"\n"
-                                   "     call_time=\"0.000000 s\"\n"
-                                   "     threadId=\"1234\">\n"
-                                   "        <address>0x40000000</address>\n"
-                                   "    </CADIMemWrite>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemWrite") + R"(
+        <address>0x40000000</address>
+    </CADIMemWrite>
+)"));
 }
 
 TEST_F(Traps, TargetCrashesInsideACallback)
