@@ -174,9 +174,7 @@ TEST_F(RunFrame, StartTagRaisesTheDepthByOne)
 TEST_F(RunFrame, AddressZeroHasNoAttribute)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent("CADIMemRead", 0); }),
-              "    <CADIMemRead call_num=\"0\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\">\n");
+              StartTag("CADIMemRead", 0) + "\n");
 }
 
 TEST_F(RunFrame, CallWithoutAddressHasNoAttribute)
@@ -188,9 +186,10 @@ TEST_F(RunFrame, CallWithoutAddressHasNoAttribute)
 TEST_F(RunFrame, AddressIsWrittenWhole)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent("c", 0xfedcba9876543210); }),
-              "    <c call_num=\"0\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\" disassembler_address=\"0xfedcba9876543210\">\n");
+              R"(    <c call_num="0"
+     call_time="0.000000 s"
+     threadId="1234" disassembler_address="0xfedcba9876543210">
+)");
 }
 
 TEST_F(RunFrame, NumbersAreDecimalAfterAnAddress)
@@ -200,19 +199,21 @@ TEST_F(RunFrame, NumbersAreDecimalAfterAnAddress)
                   log.WriteDecimal("n", 255);
                   log.logFile << 255 << '\n';
               }),
-              "    <c call_num=\"0\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\" disassembler_address=\"0x0000000000000abc\">\n"
-              "        <n>255</n>\n"
-              "255\n");
+              R"(    <c call_num="0"
+     call_time="0.000000 s"
+     threadId="1234" disassembler_address="0x0000000000000abc">
+        <n>255</n>
+255
+)");
 }
 
 TEST_F(RunFrame, ThreadIdIsTheLowHalfOfPthreadSelf)
 {
     platform.pthread_self.Use([]() -> pthread_t { return 0xabcdef01fffffffe; });
-    EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent("c"); }), "    <c call_num=\"0\"\n"
-                                                                       "     call_time=\"0.000000 s\"\n"
-                                                                       "     threadId=\"4294967294\">\n");
+    EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent("c"); }), R"(    <c call_num="0"
+     call_time="0.000000 s"
+     threadId="4294967294">
+)");
 }
 
 TEST_F(RunFrame, ThreadIsAskedForAnewByEachCallAndAfterTheTime)
@@ -238,12 +239,8 @@ TEST_F(RunFrame, ThreadIsAskedForAnewByEachCallAndAfterTheTime)
 TEST_F(RunFrame, CallNameIsCleanedInTheStartTag)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent("2nd call:x"); }),
-              "    <_nd_call_x call_num=\"0\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\">\n");
-    EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent(""); }), "    <emptyIdent call_num=\"0\"\n"
-                                                                      "     call_time=\"0.000000 s\"\n"
-                                                                      "     threadId=\"1234\">\n");
+              StartTag("_nd_call_x", 0) + "\n");
+    EXPECT_EQ(Written([](auto& log) { log.WriteDetailedIdent(""); }), StartTag("emptyIdent", 0) + "\n");
 }
 
 TEST_F(RunFrame, CallNumberIsUnsigned)
@@ -252,9 +249,7 @@ TEST_F(RunFrame, CallNumberIsUnsigned)
                   log.callNo = 0xffffffff;
                   log.WriteDetailedIdent("c");
               }),
-              "    <c call_num=\"4294967295\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\">\n");
+              StartTag("c", 4294967295) + "\n");
 }
 
 // ---- Calls --------------------------------------------------------------------------------------
@@ -285,9 +280,10 @@ TEST_F(RunCalls, EnteredCallHasNumberTimeAndThread)
                   SetClock(1003, 4500);
                   log.EnterCadiCall("CADIRegRead");
               }),
-              "    <CADIRegRead call_num=\"1\"\n"
-              "     call_time=\"3.004500 s\"\n"
-              "     threadId=\"1234\">\n");
+              R"(    <CADIRegRead call_num="1"
+     call_time="3.004500 s"
+     threadId="1234">
+)");
 }
 
 TEST_F(RunCalls, ACallFromStartToEnd)
@@ -298,10 +294,9 @@ TEST_F(RunCalls, ACallFromStartToEnd)
     const unsigned int call = log->EnterCadiCall("CADIRegRead");
     log->WriteDecimal("regCount", 1);
     log->FlushOutput(false, "CADIRegRead");
-    const std::string entered = Header() + "    <CADIRegRead call_num=\"1\"\n"
-                                           "     call_time=\"0.000071 s\"\n"
-                                           "     threadId=\"1234\">\n"
-                                           "        <regCount>1</regCount>\n";
+    const std::string entered = Header() + StartTag("CADIRegRead", 1, "0.000071") + R"(
+        <regCount>1</regCount>
+)";
     EXPECT_EQ(WholeFile(), entered + "    </CADIRegRead>\n");
 
     SetClock(1000, 93);
@@ -310,10 +305,10 @@ TEST_F(RunCalls, ACallFromStartToEnd)
     log->WriteIdent("CADIRegRead", false, true);
     log->FlushOutput(true, "");
     const std::string whole = entered +
-                              "        <return_time>0.000093 s</return_time>\n"
-                              "        <return>CADI_STATUS_OK</return>\n"
-                              "    </CADIRegRead>\n" +
-                              EndTag();
+                              R"(        <return_time>0.000093 s</return_time>
+        <return>CADI_STATUS_OK</return>
+    </CADIRegRead>
+)" + EndTag();
     EXPECT_EQ(WholeFile(), whole);
     log->EndLogging();
     EXPECT_EQ(WholeFile(), whole);
@@ -329,18 +324,13 @@ TEST_F(RunCalls, EnteringACallInsideAnotherMarksItAsInterrupted)
     SetClock(1000, 500000);
     const unsigned int inner = log->EnterCadiCall("CADIGetState");
     log->FlushOutput(false, "CADIGetState");
-    const std::string interrupted = Header() +
-                                    R"(    <CADIExecContinue call_num="1"
-     call_time="0.000000 s"
-     threadId="1234">
+    const std::string interrupted = Header() + StartTag("CADIExecContinue") + R"(
     </CADIExecContinue>
 
 <!-- Call 1 ("CADIExecContinue") interrupted -->
 
-    <CADIGetState call_num="2"
-     call_time="0.500000 s"
-     threadId="1234">
-)";
+)" + StartTag("CADIGetState", 2, "0.500000") +
+                                    "\n";
     EXPECT_EQ(WholeFile(), interrupted + "    </CADIGetState>\n");
 
     log->WriteContinueFunction(inner, "CADIGetState");
@@ -368,16 +358,12 @@ TEST_F(RunCalls, AnInterruptedCallIsReopenedWhenItReturns)
     log->WriteIdent("outer", false, true);
     log->FlushOutput(true, "");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + R"(    <outer call_num="1"
-     call_time="0.000000 s"
-     threadId="1234">
+    EXPECT_EQ(WholeFile(), Complete(StartTag("outer") + R"(
     </outer>
 
 <!-- Call 1 ("outer") interrupted -->
 
-    <inner call_num="2"
-     call_time="0.000000 s"
-     threadId="1234">
+)" + StartTag("inner", 2) + R"(
         <return_time>0.000000 s</return_time>
     </inner>
 
@@ -386,7 +372,7 @@ TEST_F(RunCalls, AnInterruptedCallIsReopenedWhenItReturns)
     <outer call_num="1">
         <return_time>1.000000 s</return_time>
     </outer>
-)" + EndTag());
+)"));
 }
 
 TEST_F(RunCalls, OutsideWriteSecureModeTheEndTagOfAnInterruptedCallStays)
@@ -397,24 +383,15 @@ TEST_F(RunCalls, OutsideWriteSecureModeTheEndTagOfAnInterruptedCallStays)
     log->EnterCadiCall("a");
     log->EnterCadiCall("b");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + R"(    <a call_num="1"
-     call_time="0.000000 s"
-     threadId="1234">
+    EXPECT_EQ(WholeFile(), Header() + StartTag("a") + R"(
     </a>
 
 <!-- Call 1 ("a") interrupted -->
 
-    <b call_num="2"
-     call_time="0.000000 s"
-     threadId="1234">
-)");
+)" + StartTag("b", 2) + "\n");
 }
 
 // ---- The pending element ------------------------------------------------------------------------
-
-constexpr char startTag[] = "    <c call_num=\"0\"\n"
-                            "     call_time=\"0.000000 s\"\n"
-                            "     threadId=\"1234\">\n";
 
 TEST_F(PendingElement, IsWrittenBeforeTheNextStartTag)
 {
@@ -422,7 +399,7 @@ TEST_F(PendingElement, IsWrittenBeforeTheNextStartTag)
                   log.SetPendingElement("target", "core0");
                   log.WriteDetailedIdent("c");
               }),
-              std::string("    <target>core0</target>\n") + startTag);
+              "    <target>core0</target>\n" + StartTag("c", 0) + "\n");
 }
 
 TEST_F(PendingElement, IsWrittenBeforeAnEnteredCall)
@@ -431,10 +408,7 @@ TEST_F(PendingElement, IsWrittenBeforeAnEnteredCall)
                   log.SetPendingElement("target", "core0");
                   log.EnterCadiCall("c");
               }),
-              "    <target>core0</target>\n"
-              "    <c call_num=\"1\"\n"
-              "     call_time=\"0.000000 s\"\n"
-              "     threadId=\"1234\">\n");
+              "    <target>core0</target>\n" + StartTag("c") + "\n");
 }
 
 TEST_F(PendingElement, IsNotWrittenByOtherWriters)
@@ -454,7 +428,8 @@ TEST_F(PendingElement, IsWrittenOnce)
                   log.WriteIdent("c", false, true);
                   log.WriteDetailedIdent("c");
               }),
-              std::string("    <target>core0</target>\n") + startTag + "    </c>\n" + startTag);
+              "    <target>core0</target>\n" + StartTag("c", 0) + "\n    </c>\n" + StartTag("c", 0) +
+                  "\n");
 }
 
 TEST_F(PendingElement, IsWrittenAsGiven)
@@ -463,7 +438,7 @@ TEST_F(PendingElement, IsWrittenAsGiven)
                   log.SetPendingElement("2 x", "<b/>&\n");
                   log.WriteDetailedIdent("c");
               }),
-              std::string("    <2 x><b/>&\n</2 x>\n") + startTag);
+              "    <2 x><b/>&\n</2 x>\n" + StartTag("c", 0) + "\n");
 }
 
 TEST_F(PendingElement, HasFourBlanksWhateverTheDepth)
@@ -491,7 +466,7 @@ TEST_F(PendingElement, WithoutATextIsDropped)
                   log.WriteIdent("c", false, true);
                   log.WriteDetailedIdent("c");
               }),
-              std::string(startTag) + "    </c>\n" + startTag);
+              StartTag("c", 0) + "\n    </c>\n" + StartTag("c", 0) + "\n");
 }
 
 TEST_F(PendingElement, WithoutANameIsDropped)
@@ -504,7 +479,7 @@ TEST_F(PendingElement, WithoutANameIsDropped)
                   log.WriteIdent("c", false, true);
                   log.WriteDetailedIdent("c");
               }),
-              std::string(startTag) + "    </c>\n" + startTag);
+              StartTag("c", 0) + "\n    </c>\n" + StartTag("c", 0) + "\n");
 }
 
 TEST_F(PendingElement, SetTwiceIsTheSecond)
@@ -514,7 +489,7 @@ TEST_F(PendingElement, SetTwiceIsTheSecond)
                   log.SetPendingElement("target", "core1");
                   log.WriteDetailedIdent("c");
               }),
-              std::string("    <target>core1</target>\n") + startTag);
+              "    <target>core1</target>\n" + StartTag("c", 0) + "\n");
 }
 
 // ---- The virtual table --------------------------------------------------------------------------
