@@ -172,9 +172,10 @@ TEST_F(CallFrame, TimeHasSecondsAndSixDecimals)
                   SetClock(2000, 999999);
                   log.WriteTimestamp("return_time", true);
               }),
-              "    <return_time>3.004500 s</return_time>\n"
-              "    <return_time>0.000000 s</return_time>\n"
-              "    <return_time>1000.999999 s</return_time>\n");
+              R"(    <return_time>3.004500 s</return_time>
+    <return_time>0.000000 s</return_time>
+    <return_time>1000.999999 s</return_time>
+)");
 }
 
 TEST_F(CallFrame, MicrosecondsBorrowFromTheSeconds)
@@ -251,18 +252,20 @@ TEST_F(CallFrame, CallIsADocumentAgainWhenItHasReturned)
     Enter(*log, "Connect");
     log->WriteDecimal("port", 1);
     log->FlushOutput(false, "Connect");
-    EXPECT_EQ(WholeFile(), Header() + "    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"
-                                      "        <port>1</port>\n"
-                                      "    </Connect>\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <Connect call_num="1" call_time="0.100000 s">
+        <port>1</port>
+    </Connect>
+)");
     Continue(*log, 1, "Connect");
     log->WriteBool("return", true);
     Leave(*log, "Connect");
-    const std::string first = "    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"
-                              "        <port>1</port>\n"
-                              "        <return_time>0.200000 s</return_time>\n"
-                              "        <return>true</return>\n"
-                              "    </Connect>\n";
-    EXPECT_EQ(WholeFile(), Header() + first + EndTag());
+    const std::string first = R"(    <Connect call_num="1" call_time="0.100000 s">
+        <port>1</port>
+        <return_time>0.200000 s</return_time>
+        <return>true</return>
+    </Connect>
+)";
+    EXPECT_EQ(WholeFile(), Complete(first));
     EXPECT_TRUE(IsDocument(WholeFile()));
 
     Enter(*log, "Detach");
@@ -270,11 +273,11 @@ TEST_F(CallFrame, CallIsADocumentAgainWhenItHasReturned)
     Continue(*log, 2, "Detach");
     Leave(*log, "Detach");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + first +
-                               "    <Detach call_num=\"2\" call_time=\"0.300000 s\">\n"
-                               "        <return_time>0.400000 s</return_time>\n"
-                               "    </Detach>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(first +
+                                    R"(    <Detach call_num="2" call_time="0.300000 s">
+        <return_time>0.400000 s</return_time>
+    </Detach>
+)"));
     EXPECT_EQ(XPath(WholeFile(), "/*/*/@call_num"), (std::vector<std::string>{"1", "2"}));
 }
 
@@ -290,12 +293,13 @@ TEST_F(CallFrame, CallsOutsideSecureModeFollowEachOtherWithoutTails)
     Continue(*log, 2, "Detach");
     Leave(*log, "Detach");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + "    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"
-                                      "        <return_time>0.200000 s</return_time>\n"
-                                      "    </Connect>\n"
-                                      "    <Detach call_num=\"2\" call_time=\"0.300000 s\">\n"
-                                      "        <return_time>0.400000 s</return_time>\n"
-                                      "    </Detach>\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <Connect call_num="1" call_time="0.100000 s">
+        <return_time>0.200000 s</return_time>
+    </Connect>
+    <Detach call_num="2" call_time="0.300000 s">
+        <return_time>0.400000 s</return_time>
+    </Detach>
+)");
 }
 
 TEST_F(CallFrame, CallThatIsStillCurrentAndOpenIsContinuedByItsReturnTimeAlone)
@@ -317,9 +321,10 @@ TEST_F(CallFrame, ContinuingWithoutAFlushSinceOverwritesTheCallInSecureMode)
     Continue(*log, 1, "Connect");
     log->FlushOutput(true, "");
     // What is left of the start tag and its argument stands behind the root end tag.
-    EXPECT_EQ(WholeFile(), Header() + "        <return_time>0.200000 s</return_time>\n"
-                                      "</trace-4242>\n"
-                                      "ort>1</port>\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(        <return_time>0.200000 s</return_time>
+</trace-4242>
+ort>1</port>
+)");
 }
 
 // ---- Interrupted calls --------------------------------------------------------------------------
@@ -330,11 +335,12 @@ TEST_F(CallFrame, InterruptedCallKeepsItsProvisionalEndTagAndIsMarked)
     Enter(*log, "Run");
     log->FlushOutput(false, "Run");
     log->WriteCloseInterruptedFunction("ModeChange");
-    const std::string run = "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                            "    </Run>\n"
-                            "\n"
-                            "<!-- Call 1 (\"Run\") interrupted -->\n"
-                            "\n";
+    const std::string run = R"(    <Run call_num="1" call_time="0.100000 s">
+    </Run>
+
+<!-- Call 1 ("Run") interrupted -->
+
+)";
     EXPECT_EQ(WholeFile(), Header() + run);
 
     SetClock(1000, 200000);
@@ -354,12 +360,13 @@ TEST_F(CallFrame, InterruptedCallOutsideSecureModeIsClosedByAnEndTagOfItsOwn)
     log->FlushOutput(false, "Run");
     Enter(*log, "ModeChange");
     log->FlushOutput(false, "ModeChange");
-    EXPECT_EQ(WholeFile(), Header() + "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                                      "    </Run>\n"
-                                      "\n"
-                                      "<!-- Call 1 (\"Run\") interrupted -->\n"
-                                      "\n"
-                                      "    <ModeChange call_num=\"2\" call_time=\"0.200000 s\">\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <Run call_num="1" call_time="0.100000 s">
+    </Run>
+
+<!-- Call 1 ("Run") interrupted -->
+
+    <ModeChange call_num="2" call_time="0.200000 s">
+)");
 }
 
 TEST_F(CallFrame, CallInterruptedAfterAFinalFlushLosesItsEndTagToTheComment)
@@ -369,13 +376,12 @@ TEST_F(CallFrame, CallInterruptedAfterAFinalFlushLosesItsEndTagToTheComment)
     log->FlushOutput(true, "");
     Enter(*log, "Stop");
     log->FlushOutput(true, "");
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                               "\n"
-                               "<!-- Call 1 (\"Run\") interrupted -->\n"
-                               "\n"
-                               "    <Stop call_num=\"2\" call_time=\"0.200000 s\">\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <Run call_num="1" call_time="0.100000 s">
+
+<!-- Call 1 ("Run") interrupted -->
+
+    <Stop call_num="2" call_time="0.200000 s">
+)"));
 }
 
 TEST_F(CallFrame, CallInterruptedWithoutAFlushIsOverwrittenByTheComment)
@@ -384,12 +390,11 @@ TEST_F(CallFrame, CallInterruptedWithoutAFlushIsOverwrittenByTheComment)
     Enter(*log, "Run");
     Enter(*log, "Stop");
     log->FlushOutput(true, "");
-    EXPECT_EQ(WholeFile(), Header() +
-                               "\n"
-                               "<!-- Call 1 (\"Run\") interrupted -->\n"
-                               "\n"
-                               "    <Stop call_num=\"2\" call_time=\"0.200000 s\">\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(
+<!-- Call 1 ("Run") interrupted -->
+
+    <Stop call_num="2" call_time="0.200000 s">
+)"));
 }
 
 TEST_F(CallFrame, InterruptedCallAtADeeperLevelIsClosedOneLevelUp)
@@ -414,12 +419,13 @@ TEST_F(CallFrame, NameOfAnInterruptedCallIsCleanedInTheEndTagAndAsGivenInTheComm
     Enter(*log, "Run:1");
     Enter(*log, "Stop");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + "    <Run_1 call_num=\"1\" call_time=\"0.100000 s\">\n"
-                                      "    </Run_1>\n"
-                                      "\n"
-                                      "<!-- Call 1 (\"Run:1\") interrupted -->\n"
-                                      "\n"
-                                      "    <Stop call_num=\"2\" call_time=\"0.200000 s\">\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <Run_1 call_num="1" call_time="0.100000 s">
+    </Run_1>
+
+<!-- Call 1 ("Run:1") interrupted -->
+
+    <Stop call_num="2" call_time="0.200000 s">
+)");
 }
 
 TEST_F(CallFrame, FirstCallInterruptsNothing)
@@ -444,20 +450,19 @@ TEST_F(CallFrame, OlderCallIsReopenedBehindTheOpenCallsOverwrittenEndTag)
     Continue(*log, 1, "Run");
     Leave(*log, "Run");
     // The comment covers the provisional end tag of the call that is still open.
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                               "    </Run>\n"
-                               "\n"
-                               "<!-- Call 1 (\"Run\") interrupted -->\n"
-                               "\n"
-                               "    <Stop call_num=\"2\" call_time=\"0.200000 s\">\n"
-                               "\n"
-                               "<!-- Continuing call 1 (\"Run\") -->\n"
-                               "\n"
-                               "    <Run call_num=\"1\">\n"
-                               "        <return_time>0.300000 s</return_time>\n"
-                               "    </Run>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <Run call_num="1" call_time="0.100000 s">
+    </Run>
+
+<!-- Call 1 ("Run") interrupted -->
+
+    <Stop call_num="2" call_time="0.200000 s">
+
+<!-- Continuing call 1 ("Run") -->
+
+    <Run call_num="1">
+        <return_time>0.300000 s</return_time>
+    </Run>
+)"));
 }
 
 TEST_F(CallFrame, OlderCallOutsideSecureModeIsReopenedBehindTheOpenCallsEndTag)
@@ -467,19 +472,20 @@ TEST_F(CallFrame, OlderCallOutsideSecureModeIsReopenedBehindTheOpenCallsEndTag)
     Enter(*log, "Stop");
     Continue(*log, 1, "Run");
     Leave(*log, "Run");
-    EXPECT_EQ(WholeFile(), Header() + "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                                      "    </Run>\n"
-                                      "\n"
-                                      "<!-- Call 1 (\"Run\") interrupted -->\n"
-                                      "\n"
-                                      "    <Stop call_num=\"2\" call_time=\"0.200000 s\">\n"
-                                      "    </Stop>\n"
-                                      "\n"
-                                      "<!-- Continuing call 1 (\"Run\") -->\n"
-                                      "\n"
-                                      "    <Run call_num=\"1\">\n"
-                                      "        <return_time>0.300000 s</return_time>\n"
-                                      "    </Run>\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <Run call_num="1" call_time="0.100000 s">
+    </Run>
+
+<!-- Call 1 ("Run") interrupted -->
+
+    <Stop call_num="2" call_time="0.200000 s">
+    </Stop>
+
+<!-- Continuing call 1 ("Run") -->
+
+    <Run call_num="1">
+        <return_time>0.300000 s</return_time>
+    </Run>
+)");
 }
 
 TEST_F(CallFrame, OlderCallThatContinuesAfterACallbackHasReturnedIsADocumentAtTheEnd)
@@ -494,22 +500,21 @@ TEST_F(CallFrame, OlderCallThatContinuesAfterACallbackHasReturnedIsADocumentAtTh
     Continue(*log, 1, "Run");
     Leave(*log, "Run");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                               "    </Run>\n"
-                               "\n"
-                               "<!-- Call 1 (\"Run\") interrupted -->\n"
-                               "\n"
-                               "    <ModeChange call_num=\"2\" call_time=\"0.200000 s\">\n"
-                               "        <return_time>0.300000 s</return_time>\n"
-                               "    </ModeChange>\n"
-                               "\n"
-                               "<!-- Continuing call 1 (\"Run\") -->\n"
-                               "\n"
-                               "    <Run call_num=\"1\">\n"
-                               "        <return_time>0.400000 s</return_time>\n"
-                               "    </Run>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <Run call_num="1" call_time="0.100000 s">
+    </Run>
+
+<!-- Call 1 ("Run") interrupted -->
+
+    <ModeChange call_num="2" call_time="0.200000 s">
+        <return_time>0.300000 s</return_time>
+    </ModeChange>
+
+<!-- Continuing call 1 ("Run") -->
+
+    <Run call_num="1">
+        <return_time>0.400000 s</return_time>
+    </Run>
+)"));
     EXPECT_TRUE(IsDocument(WholeFile()));
     EXPECT_EQ(XPath(WholeFile(), "//Run/@call_num"), (std::vector<std::string>{"1", "1"}));
 }
@@ -530,33 +535,32 @@ TEST_F(CallFrame, CallbacksWithinCallbacksContinueFromTheInside)
     Continue(*log, 1, "A");
     Leave(*log, "A");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <A call_num=\"1\" call_time=\"0.100000 s\">\n"
-                               "    </A>\n"
-                               "\n"
-                               "<!-- Call 1 (\"A\") interrupted -->\n"
-                               "\n"
-                               "    <B call_num=\"2\" call_time=\"0.200000 s\">\n"
-                               "    </B>\n"
-                               "\n"
-                               "<!-- Call 2 (\"B\") interrupted -->\n"
-                               "\n"
-                               "    <C call_num=\"3\" call_time=\"0.300000 s\">\n"
-                               "        <return_time>0.400000 s</return_time>\n"
-                               "    </C>\n"
-                               "\n"
-                               "<!-- Continuing call 2 (\"B\") -->\n"
-                               "\n"
-                               "    <B call_num=\"2\">\n"
-                               "        <return_time>0.500000 s</return_time>\n"
-                               "    </B>\n"
-                               "\n"
-                               "<!-- Continuing call 1 (\"A\") -->\n"
-                               "\n"
-                               "    <A call_num=\"1\">\n"
-                               "        <return_time>0.600000 s</return_time>\n"
-                               "    </A>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <A call_num="1" call_time="0.100000 s">
+    </A>
+
+<!-- Call 1 ("A") interrupted -->
+
+    <B call_num="2" call_time="0.200000 s">
+    </B>
+
+<!-- Call 2 ("B") interrupted -->
+
+    <C call_num="3" call_time="0.300000 s">
+        <return_time>0.400000 s</return_time>
+    </C>
+
+<!-- Continuing call 2 ("B") -->
+
+    <B call_num="2">
+        <return_time>0.500000 s</return_time>
+    </B>
+
+<!-- Continuing call 1 ("A") -->
+
+    <A call_num="1">
+        <return_time>0.600000 s</return_time>
+    </A>
+)"));
     EXPECT_TRUE(IsDocument(WholeFile()));
 }
 
@@ -569,14 +573,13 @@ TEST_F(CallFrame, CurrentCallThatWasContinuedAlreadyIsReopenedWithoutAComment)
     Leave(*log, "Run");
     Continue(*log, 1, "Run");
     Leave(*log, "Run");
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <Run call_num=\"1\" call_time=\"0.100000 s\">\n"
-                               "        <return_time>0.200000 s</return_time>\n"
-                               "    </Run>\n"
-                               "    <Run call_num=\"1\">\n"
-                               "        <return_time>0.300000 s</return_time>\n"
-                               "    </Run>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <Run call_num="1" call_time="0.100000 s">
+        <return_time>0.200000 s</return_time>
+    </Run>
+    <Run call_num="1">
+        <return_time>0.300000 s</return_time>
+    </Run>
+)"));
 }
 
 TEST_F(CallFrame, ReopenedStartTagIsNamedAsGiven)
@@ -586,11 +589,12 @@ TEST_F(CallFrame, ReopenedStartTagIsNamedAsGiven)
                   log.FlushOutput(true, "");
                   log.SeekFilePointerPosition();
               }),
-              "\n"
-              "<!-- Continuing call 9 (\"2nd run\") -->\n"
-              "\n"
-              "    <2nd run call_num=\"9\">\n"
-              "        <return_time>0.000000 s</return_time>\n");
+              R"(
+<!-- Continuing call 9 ("2nd run") -->
+
+    <2nd run call_num="9">
+        <return_time>0.000000 s</return_time>
+)");
 }
 
 TEST_F(CallFrame, ContinuedCallIsNoLongerOpen)
@@ -612,7 +616,7 @@ TEST_F(CallFrame, CommentOverwritesTheTailAndIsFlushed)
     log->WriteComment("loaded <crc.elf> & more");
     EXPECT_EQ(WholeFile(), Header() + "\n<!-- loaded <crc.elf> & more -->\n\n");
     log->FlushOutput(true, "");
-    EXPECT_EQ(WholeFile(), Header() + "\n<!-- loaded <crc.elf> & more -->\n\n" + EndTag());
+    EXPECT_EQ(WholeFile(), Complete("\n<!-- loaded <crc.elf> & more -->\n\n"));
     EXPECT_TRUE(IsDocument(WholeFile()));
 }
 
@@ -642,8 +646,7 @@ TEST_F(CallFrame, CommentThatIsNotFollowedByAFlushIsOverwrittenByTheNextCall)
     log->WriteComment("lost");
     Enter(*log, "Connect");
     log->FlushOutput(true, "");
-    EXPECT_EQ(WholeFile(),
-              Header() + "    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n" + EndTag());
+    EXPECT_EQ(WholeFile(), Complete("    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"));
 }
 
 TEST_F(CallFrame, CommentOutsideSecureModeIsAppended)
