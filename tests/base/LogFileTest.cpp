@@ -47,13 +47,14 @@ TEST_F(LogFile, StartingWritesHeaderAndRootEndTag)
 {
     const auto log = Make();
     log->StartLogging();
-    EXPECT_EQ(WholeFile(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                           "<trace-4242\n"
-                           " time=\"2026-11-21 14:03:59\"\n"
-                           " CADI_version=\"CADI 2.0\"\n"
-                           " hostname=\"lab7\"\n"
-                           " OS=\"Linux\">\n"
-                           "</trace-4242>\n");
+    EXPECT_EQ(WholeFile(), R"(<?xml version="1.0" encoding="UTF-8"?>
+<trace-4242
+ time="2026-11-21 14:03:59"
+ CADI_version="CADI 2.0"
+ hostname="lab7"
+ OS="Linux">
+</trace-4242>
+)");
     EXPECT_TRUE(IsDocument(WholeFile()));
 }
 
@@ -159,13 +160,14 @@ TEST_F(LogFile, HostNameThatCantBeReadIsTheTimeFollowedByAnAsterisk)
     platform.gethostname.Use([](char*, std::size_t) { return -1; });
     const auto log = Make();
     log->StartLogging();
-    EXPECT_EQ(WholeFile(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                           "<trace-4242\n"
-                           " time=\"2026-11-21 14:03:59\"\n"
-                           " CADI_version=\"CADI 2.0\"\n"
-                           " hostname=\"2026-11-21 14:03:59*\"\n"
-                           " OS=\"Linux\">\n"
-                           "</trace-4242>\n");
+    EXPECT_EQ(WholeFile(), R"(<?xml version="1.0" encoding="UTF-8"?>
+<trace-4242
+ time="2026-11-21 14:03:59"
+ CADI_version="CADI 2.0"
+ hostname="2026-11-21 14:03:59*"
+ OS="Linux">
+</trace-4242>
+)");
 }
 
 TEST_F(LogFile, HostNameOfSixtyFourCharactersIsWrittenInFull)
@@ -298,7 +300,7 @@ TEST_F(LogFile, FinalFlushWritesTheRootEndTag)
     log->SeekFilePointerPosition();
     log->WriteDecimal("d", 1);
     log->FlushOutput(true, "ignored");
-    EXPECT_EQ(WholeFile(), Header() + "    <d>1</d>\n" + EndTag());
+    EXPECT_EQ(WholeFile(), Complete("    <d>1</d>\n"));
 }
 
 TEST_F(LogFile, NonFinalFlushWritesTheProvisionalEndTagOfTheCall)
@@ -321,10 +323,11 @@ TEST_F(LogFile, ProvisionalEndTagIsIndentedByFourBlanksAndNamedAsGiven)
     log->WriteIdent("b", true, true);
     log->WriteIdent("a rather long line to cover the root end tag", true, true);
     log->FlushOutput(false, "2nd reg:x");
-    EXPECT_EQ(WholeFile(), Header() + "    <a>\n"
-                                      "        <b>\n"
-                                      "            <a_rather_long_line_to_cover_the_root_end_tag>\n"
-                                      "    </2nd reg:x>\n");
+    EXPECT_EQ(WholeFile(), Header() + R"(    <a>
+        <b>
+            <a_rather_long_line_to_cover_the_root_end_tag>
+    </2nd reg:x>
+)");
 }
 
 TEST_F(LogFile, TailThatIsLongerThanTheTextAboveItStaysBehindIt)
@@ -385,9 +388,10 @@ TEST_F(LogFile, EndingOverALongerProvisionalTailLeavesItsRemainingBytes)
     log->FlushOutput(false, "GetSimulationFactories");
     log->EndLogging();
     EXPECT_EQ(WholeFile(), Header() +
-                               "    <GetSimulationFactories call_num=\"1\" call_time=\"0.000000 s\">\n"
-                               "</trace-4242>\n"
-                               "ationFactories>\n");
+                               R"(    <GetSimulationFactories call_num="1" call_time="0.000000 s">
+</trace-4242>
+ationFactories>
+)");
 }
 
 TEST_F(LogFile, EndingTwiceChangesNothing)
@@ -423,10 +427,9 @@ TEST_F(LogFile, RestartWritesTheFileAnewAndCountsCallsFromOne)
     log->WriteIdent("Detach", false, true);
     log->FlushOutput(true, "");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() +
-                               "    <Detach call_num=\"1\" call_time=\"0.000500 s\">\n"
-                               "    </Detach>\n" +
-                               EndTag());
+    EXPECT_EQ(WholeFile(), Complete(R"(    <Detach call_num="1" call_time="0.000500 s">
+    </Detach>
+)"));
 }
 
 TEST_F(LogFile, RestartKeepsTheOpenCallAndThePlaceOfTheLastFlush)
@@ -507,7 +510,7 @@ TEST_F(LogFile, SecureModeCanBeTurnedOnAgainWithinALog)
     log->SetWriteSecure(true);
     log->FlushOutput(true, "");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + "    <d>1</d>\n" + EndTag());
+    EXPECT_EQ(WholeFile(), Complete("    <d>1</d>\n"));
 }
 
 // ---- Positions ----------------------------------------------------------------------------------
@@ -548,7 +551,7 @@ TEST_F(LogFile, LayerSavesAndRestoresThePlaceAroundTextOfItsOwn)
     log.SeekFilePointerPosition();
     log.FlushOutput(true, "");
     EXPECT_EQ(WholeFile().substr(0, Header().size() + 34 + EndTag().size()),
-              Header() + "    <!-- the layer's own text -->\n" + EndTag());
+              Complete("    <!-- the layer's own text -->\n"));
 }
 
 TEST_F(LogFile, PositionsStayOutsideSecureMode)
@@ -633,14 +636,15 @@ TEST_F(LogFile, GlobalLocaleThatGroupsDigitsChangesNoNumber)
     header.replace(header.find("4242"), 4, "1234567");
     EXPECT_EQ(FileText("trace-1234567.xml").substr(0, header.size()), header);
     const std::string rest = FileText("trace-1234567.xml").substr(header.size());
-    EXPECT_EQ(rest, "    <Connect call_num=\"1234567\" call_time=\"2234567.000000 s\">\n"
-                    "        <d>1234567</d>\n"
-                    "        <h>0x12345678</h>\n"
-                    "        <a>0x0000000012345678</a>\n"
-                    "1234567123456781.23457e+06\n"
-                    "        <return_time>2234567.000000 s</return_time>\n"
-                    "    </Connect>\n"
-                    "</trace-1234567>\n");
+    EXPECT_EQ(rest, R"(    <Connect call_num="1234567" call_time="2234567.000000 s">
+        <d>1234567</d>
+        <h>0x12345678</h>
+        <a>0x0000000012345678</a>
+1234567123456781.23457e+06
+        <return_time>2234567.000000 s</return_time>
+    </Connect>
+</trace-1234567>
+)");
 }
 
 // ---- Names of factory errors --------------------------------------------------------------------
