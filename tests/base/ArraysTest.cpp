@@ -13,9 +13,10 @@ constexpr unsigned int tooMany = 0xffffffff;  // entries that no array has
 TEST_F(Arrays, NullBoolArrayHoldsANullElementNamedAfterItsChildren)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteBoolArray("flags", nullptr, tooMany); }),
-              "    <flags>\n"
-              "        <bool_array>NULL</bool_array>\n"
-              "    </flags>\n");
+              R"(    <flags>
+        <bool_array>NULL</bool_array>
+    </flags>
+)");
 }
 
 TEST_F(Arrays, EmptyBoolArrayHoldsNothing)
@@ -29,19 +30,21 @@ TEST_F(Arrays, BoolArrayHoldsOneChildPerItem)
 {
     const bool items[] = {true, false, true};
     EXPECT_EQ(Written([&](auto& log) { log.WriteBoolArray("flags", items, 3); }),
-              "    <flags>\n"
-              "        <bool_array>true</bool_array>\n"
-              "        <bool_array>false</bool_array>\n"
-              "        <bool_array>true</bool_array>\n"
-              "    </flags>\n");
+              R"(    <flags>
+        <bool_array>true</bool_array>
+        <bool_array>false</bool_array>
+        <bool_array>true</bool_array>
+    </flags>
+)");
 }
 
 TEST_F(Arrays, NullCharArrayHoldsANullElementNamedString)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteCharArray("s", nullptr, tooMany); }),
-              "    <s>\n"
-              "        <string>NULL</string>\n"
-              "    </s>\n");
+              R"(    <s>
+        <string>NULL</string>
+    </s>
+)");
 }
 
 TEST_F(Arrays, EmptyCharArrayHoldsNothing)
@@ -52,19 +55,21 @@ TEST_F(Arrays, EmptyCharArrayHoldsNothing)
 
 TEST_F(Arrays, CharsAreEscapedAndBearTheNameOfTheArray)
 {
-    EXPECT_EQ(Written([](auto& log) { log.WriteCharArray("s", "a<\x01", 3); }), "    <s>\n"
-                                                                                "        <s>a</s>\n"
-                                                                                "        <s>&lt;</s>\n"
-                                                                                "        <s>\\x01</s>\n"
-                                                                                "    </s>\n");
+    EXPECT_EQ(Written([](auto& log) { log.WriteCharArray("s", "a<\x01", 3); }), R"(    <s>
+        <s>a</s>
+        <s>&lt;</s>
+        <s>\x01</s>
+    </s>
+)");
 }
 
 TEST_F(Arrays, NullStringArrayHoldsANullElementNamedString)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteStringArray("names", nullptr, tooMany); }),
-              "    <names>\n"
-              "        <string>NULL</string>\n"
-              "    </names>\n");
+              R"(    <names>
+        <string>NULL</string>
+    </names>
+)");
 }
 
 TEST_F(Arrays, EmptyStringArrayHoldsNothing)
@@ -79,10 +84,11 @@ TEST_F(Arrays, StringIsNestedTwiceAndItsOuterEndTagIsNotIndented)
     char text[] = "ab";
     char* items[] = {text};
     EXPECT_EQ(Written([&](auto& log) { log.WriteStringArray("names", items, 1); }),
-              "    <names>\n"
-              "        <names>            <names>ab</names>\n"
-              "</names>\n"
-              "    </names>\n");
+              R"(    <names>
+        <names>            <names>ab</names>
+</names>
+    </names>
+)");
 }
 
 TEST_F(Arrays, StringArrayHoldsOneNestedPairPerItem)
@@ -92,14 +98,15 @@ TEST_F(Arrays, StringArrayHoldsOneNestedPairPerItem)
     char third[] = "c";
     char* items[] = {first, second, third};
     EXPECT_EQ(Written([&](auto& log) { log.WriteStringArray("n", items, 3); }),
-              "    <n>\n"
-              "        <n>            <n></n>\n"
-              "</n>\n"
-              "        <n>            <n>a&amp;b</n>\n"
-              "</n>\n"
-              "        <n>            <n>c</n>\n"
-              "</n>\n"
-              "    </n>\n");
+              R"(    <n>
+        <n>            <n></n>
+</n>
+        <n>            <n>a&amp;b</n>
+</n>
+        <n>            <n>c</n>
+</n>
+    </n>
+)");
 }
 
 TEST_F(Arrays, NullEntryOfAStringArrayThrowsWhenItsStartTagIsWritten)
@@ -109,18 +116,19 @@ TEST_F(Arrays, NullEntryOfAStringArrayThrowsWhenItsStartTagIsWritten)
     EXPECT_EQ(Written([&](auto& log) {
                   EXPECT_THROW(log.WriteStringArray("names", items, 2), std::logic_error);
               }),
-              "    <names>\n"
-              "        <names>            <names>ab</names>\n"
-              "</names>\n"
-              "        <names>");
+              R"(    <names>
+        <names>            <names>ab</names>
+</names>
+        <names>)");
 }
 
 TEST_F(Arrays, NullLinesByteArrayHoldsANullElementOfItsOwnName)
 {
     EXPECT_EQ(Written([](auto& log) { log.WriteLinesByteArray("mem", nullptr, tooMany, tooMany); }),
-              "    <mem>\n"
-              "        <mem>NULL</mem>\n"
-              "    </mem>\n");
+              R"(    <mem>
+        <mem>NULL</mem>
+    </mem>
+)");
 }
 
 TEST_F(Arrays, LinesByteArrayWithoutLinesOrBytesHoldsNothing)
@@ -130,10 +138,11 @@ TEST_F(Arrays, LinesByteArrayWithoutLinesOrBytesHoldsNothing)
                   log.WriteLinesByteArray("mem", data, 0, 3);
                   log.WriteLinesByteArray("mem", data, 3, 0);
               }),
-              "    <mem>\n"
-              "    </mem>\n"
-              "    <mem>\n"
-              "    </mem>\n");
+              R"(    <mem>
+    </mem>
+    <mem>
+    </mem>
+)");
 }
 
 TEST_F(Arrays, LinesByteArrayRepeatsTheWindowsThatStartAtTheLineCount)
@@ -143,14 +152,15 @@ TEST_F(Arrays, LinesByteArrayRepeatsTheWindowsThatStartAtTheLineCount)
         data[i] = static_cast<unsigned char>(i);
     }
     EXPECT_EQ(Written([&](auto& log) { log.WriteLinesByteArray("mem", data, 2, 3); }),
-              "    <mem>\n"
-              "        <value>11100f0e 0d0c0b0a 09080706 05040302 </value>\n"
-              "        <value>1211100f 0e0d0c0b 0a090807 06050403 </value>\n"
-              "        <value>13121110 0f0e0d0c 0b0a0908 07060504 </value>\n"
-              "        <value>11100f0e 0d0c0b0a 09080706 05040302 </value>\n"
-              "        <value>1211100f 0e0d0c0b 0a090807 06050403 </value>\n"
-              "        <value>13121110 0f0e0d0c 0b0a0908 07060504 </value>\n"
-              "    </mem>\n");
+              R"(    <mem>
+        <value>11100f0e 0d0c0b0a 09080706 05040302 </value>
+        <value>1211100f 0e0d0c0b 0a090807 06050403 </value>
+        <value>13121110 0f0e0d0c 0b0a0908 07060504 </value>
+        <value>11100f0e 0d0c0b0a 09080706 05040302 </value>
+        <value>1211100f 0e0d0c0b 0a090807 06050403 </value>
+        <value>13121110 0f0e0d0c 0b0a0908 07060504 </value>
+    </mem>
+)");
 }
 
 TEST_F(Arrays, NullIntegerArraysHoldANullElementOfTheirOwnNameOrNamedInt)
@@ -160,15 +170,16 @@ TEST_F(Arrays, NullIntegerArraysHoldANullElementOfTheirOwnNameOrNamedInt)
                   log.WriteUint32Array("regs", nullptr, 5, false);
                   log.WriteUint64Array("ids", nullptr, 2, true);
               }),
-              "    <bytes>\n"
-              "        <bytes>NULL</bytes>\n"
-              "    </bytes>\n"
-              "    <regs>\n"
-              "        <regs>NULL</regs>\n"
-              "    </regs>\n"
-              "    <ids>\n"
-              "        <int>NULL</int>\n"
-              "    </ids>\n");
+              R"(    <bytes>
+        <bytes>NULL</bytes>
+    </bytes>
+    <regs>
+        <regs>NULL</regs>
+    </regs>
+    <ids>
+        <int>NULL</int>
+    </ids>
+)");
 }
 
 TEST_F(Arrays, EmptyIntegerArraysHoldNothing)
@@ -181,12 +192,13 @@ TEST_F(Arrays, EmptyIntegerArraysHoldNothing)
                   log.WriteUint32Array("b", words, 0, true);
                   log.WriteUint64Array("c", longs, 0, false);
               }),
-              "    <a>\n"
-              "    </a>\n"
-              "    <b>\n"
-              "    </b>\n"
-              "    <c>\n"
-              "    </c>\n");
+              R"(    <a>
+    </a>
+    <b>
+    </b>
+    <c>
+    </c>
+)");
 }
 
 TEST_F(Arrays, BytesAreTwoHexDigitsOrDecimal)
@@ -196,16 +208,17 @@ TEST_F(Arrays, BytesAreTwoHexDigitsOrDecimal)
                   log.WriteUint8Array("b", items, 3, true);
                   log.WriteUint8Array("b", items, 3, false);
               }),
-              "    <b>\n"
-              "        <value>0x0a</value>\n"
-              "        <value>0xff</value>\n"
-              "        <value>0x00</value>\n"
-              "    </b>\n"
-              "    <b>\n"
-              "        <value>10</value>\n"
-              "        <value>255</value>\n"
-              "        <value>0</value>\n"
-              "    </b>\n");
+              R"(    <b>
+        <value>0x0a</value>
+        <value>0xff</value>
+        <value>0x00</value>
+    </b>
+    <b>
+        <value>10</value>
+        <value>255</value>
+        <value>0</value>
+    </b>
+)");
 }
 
 TEST_F(Arrays, WordsAreEightHexDigitsOrDecimal)
@@ -215,16 +228,17 @@ TEST_F(Arrays, WordsAreEightHexDigitsOrDecimal)
                   log.WriteUint32Array("w", items, 3, true);
                   log.WriteUint32Array("w", items, 3, false);
               }),
-              "    <w>\n"
-              "        <value>0x0000007f</value>\n"
-              "        <value>0xffffffff</value>\n"
-              "        <value>0x00000000</value>\n"
-              "    </w>\n"
-              "    <w>\n"
-              "        <value>127</value>\n"
-              "        <value>4294967295</value>\n"
-              "        <value>0</value>\n"
-              "    </w>\n");
+              R"(    <w>
+        <value>0x0000007f</value>
+        <value>0xffffffff</value>
+        <value>0x00000000</value>
+    </w>
+    <w>
+        <value>127</value>
+        <value>4294967295</value>
+        <value>0</value>
+    </w>
+)");
 }
 
 TEST_F(Arrays, LongWordsAreNamedIntAndHaveSixteenHexDigitsOrDecimal)
@@ -234,16 +248,17 @@ TEST_F(Arrays, LongWordsAreNamedIntAndHaveSixteenHexDigitsOrDecimal)
                   log.WriteUint64Array("l", items, 3, true);
                   log.WriteUint64Array("l", items, 3, false);
               }),
-              "    <l>\n"
-              "        <int>0x00000000deadbeef</int>\n"
-              "        <int>0xffffffffffffffff</int>\n"
-              "        <int>0x0000000000000000</int>\n"
-              "    </l>\n"
-              "    <l>\n"
-              "        <int>3735928559</int>\n"
-              "        <int>18446744073709551615</int>\n"
-              "        <int>0</int>\n"
-              "    </l>\n");
+              R"(    <l>
+        <int>0x00000000deadbeef</int>
+        <int>0xffffffffffffffff</int>
+        <int>0x0000000000000000</int>
+    </l>
+    <l>
+        <int>3735928559</int>
+        <int>18446744073709551615</int>
+        <int>0</int>
+    </l>
+)");
 }
 
 TEST_F(Arrays, NamesOfContainersAndChildrenAreCleaned)
@@ -252,21 +267,23 @@ TEST_F(Arrays, NamesOfContainersAndChildrenAreCleaned)
                   log.WriteCharArray("2 x", "a", 1);
                   log.WriteUint8Array("", nullptr, 0, false);
               }),
-              "    <__x>\n"
-              "        <__x>a</__x>\n"
-              "    </__x>\n"
-              "    <emptyIdent>\n"
-              "        <emptyIdent>NULL</emptyIdent>\n"
-              "    </emptyIdent>\n");
+              R"(    <__x>
+        <__x>a</__x>
+    </__x>
+    <emptyIdent>
+        <emptyIdent>NULL</emptyIdent>
+    </emptyIdent>
+)");
 }
 
 TEST_F(Arrays, NullElementNamedAsTheArrayHasAllOfItsName)
 {
     using namespace std::string_literals;
     EXPECT_EQ(Written([](auto& log) { log.WriteUint32Array("a\0b"s, nullptr, 0, false); }),
-              "    <a_b>\n"
-              "        <a_b>NULL</a_b>\n"
-              "    </a_b>\n");
+              R"(    <a_b>
+        <a_b>NULL</a_b>
+    </a_b>
+)");
 }
 
 }  // namespace

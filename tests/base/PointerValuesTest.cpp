@@ -18,13 +18,14 @@ TEST_F(PointerValues, NullPointerOfEachKindIsTheWordNullUnderTheSameName)
                   log.WriteHexPtrVal("hex", nullptr, 8);
                   log.WriteBinPtrVal("bin", nullptr, 5);
               }),
-              "    <char>NULL</char>\n"
-              "    <uint>NULL</uint>\n"
-              "    <ulong>NULL</ulong>\n"
-              "    <string>NULL</string>\n"
-              "    <bool>NULL</bool>\n"
-              "    <hex>NULL</hex>\n"
-              "    <bin>NULL</bin>\n");
+              R"(    <char>NULL</char>
+    <uint>NULL</uint>
+    <ulong>NULL</ulong>
+    <string>NULL</string>
+    <bool>NULL</bool>
+    <hex>NULL</hex>
+    <bin>NULL</bin>
+)");
 }
 
 TEST_F(PointerValues, LiteralNullptrIsWrittenAsNullPointer)

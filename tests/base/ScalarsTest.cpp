@@ -70,12 +70,13 @@ TEST_F(Scalars, DecimalHasNeitherSignNorPaddingNorSeparators)
                   log.WriteDecimal("d", 0xffffffff);
                   log.WriteDecimal("d", std::numeric_limits<unsigned long>::max());
               }),
-              "    <d>0</d>\n"
-              "    <d>9</d>\n"
-              "    <d>10</d>\n"
-              "    <d>1234567</d>\n"
-              "    <d>4294967295</d>\n"
-              "    <d>18446744073709551615</d>\n");
+              R"(    <d>0</d>
+    <d>9</d>
+    <d>10</d>
+    <d>1234567</d>
+    <d>4294967295</d>
+    <d>18446744073709551615</d>
+)");
 }
 
 TEST_F(Scalars, BoolIsTrueOrFalse)
@@ -112,11 +113,12 @@ TEST_F(Scalars, HexHasAtLeastTheDigitsAskedFor)
                   log.WriteHex("v", 1, 20);
                   log.WriteHex("v", std::numeric_limits<unsigned long>::max(), 16);
               }),
-              "    <v>0x00ff</v>\n"
-              "    <v>0xabcdef</v>\n"
-              "    <v>0x0000000000000001</v>\n"
-              "    <v>0x00000000000000000001</v>\n"
-              "    <v>0xffffffffffffffff</v>\n");
+              R"(    <v>0x00ff</v>
+    <v>0xabcdef</v>
+    <v>0x0000000000000001</v>
+    <v>0x00000000000000000001</v>
+    <v>0xffffffffffffffff</v>
+)");
 }
 
 TEST_F(Scalars, HexLongerThanTheDigitsAskedForIsNotCut)
@@ -132,10 +134,11 @@ TEST_F(Scalars, HexOfZeroOrOneDigitsIsTheShortestForm)
                   log.WriteHex("v", 0x10, 0);
                   log.WriteHex("v", 0xa, 1);
               }),
-              "    <v>0x0</v>\n"
-              "    <v>0x0</v>\n"
-              "    <v>0x10</v>\n"
-              "    <v>0xa</v>\n");
+              R"(    <v>0x0</v>
+    <v>0x0</v>
+    <v>0x10</v>
+    <v>0xa</v>
+)");
 }
 
 TEST_F(Scalars, DecimalAfterHexIsDecimalWithoutPadding)
@@ -146,10 +149,11 @@ TEST_F(Scalars, DecimalAfterHexIsDecimalWithoutPadding)
                   log.WriteAddress("a", 255);
                   log.WriteDecimal("d", 255);
               }),
-              "    <v>0x000000ff</v>\n"
-              "    <d>255</d>\n"
-              "    <a>0x00000000000000ff</a>\n"
-              "    <d>255</d>\n");
+              R"(    <v>0x000000ff</v>
+    <d>255</d>
+    <a>0x00000000000000ff</a>
+    <d>255</d>
+)");
 }
 
 TEST_F(Scalars, BinHasFiveDigitsWhateverWidthIsAskedFor)
@@ -165,15 +169,16 @@ TEST_F(Scalars, BinHasFiveDigitsWhateverWidthIsAskedFor)
                   log.WriteBin("b", 16, 2);
                   log.WriteBin("b", 0xffffffffffffffe0, 64);
               }),
-              "    <b>11111</b>\n"
-              "    <b>00010</b>\n"
-              "    <b>00010</b>\n"
-              "    <b>00000</b>\n"
-              "    <b>00001</b>\n"
-              "    <b>00100</b>\n"
-              "    <b>01000</b>\n"
-              "    <b>10000</b>\n"
-              "    <b>00000</b>\n");
+              R"(    <b>11111</b>
+    <b>00010</b>
+    <b>00010</b>
+    <b>00000</b>
+    <b>00001</b>
+    <b>00100</b>
+    <b>01000</b>
+    <b>10000</b>
+    <b>00000</b>
+)");
 }
 
 // ---- The stream between two writers -------------------------------------------------------------
@@ -188,10 +193,11 @@ TEST_F(Scalars, NumbersThatALayerInsertsAfterAHexWriterAreDecimal)
                   log.WriteAddress("a", 255);
                   log.logFile << 255 << "\n";
               }),
-              "    <v>0x000000ff</v>\n"
-              "255\n"
-              "    <a>0x00000000000000ff</a>\n"
-              "255\n");
+              R"(    <v>0x000000ff</v>
+255
+    <a>0x00000000000000ff</a>
+255
+)");
 }
 
 TEST_F(Scalars, HexWriterLeavesZeroAsTheFillCharacter)
@@ -201,9 +207,10 @@ TEST_F(Scalars, HexWriterLeavesZeroAsTheFillCharacter)
                   log.WriteHex("v", 255, 8);
                   log.logFile << std::setw(4) << 5 << "\n";
               }),
-              "   5\n"
-              "    <v>0x000000ff</v>\n"
-              "0005\n");
+              R"(   5
+    <v>0x000000ff</v>
+0005
+)");
 }
 
 TEST_F(Scalars, HexWriterEndsAWidthThatALayerHasSet)
@@ -245,9 +252,10 @@ TEST_F(Scalars, DecimalFollowsTheBaseThatALayerHasSetAndAHexWriterEndsIt)
                   log.WriteHex("v", 255, 4);
                   log.WriteDecimal("d", 255);
               }),
-              "    <d>ff</d>\n"
-              "    <v>0x00ff</v>\n"
-              "    <d>255</d>\n");
+              R"(    <d>ff</d>
+    <v>0x00ff</v>
+    <d>255</d>
+)");
 }
 
 TEST_F(Scalars, DecimalFollowsTheWidthThatADerivedGeneratorHasSet)
@@ -271,9 +279,10 @@ TEST_F(Scalars, TextThatALayerInsertsKeepsItsPlaceAmongTheElements)
                   log.logFile << "<!-- " << 2 << ' ' << 3.5 << " -->\n";
                   log.WriteDecimal("d", 4);
               }),
-              "    <d>1</d>\n"
-              "<!-- 2 3.5 -->\n"
-              "    <d>4</d>\n");
+              R"(    <d>1</d>
+<!-- 2 3.5 -->
+    <d>4</d>
+)");
 }
 
 // ---- Texts --------------------------------------------------------------------------------------
@@ -324,12 +333,13 @@ TEST_F(Scalars, ElementsAreIndentedByFourBlanksALevel)
                   log.WriteIdent("c", false, true);
                   log.WriteIdent("a", false, true);
               }),
-              "    <a>\n"
-              "        <b>true</b>\n"
-              "        <c>\n"
-              "            <d>true</d>\n"
-              "        </c>\n"
-              "    </a>\n");
+              R"(    <a>
+        <b>true</b>
+        <c>
+            <d>true</d>
+        </c>
+    </a>
+)");
 }
 
 TEST_F(Scalars, StringWrittenOverPendingTextKeepsWhatStandsBehindIt)
