@@ -230,19 +230,19 @@ private:
 /// What the session prints up to the crash, or to where it would be.
 std::string LinesUpToTheTimer(const std::string& connectionLog, const std::string& runLog)
 {
-    return "connect      simulation 'demo \"board\"', target RV32I\n"
-           "logs         " +
-           connectionLog + ' ' + runLog +
-           "\n"
-           "attach       board.core0, 16 breakpoints, 3 parameters\n"
-           "WriteRegFloatFormat not implemented !!\n"
-           "describe     34 registers, 2 memory spaces\n"
-           "breakpoints  2 set: the loop's head and writes to the result\n"
-           "result       CRC-32 0x414fa339, as it should be\n"
-           "run          into both breakpoints, 2200 instructions\n"
-           "step         three instructions, a register changed\n"
-           "stop         an endless loop, from a second thread\n"
-           "exception    cause 2, an illegal instruction\n";
+    return R"(connect      simulation 'demo "board"', target RV32I
+logs         )" +
+           connectionLog + ' ' + runLog + R"(
+attach       board.core0, 16 breakpoints, 3 parameters
+WriteRegFloatFormat not implemented !!
+describe     34 registers, 2 memory spaces
+breakpoints  2 set: the loop's head and writes to the result
+result       CRC-32 0x414fa339, as it should be
+run          into both breakpoints, 2200 instructions
+step         three instructions, a register changed
+stop         an endless loop, from a second thread
+exception    cause 2, an illegal instruction
+)";
 }
 
 std::multiset<std::string> NamesOf(const ReadLog& log)
