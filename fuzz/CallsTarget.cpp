@@ -8,11 +8,11 @@
 #include "Input.h"
 #include "Surroundings.h"
 
+#include "judge/LogJudge.h"
 #include "reference/PlainGenerator.h"
 #include "reference/RandomOperations.h"
 #include "reference/TextFile.h"
 #include "support/GeneratorTest.h"
-#include "support/Xml.h"
 
 #include <array>
 #include <memory>

@@ -7,13 +7,12 @@
 
 #include "Input.h"
 #include "Surroundings.h"
-#include "XmlTree.h"
 
 #include "LoggedCall.h"
 
+#include "judge/LogJudge.h"
 #include "reference/PlainGenerator.h"
 #include "reference/TextFile.h"
-#include "support/Xml.h"
 
 #include <cerrno>
 #include <map>
@@ -275,7 +274,7 @@ private:
         if (mayLose && text.empty()) {
             return;  // not even the header could be written
         }
-        const auto elements = ScrivelFuzz::Elements(text);
+        const auto elements = ScrivelTest::Elements(text);
         Require(elements.has_value(), "libxml2 finds no document");
         if (mayLose) {
             return;
@@ -286,8 +285,9 @@ private:
         unsigned int number = 0;
         for (const auto& element : *elements) {
             if (element.level == 1) {
-                Require(!element.call.empty(), "an element between calls");
-                number = static_cast<unsigned int>(std::stoul(element.call));
+                const std::string call = ScrivelTest::ValueOf("call_num", element.attributes);
+                Require(!call.empty(), "an element between calls");
+                number = static_cast<unsigned int>(std::stoul(call));
                 found[number];
             } else if (element.level == 2) {
                 found[number].push_back({element.name, element.text});

@@ -6,8 +6,8 @@
 
 #include "Input.h"
 #include "Surroundings.h"
-#include "XmlTree.h"
 
+#include "judge/LogJudge.h"
 #include "support/GeneratorTest.h"
 
 #include <array>
@@ -20,10 +20,10 @@
 namespace
 {
 
-using ScrivelFuzz::Element;
 using ScrivelFuzz::Input;
 using ScrivelFuzz::Require;
 using ScrivelFuzz::RequireEqual;
+using ScrivelTest::Element;
 
 using Generator = ScrivelTest::Unprotected<Scrivel2::Scrivel2XmlGenRun>;
 
@@ -116,7 +116,7 @@ public:
         if (!legal) {
             return;
         }
-        const auto elements = ScrivelFuzz::Elements(text);
+        const auto elements = ScrivelTest::Elements(text);
         Require(elements.has_value(), "libxml2 finds no document");
         for (std::size_t i = 0; i < elements->size() && i < expected.size(); ++i) {
             Require((*elements)[i].level == expected[i].level, "an element has another level");

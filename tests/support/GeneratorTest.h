@@ -13,8 +13,8 @@
 
 #include "ScrivelXmlGen.h"
 
+#include "judge/LogJudge.h"
 #include "support/Platform.h"
-#include "support/Xml.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
