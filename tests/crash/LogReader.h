@@ -1,9 +1,10 @@
-// What a strict reader finds in a log.
+// The calls that the judge of logs finds in a log, and how much each holds.
 
 #ifndef SCRIVEL_TESTS_CRASH_LOGREADER_H
 #define SCRIVEL_TESTS_CRASH_LOGREADER_H
 
 #include "crash/Load.h"
+#include "judge/LogJudge.h"
 
 #include <cstddef>
 #include <functional>
@@ -15,8 +16,8 @@ namespace ScrivelTest
 
 struct LogContents
 {
-    bool accepted = false;     ///< libxml2 accepts the whole, without its recovery mode
-    std::string problem;       ///< what libxml2 said, or which call is not whole
+    bool accepted = false;     ///< the judge accepts the whole
+    std::string problem;       ///< what the judge said, or which call is not whole
     unsigned int calls = 0;    ///< so many calls are there, from number 1 on, in order and whole
     std::size_t elements = 0;  ///< of any name
 };
@@ -37,10 +38,6 @@ LogContents ReadLog(std::string_view bytes, const Load* load);
 
 /// As ReadLog, without holding the file in memory.
 LogContents ReadLogFile(const std::string& fileName, const Load* load);
-
-/// The canonical form of a log, without the instructions and comments in it and behind it; empty when
-/// libxml2 rejects it.
-std::string WithoutInstructions(const std::string& bytes);
 
 /// The bytes of a file; empty when there is none.
 std::string FileBytes(const std::string& fileName);
