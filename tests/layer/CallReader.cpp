@@ -1,36 +1,16 @@
+// Puts the elements of a log together to calls. Used by the tests of the layer and of the example
+// session.
+
 #include "layer/CallReader.h"
 
-#include <libxml/parser.h>
-#include <libxml/tree.h>
+#include "judge/LogJudge.h"
 
-#include <memory>
+#include <algorithm>
 
 namespace ScrivelTest
 {
 namespace
 {
-
-std::string Text(const xmlChar* text)
-{
-    return text == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(text));
-}
-
-std::string Taken(xmlChar* text)
-{
-    const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(text, xmlFree);
-    return Text(text);
-}
-
-void AddLeaves(xmlNode* element, const std::string& path, std::vector<Leaf>& leaves)
-{
-    if (xmlFirstElementChild(element) == nullptr) {
-        leaves.push_back({path, Taken(xmlNodeGetContent(element))});
-    }
-    for (xmlNode* child = xmlFirstElementChild(element); child != nullptr;
-         child = xmlNextElementSibling(child)) {
-        AddLeaves(child, path + "/" + Text(child->name), leaves);
-    }
-}
 
 std::string TextAt(const std::vector<Leaf>& leaves, std::string_view path)
 {
@@ -40,6 +20,37 @@ std::string TextAt(const std::vector<Leaf>& leaves, std::string_view path)
         }
     }
     return "(missing)";
+}
+
+using Place = std::vector<Element>::const_iterator;
+
+/// Where the children of an element end.
+Place EndOf(Place element, Place end)
+{
+    const auto isOutside = [&](const Element& other) { return other.level <= element->level; };
+    return std::find_if(element + 1, end, isOutside);
+}
+
+void AddLeaves(Place element, Place end, const std::string& path, std::vector<Leaf>& leaves)
+{
+    if (element + 1 == end) {
+        leaves.push_back({path, element->text});
+    }
+    for (Place child = element + 1; child != end; child = EndOf(child, end)) {
+        AddLeaves(child, EndOf(child, end), path + "/" + child->name, leaves);
+    }
+}
+
+void AddChildren(Place element, Place end, ReadCall& call)
+{
+    for (Place child = element + 1; child != end; child = EndOf(child, end)) {
+        if (child->name == "return_time") {
+            ++call.returns;
+        } else {
+            AddLeaves(child, EndOf(child, end), child->name,
+                      call.returns == 0 ? call.arguments : call.results);
+        }
+    }
 }
 
 }  // namespace
@@ -67,35 +78,22 @@ std::vector<ReadCall> ReadLog::Named(std::string_view name) const
 
 ReadLog ReadCalls(const std::string& bytes)
 {
-    constexpr int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE;
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
-        xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr, options),
-        &xmlFreeDoc);
+    const auto elements = Elements(bytes);
     ReadLog log;
-    if (document == nullptr) {
+    if (!elements) {
         return log;
     }
     log.accepted = true;
-    for (xmlNode* element = xmlFirstElementChild(xmlDocGetRootElement(document.get()));
-         element != nullptr; element = xmlNextElementSibling(element)) {
-        const std::string number =
-            Taken(xmlGetNoNsProp(element, reinterpret_cast<const xmlChar*>("call_num")));
+    const Place end = elements->end();
+    for (Place element = elements->begin() + 1; element != end; element = EndOf(element, end)) {
+        const std::string number = ValueOf("call_num", element->attributes);
         if (number.empty()) {
             continue;
         }
-        const std::string name = Text(element->name);
-        ReadCall& call =
-            log.calls.try_emplace(static_cast<unsigned int>(std::stoul(number)), ReadCall{name, {}, {}})
-                .first->second;
-        log.accepted = log.accepted && call.name == name;
-        for (xmlNode* child = xmlFirstElementChild(element); child != nullptr;
-             child = xmlNextElementSibling(child)) {
-            if (Text(child->name) == "return_time") {
-                ++call.returns;
-            } else {
-                AddLeaves(child, Text(child->name), call.returns == 0 ? call.arguments : call.results);
-            }
-        }
+        const auto place = static_cast<unsigned int>(std::stoul(number));
+        ReadCall& call = log.calls.try_emplace(place, ReadCall{element->name, {}, {}}).first->second;
+        log.accepted = log.accepted && call.name == element->name;
+        AddChildren(element, EndOf(element, end), call);
     }
     return log;
 }

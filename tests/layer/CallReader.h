@@ -1,4 +1,4 @@
-// The calls that libxml2 finds in a log.
+// The calls that the judge of logs finds in a log.
 
 #ifndef SCRIVEL_TESTS_LAYER_CALLREADER_H
 #define SCRIVEL_TESTS_LAYER_CALLREADER_H
