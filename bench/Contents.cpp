@@ -3,14 +3,13 @@
 #include "Contender.h"
 #include "File.h"
 
+#include "judge/LogJudge.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
-#include <memory>
 #include <regex>
 #include <sstream>
-
-#include <libxml/xmlreader.h>
 
 namespace ScrivelBench
 {
@@ -37,45 +36,56 @@ std::string WithoutTimes(const std::string& log)
     return std::regex_replace(std::regex_replace(log, call, "0.000000 s"), header, " time=\"\"");
 }
 
-std::string AttributesOf(xmlTextReaderPtr reader)
+/// Lists a log: one line for each tag and each text, without the root's tags.
+class Lister : public ScrivelTest::LogVisitor
 {
-    std::string attributes;
-    while (xmlTextReaderMoveToNextAttribute(reader) == 1) {
-        attributes += ' ';
-        attributes += reinterpret_cast<const char*>(xmlTextReaderConstName(reader));
-        attributes += '=';
-        attributes += reinterpret_cast<const char*>(xmlTextReaderConstValue(reader));
+public:
+    void Start(std::string_view name, const std::vector<ScrivelTest::Attribute>& attributes) override
+    {
+        EndText();
+        if (depth++ == 0) {
+            return;
+        }
+        listing << '<' << name;
+        for (const ScrivelTest::Attribute& attribute : attributes) {
+            listing << ' ' << attribute.name << '=' << attribute.value;
+        }
+        listing << '\n';
     }
-    return attributes;
-}
 
-/// One line for each tag and each text below the root element; "not well-formed" at the end of those that
-/// could be read, if so.
+    void End(std::string_view name) override
+    {
+        EndText();
+        if (--depth > 0) {
+            listing << '/' << name << '\n';
+        }
+    }
+
+    void Text(std::string_view piece) override { text += piece; }
+
+    std::string Listing() const { return listing.str(); }
+
+private:
+    /// Indentation is no text.
+    void EndText()
+    {
+        if (text.find_first_not_of(" \t\r\n") != std::string::npos) {
+            listing << text << '\n';
+        }
+        text.clear();
+    }
+
+    std::ostringstream listing;
+    std::string text;
+    unsigned int depth = 0;
+};
+
+/// "not well-formed" follows what could be read of a log that is no document.
 std::string ListingOf(const std::string& log)
 {
-    const std::unique_ptr<xmlTextReader, decltype(&xmlFreeTextReader)> reader(
-        xmlReaderForMemory(log.data(), static_cast<int>(log.size()), nullptr, nullptr,
-                           XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
-        xmlFreeTextReader);
-    std::ostringstream listing;
-    int read = 0;
-    while ((read = xmlTextReaderRead(reader.get())) == 1) {
-        const int type = xmlTextReaderNodeType(reader.get());
-        if (xmlTextReaderDepth(reader.get()) == 0) {
-            continue;
-        }
-        if (type == XML_READER_TYPE_ELEMENT) {
-            listing << '<' << xmlTextReaderConstName(reader.get()) << AttributesOf(reader.get()) << '\n';
-        } else if (type == XML_READER_TYPE_END_ELEMENT) {
-            listing << "/" << xmlTextReaderConstName(reader.get()) << '\n';
-        } else if (type == XML_READER_TYPE_TEXT) {
-            listing << xmlTextReaderConstValue(reader.get()) << '\n';
-        }
-    }
-    if (read != 0) {
-        listing << "not well-formed\n";
-    }
-    return listing.str();
+    Lister lister;
+    const ScrivelTest::Verdict verdict = ScrivelTest::Visit(log, lister);
+    return lister.Listing() + (verdict.accepted ? "" : "not well-formed\n");
 }
 
 std::string Excerpt(const std::string& text, std::ptrdiff_t from)
