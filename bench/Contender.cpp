@@ -1,3 +1,5 @@
+// The table of all contenders.
+
 #include "Contender.h"
 #include "File.h"
 

@@ -1,3 +1,5 @@
+// Compares what the contenders have written. Run at the start of scrivel_bench and scrivel_bench_counts.
+
 #include "Contents.h"
 
 #include "Contender.h"

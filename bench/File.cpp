@@ -1,3 +1,5 @@
+// The files of the contenders: a folder on tmpfs, and the floor's way to write.
+
 #include "File.h"
 
 #include <cerrno>

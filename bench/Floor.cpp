@@ -1,3 +1,5 @@
+// The floor of the benchmarks: what a call costs when its bytes are there already.
+
 #include "Contender.h"
 #include "File.h"
 

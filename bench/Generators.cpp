@@ -1,3 +1,5 @@
+// The library as a contender, by its generator and by the guard of its layer, and the plain generator.
+
 #include "Contender.h"
 #include "File.h"
 

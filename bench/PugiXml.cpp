@@ -1,3 +1,5 @@
+// pugixml as a contender.
+
 #include "Contender.h"
 #include "File.h"
 #include "Values.h"

@@ -1,3 +1,5 @@
+// Prints the goals and what was reached, workload by workload.
+
 #include "Table.h"
 
 #include "Contender.h"

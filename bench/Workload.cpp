@@ -1,3 +1,5 @@
+// The data of the four workloads.
+
 #include "Workload.h"
 
 #include <random>

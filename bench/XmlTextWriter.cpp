@@ -1,3 +1,5 @@
+// libxml2's xmlTextWriter as a contender, with its own output and with the usual one.
+
 #include "Contender.h"
 #include "File.h"
 #include "Values.h"

@@ -1,3 +1,5 @@
+// The process, the clock and the files in memory that a fuzz target runs with.
+
 #include "Surroundings.h"
 
 #include "support/Platform.h"

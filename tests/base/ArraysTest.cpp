@@ -1,3 +1,5 @@
+// Arrays of every kind: null, empty, with several items.
+
 #include "support/GeneratorTest.h"
 
 #include <stdexcept>

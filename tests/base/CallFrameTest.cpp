@@ -1,3 +1,5 @@
+// The frame of calls: tags, times, calls that interrupt each other and continue, comments.
+
 #include "support/GeneratorTest.h"
 
 #include <string>

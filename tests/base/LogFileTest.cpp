@@ -1,3 +1,5 @@
+// The life of a log file: its header, flushes, end, positions, and a file that can't be opened.
+
 #include "support/GeneratorTest.h"
 
 #include <algorithm>

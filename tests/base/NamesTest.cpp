@@ -1,3 +1,5 @@
+// How names of elements are cleaned.
+
 #include "support/GeneratorTest.h"
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// Values behind pointers, and null pointers.
+
 #include "support/GeneratorTest.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// Characters, numbers, addresses and texts, and how they are escaped.
+
 #include "support/GeneratorTest.h"
 
 #include <cstdio>

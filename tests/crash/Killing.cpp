@@ -1,3 +1,5 @@
+// Starts a process that is meant to die, and kills it when it is due.
+
 #include "crash/Killing.h"
 
 #include <csignal>

@@ -1,3 +1,5 @@
+// Works out from a seed what each call of a load holds. Used by every crash program.
+
 #include "crash/Load.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Reads the command line of a crash program.
+
 #include "crash/Options.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// Makes the folder of a run, and keeps the files that a crash program finds fault with.
+
 #include "crash/Scratch.h"
 
 #include <cstdio>

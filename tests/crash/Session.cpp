@@ -1,3 +1,6 @@
+// Logs the same calls in every run, and tells which flush a file shows. Used by the programs that break
+// something on the way; a session that nothing disturbs is checked first.
+
 #include "crash/Session.h"
 
 #include "crash/LogReader.h"

@@ -1,3 +1,6 @@
+// Finds the blocks of code in a Markdown file, and what they are excerpts of. Used by
+// tests/docs/DocumentationTest.cpp.
+
 #include "docs/Markdown.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Keeps the file of a log as it is at one moment of a snippet, for what the documentation shows.
+
 #include "docs/Snippets.h"
 
 #include <filesystem>

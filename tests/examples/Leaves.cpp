@@ -1,3 +1,5 @@
+// Puts together what a log must show of each record. Used by tests/examples/DebugSessionTest.cpp.
+
 #include "examples/Leaves.h"
 
 #include <cstdio>

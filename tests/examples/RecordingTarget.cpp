@@ -1,3 +1,5 @@
+// Notes what goes through each call of a target and back. Used by tests/examples/DebugSessionTest.cpp.
+
 #include "examples/RecordingTarget.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// The simulated core of the example session, instruction by instruction.
+
 #include "Rv32Core.h"
 
 #include "CrcProgram.h"

@@ -1,3 +1,6 @@
+// What the generator of the connection phase writes: its calls, and the records of factories, simulations
+// and targets.
+
 #include "runbase/RunTest.h"
 
 #include <filesystem>

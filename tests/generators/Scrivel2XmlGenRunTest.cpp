@@ -1,3 +1,5 @@
+// What the generator of the run phase adds to its base.
+
 #include "runbase/RunTest.h"
 
 #include <string>

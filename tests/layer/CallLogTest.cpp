@@ -1,3 +1,5 @@
+// The log of the layer: its life, the names that it learns from the target, its lock.
+
 #include "LoggedCall.h"
 
 #include "layer/CallReader.h"

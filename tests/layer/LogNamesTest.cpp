@@ -1,3 +1,5 @@
+// Names that the layer makes legal or finds unused, and texts of comments.
+
 #include "LogNames.h"
 
 #include "support/GeneratorTest.h"

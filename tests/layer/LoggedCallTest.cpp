@@ -1,3 +1,5 @@
+// The guard of a call: what it writes, in what order, and what it leaves when something throws.
+
 #include "LoggedCall.h"
 
 #include "layer/CallReader.h"

@@ -1,3 +1,5 @@
+// Breakpoints as they are asked for and as they are described, and exceptions.
+
 #include "runbase/RunTest.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// Every name of every enumeration and bit set, and what is written outside the tables.
+
 #include "runbase/RunTest.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// Execution modes, reset levels, and the stages of a pipeline.
+
 #include "runbase/RunTest.h"
 
 namespace

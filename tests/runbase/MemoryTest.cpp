@@ -1,3 +1,5 @@
+// Memory spaces, blocks, caches and overlays, and the addresses in them.
+
 #include "runbase/RunTest.h"
 
 #include <numeric>

@@ -1,3 +1,5 @@
+// Parameters as they are described and as they are set, and what a factory says is wrong with them.
+
 #include "runbase/RunTest.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// Register groups, descriptions of registers, and their values.
+
 #include "runbase/RunTest.h"
 
 #include <numeric>

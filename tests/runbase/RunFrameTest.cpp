@@ -1,3 +1,5 @@
+// The frame of run-phase calls: their start tags, calls that interrupt each other, the pending element.
+
 #include "support/GeneratorTest.h"
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// What a target says it can do, and the kinds of breakpoints that it handles.
+
 #include "runbase/RunTest.h"
 
 #include <string>

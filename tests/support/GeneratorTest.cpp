@@ -1,3 +1,5 @@
+// The folder, the clock and the process that every test of a generator runs with.
+
 #include "support/GeneratorTest.h"
 
 #include "support/Memory.h"

@@ -1,3 +1,5 @@
+// The operator new that a test can make refuse, in the place of the one of the standard library.
+
 #include "support/Memory.h"
 
 #include <new>
