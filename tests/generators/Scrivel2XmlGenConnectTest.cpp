@@ -107,32 +107,19 @@ TEST_F(ConnectCalls, ACallFromStartToEnd)
     log->WriteIdent("GetTargetInfos", false, true);
     log->FlushOutput(true, "");
     log->EndLogging();
-    EXPECT_EQ(WholeFile(), Header() + R"(    <GetTargetInfos call_num="1" call_time="0.000000 s">
+    EXPECT_EQ(WholeFile(), Complete(R"(    <GetTargetInfos call_num="1" call_time="0.000000 s">
         <desiredNumberOfTargetInfos>1</desiredNumberOfTargetInfos>
         <return_time>1.000000 s</return_time>
         <return>CADI_STATUS_OK</return>
     </GetTargetInfos>
-)" + EndTag());
+)"));
 }
 
 // ---- Enumerations -------------------------------------------------------------------------------
 
 TEST_F(ConnectGenerator, ReturnTypesHaveTheirNames)
 {
-    ExpectNames<CADIReturn_t>(&Log::WriteReturnType, {
-                                                         "CADI_STATUS_OK",
-                                                         "CADI_STATUS_GeneralError",
-                                                         "CADI_STATUS_UnknownCommand",
-                                                         "CADI_STATUS_IllegalArgument",
-                                                         "CADI_STATUS_CmdNotSupported",
-                                                         "CADI_STATUS_ArgNotSupported",
-                                                         "CADI_STATUS_InsufficientResources",
-                                                         "CADI_STATUS_TargetNotResponding",
-                                                         "CADI_STATUS_TargetBusy",
-                                                         "CADI_STATUS_BufferSize",
-                                                         "CADI_STATUS_SecurityViolation",
-                                                         "CADI_STATUS_PermissionDenied",
-                                                     });
+    ExpectNames<CADIReturn_t>(&Log::WriteReturnType, ScrivelTest::ReturnTypeNames());
 }
 
 TEST_F(ConnectGenerator, ReturnTypesOutsideTheTableAreMessages)
@@ -142,8 +129,7 @@ TEST_F(ConnectGenerator, ReturnTypesOutsideTheTableAreMessages)
 
 TEST_F(ConnectGenerator, ValueDataTypesHaveTheirNames)
 {
-    ExpectNames<CADIValueDataType_t>(&Log::WriteValueDataType, {"CADI_PARAM_INVALID", "CADI_PARAM_STRING",
-                                                                "CADI_PARAM_BOOL", "CADI_PARAM_INT"});
+    ExpectNames<CADIValueDataType_t>(&Log::WriteValueDataType, ScrivelTest::ValueDataTypeNames());
 }
 
 TEST_F(ConnectGenerator, ValueDataTypesOutsideTheTableAreMessages)

@@ -21,20 +21,7 @@ using RegSymbols = ScrivelTest::RecordTest<>;
 
 TEST_F(Enumerations, ReturnTypesHaveTheirNames)
 {
-    ExpectNames<CADIReturn_t>(&Log::WriteReturnType, {
-                                                         "CADI_STATUS_OK",
-                                                         "CADI_STATUS_GeneralError",
-                                                         "CADI_STATUS_UnknownCommand",
-                                                         "CADI_STATUS_IllegalArgument",
-                                                         "CADI_STATUS_CmdNotSupported",
-                                                         "CADI_STATUS_ArgNotSupported",
-                                                         "CADI_STATUS_InsufficientResources",
-                                                         "CADI_STATUS_TargetNotResponding",
-                                                         "CADI_STATUS_TargetBusy",
-                                                         "CADI_STATUS_BufferSize",
-                                                         "CADI_STATUS_SecurityViolation",
-                                                         "CADI_STATUS_PermissionDenied",
-                                                     });
+    ExpectNames<CADIReturn_t>(&Log::WriteReturnType, ScrivelTest::ReturnTypeNames());
 }
 
 TEST_F(Enumerations, ReturnTypesOutsideTheTableAreMessages)
@@ -44,8 +31,7 @@ TEST_F(Enumerations, ReturnTypesOutsideTheTableAreMessages)
 
 TEST_F(Enumerations, ValueDataTypesHaveTheirNames)
 {
-    ExpectNames<CADIValueDataType_t>(&Log::WriteValueDataType, {"CADI_PARAM_INVALID", "CADI_PARAM_STRING",
-                                                                "CADI_PARAM_BOOL", "CADI_PARAM_INT"});
+    ExpectNames<CADIValueDataType_t>(&Log::WriteValueDataType, ScrivelTest::ValueDataTypeNames());
 }
 
 TEST_F(Enumerations, ValueDataTypesOutsideTheTableAreMessages)

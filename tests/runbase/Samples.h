@@ -1,4 +1,4 @@
-// Records for tests, and what is written of those that both kinds of log show.
+// Records for tests, and what is written of records and values that both kinds of log show.
 
 #ifndef SCRIVEL_TESTS_RUNBASE_SAMPLES_H
 #define SCRIVEL_TESTS_RUNBASE_SAMPLES_H
@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace ScrivelTest
 {
@@ -19,6 +21,30 @@ void SetText(char (&field)[size], std::string_view text)
 {
     std::fill(std::begin(field), std::end(field), '~');
     *std::copy(text.begin(), text.end(), field) = '\0';
+}
+
+/// Of the values from 0 on.
+inline std::vector<std::string> ReturnTypeNames()
+{
+    return {
+        "CADI_STATUS_OK",
+        "CADI_STATUS_GeneralError",
+        "CADI_STATUS_UnknownCommand",
+        "CADI_STATUS_IllegalArgument",
+        "CADI_STATUS_CmdNotSupported",
+        "CADI_STATUS_ArgNotSupported",
+        "CADI_STATUS_InsufficientResources",
+        "CADI_STATUS_TargetNotResponding",
+        "CADI_STATUS_TargetBusy",
+        "CADI_STATUS_BufferSize",
+        "CADI_STATUS_SecurityViolation",
+        "CADI_STATUS_PermissionDenied",
+    };
+}
+
+inline std::vector<std::string> ValueDataTypeNames()
+{
+    return {"CADI_PARAM_INVALID", "CADI_PARAM_STRING", "CADI_PARAM_BOOL", "CADI_PARAM_INT"};
 }
 
 inline eslapi::CADIParameterInfo_t SampleParameterInfo()
