@@ -94,10 +94,11 @@ TEST_F(Names, NameIsCleanedInStartTagsEndTagsAndCallElements)
                   log.WriteIdent("1 c", true, false);
                   log.WriteIdentWithoutTabs("1 c");
               }),
-              "    <__a>\n"
-              "    </__a>\n"
-              "    <__b call_num=\"0\" call_time=\"0.000000 s\">\n"
-              "        <__c></__c>\n");
+              R"(    <__a>
+    </__a>
+    <__b call_num="0" call_time="0.000000 s">
+        <__c></__c>
+)");
 }
 
 }  // namespace

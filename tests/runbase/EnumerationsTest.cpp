@@ -67,9 +67,10 @@ TEST_F(Enumerations, FactoryErrorCodesAreEnumeratedInTheOrderOfTheirNames)
                   log.WriteFactoryErrorCode("code", CADIFACT_ERROR_LICENCE_NOT_FOUND);
                   log.WriteFactoryErrorCode("code", CADIFACT_ERROR_RESOURCE_UNAVAILABLE);
               }),
-              "    <code>CADIFACT_ERROR_OK</code>\n"
-              "    <code>CADIFACT_ERROR_LICENCE_NOT_FOUND</code>\n"
-              "    <code>CADIFACT_ERROR_RESOURCE_UNAVAILABLE</code>\n");
+              R"(    <code>CADIFACT_ERROR_OK</code>
+    <code>CADIFACT_ERROR_LICENCE_NOT_FOUND</code>
+    <code>CADIFACT_ERROR_RESOURCE_UNAVAILABLE</code>
+)");
 }
 
 TEST_F(Enumerations, FactoryErrorCodesOutsideTheTableAreMessages)
