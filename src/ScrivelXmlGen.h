@@ -66,7 +66,7 @@
 
 #include <CADITypes.h>
 
-#include "base/LogStream.h"
+#include "scrivel/LogStream.h"
 
 namespace Scrivel2
 {

@@ -49,7 +49,7 @@
 // When a write fails, T0 is put back if it had been touched, and what follows it is cut off: the state is
 // CLEAN again, the text is gone, and the stream is bad, so that no more comes until it is opened anew.
 
-#include "base/LogStream.h"
+#include "scrivel/LogStream.h"
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #ifndef SCRIVEL_BASE_LOGTEXT_H
 #define SCRIVEL_BASE_LOGTEXT_H
 
-#include "base/LogStream.h"
+#include "scrivel/LogStream.h"
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "base/LogStream.h"
+#include "scrivel/LogStream.h"
 
 #include "support/GeneratorTest.h"
 #include "support/Memory.h"

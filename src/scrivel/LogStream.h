@@ -12,8 +12,8 @@
 //
 // One thread at a time may use a stream, as any other.
 
-#ifndef SCRIVEL_BASE_LOGSTREAM_H
-#define SCRIVEL_BASE_LOGSTREAM_H
+#ifndef SCRIVEL_SCRIVEL_LOGSTREAM_H
+#define SCRIVEL_SCRIVEL_LOGSTREAM_H
 
 #include <cstddef>
 #include <locale>
