@@ -3,7 +3,7 @@
 #ifndef SCRIVEL_LAYER_CALLLOG_H
 #define SCRIVEL_LAYER_CALLLOG_H
 
-#include "CompleteFileGenerator.h"
+#include "scrivel/CompleteFileGenerator.h"
 
 #include <map>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "LogNames.h"
+#include "scrivel/LogNames.h"
 
 #include <cerrno>
 #include <ctime>

@@ -1,6 +1,6 @@
 // Names that the layer makes legal or finds unused, and texts of comments.
 
-#include "LogNames.h"
+#include "scrivel/LogNames.h"
 
 #include "support/GeneratorTest.h"
 

@@ -3,7 +3,7 @@
 #ifndef SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
 #define SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
 
-#include "LogNames.h"
+#include "scrivel/LogNames.h"
 #include "ScrivelXmlGen.h"
 
 #include <string>
