@@ -68,6 +68,7 @@ class ScrivelXmlGenConan(ConanFile):
         generators.set_property("pkg_config_name", "ScrivelXmlGen")
         generators.libs = ["ScrivelXmlGen"]
         generators.includedirs = ["include/ScrivelXmlGen"]
+        generators.system_libs = ["pthread"]
 
         if self.options.layer:
             layer = self.cpp_info.components["layer"]
@@ -76,4 +77,3 @@ class ScrivelXmlGenConan(ConanFile):
             layer.libs = ["ScrivelXmlGenLayer"]
             layer.includedirs = ["include/ScrivelXmlGen"]
             layer.requires = ["generators"]
-            layer.system_libs = ["pthread"]

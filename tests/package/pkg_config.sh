@@ -9,4 +9,6 @@ for program in generators:ScrivelXmlGen layer:ScrivelXmlGenLayer; do
   "${CXX:-c++}" -std=c++17 "$tests/consumer/${program%:*}.cpp" "${flags[@]}" -o "${program%:*}"
   "./${program%:*}"
 done
+[[ " $(pkg-config --cflags --libs ScrivelXmlGen) " == *" -pthread "*" -pthread "* ]] ||
+  fail "Compiler and linker aren't told of threads"
 pkg-config --exact-version=1.0.0 ScrivelXmlGen ScrivelXmlGenLayer
