@@ -16,9 +16,15 @@
 namespace Scrivel2
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+template <typename Generator>
+class [[gnu::visibility("default")]] CallLog;
+class [[gnu::visibility("default")]] RunLog;
+class [[gnu::visibility("default")]] ClassicLocale;
+
 /// How many forks lie between this process and the one that loaded the library. A child's number
 /// differs from its parent's, so a log knows in which of the two it was started.
-unsigned int ForkCount();
+[[gnu::visibility("default")]] unsigned int ForkCount();
 
 /// While one of these lives the thread's C locale is the classic one, in which every byte from 0x80 up
 /// is escaped. In an 8-bit locale the log would have bytes that are no UTF-8.

@@ -71,6 +71,12 @@
 namespace Scrivel2
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+class [[gnu::visibility("default")]] ScrivelXmlGenBase;
+class [[gnu::visibility("default")]] ScrivelXmlGenRunBase;
+class [[gnu::visibility("default")]] Scrivel2XmlGenConnect;
+class [[gnu::visibility("default")]] Scrivel2XmlGenRun;
+
 /// What all generators share: the log file, the frame of calls, and the writers of scalars, pointed-to
 /// values and arrays.
 ///

@@ -14,6 +14,10 @@
 namespace Scrivel2
 {
 
+// Shown by what a shared library shows.
+template <typename Generator>
+class [[gnu::visibility("default")]] CompleteFileGenerator;
+
 /// A Scrivel2XmlGenRun or Scrivel2XmlGenConnect that leaves the root end tag in the file after every
 /// flush, so that a log whose process dies inside a call of the target is complete, with that call and
 /// all its arguments. Once the call has returned the bytes are those of the generator underneath.

@@ -17,13 +17,13 @@ namespace Scrivel2
 ///     LegalName("2nd reg:x")     ->  _nd_reg_x
 ///     LegalName("-x--y")         ->  _x-_y
 ///     LegalName("")              ->  emptyIdent
-std::string LegalName(std::string_view text);
+[[gnu::visibility("default")]] std::string LegalName(std::string_view text);
 
 /// The name with the local date and time behind it, for logs of processes whose ids come again: in
 /// containers they often do.
 ///
 ///     DatedName("run")   ->  run-20261121-140359
-std::string DatedName(std::string_view name);
+[[gnu::visibility("default")]] std::string DatedName(std::string_view name);
 
 /// The name of a log that overwrites no other: the legal form of `name`, with a number behind it when a
 /// log of that name is there already, of this process or of an earlier one of the same id. The log's
@@ -34,13 +34,13 @@ std::string DatedName(std::string_view name);
 ///
 /// When no file can be made the name is returned all the same: the generator that opens the log reports
 /// the reason.
-std::string UnusedLogName(std::string_view name);
+[[gnu::visibility("default")]] std::string UnusedLogName(std::string_view name);
 
 /// The text as the inside of a comment: "--" is taken apart, characters that XML doesn't allow and bytes
 /// from 0x80 up become \xNN.
 ///
 ///     CommentText("a--b\x1b")   ->  a- -b\x1b
-std::string CommentText(std::string_view text);
+[[gnu::visibility("default")]] std::string CommentText(std::string_view text);
 
 }  // namespace Scrivel2
 

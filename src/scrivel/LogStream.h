@@ -28,6 +28,10 @@
 namespace Scrivel2
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+class [[gnu::visibility("default")]] LogBuffer;
+class [[gnu::visibility("default")]] LogStream;
+
 /// The buffer behind a LogStream: owns the descriptor, the text since the last flush and a copy of
 /// the end of the file. LogStream.cpp tells its states.
 class LogBuffer final : public std::streambuf

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs the library, static or shared ($4), and moves it away from where it was installed to.
+# Installs the library, built with the options after $3, and moves it away from where it was installed to.
 . "$(dirname "$0")/common.sh"
 
-build "$source_dir" build "${library_only[@]}" -DBUILD_SHARED_LIBS="$4"
+build "$source_dir" build "${library_only[@]}" "${@:4}"
 rm -rf "$installed"
 cmake --install build --prefix "$work/first"
 mv first "$installed"
