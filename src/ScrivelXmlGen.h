@@ -64,8 +64,7 @@
 
 #include <sys/time.h>
 
-#include <CADITypes.h>
-
+#include "scrivel/CADILayout.h"  // and with it CADITypes.h
 #include "scrivel/LogStream.h"
 
 namespace Scrivel2

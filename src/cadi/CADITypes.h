@@ -3,6 +3,7 @@
 // Plain data, no code. A team that has its own declarations of these types builds the library
 // against them instead: -DSCRIVEL_CADI_INCLUDE_DIR=<folder that holds a CADITypes.h>. Names must be
 // the same; further fields, other orders and enumerations without a fixed underlying type do no harm.
+// Whoever includes the library must see the declarations that it was built with, or doesn't link.
 // docs/cadi-types.md lists what is read from each record.
 //
 // Texts are fixed arrays, read up to their first NUL. Every enumeration has the underlying type
