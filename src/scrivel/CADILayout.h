@@ -9,7 +9,11 @@
 #include <cstdint>
 #include <type_traits>
 
-#include <CADITypes.h>
+#if __has_include(<CADITypes.h>) || !__has_include("cadi/CADITypes.h")
+#include <CADITypes.h>  // a team's own, or the installed ones
+#else
+#include "cadi/CADITypes.h"  // of the sources, for a build that says nothing about them
+#endif
 
 // A team's records may have bases: the compilers that we build with take offsetof of those, too.
 #pragma GCC diagnostic push
