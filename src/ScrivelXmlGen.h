@@ -187,7 +187,7 @@ public:
     ///
     ///     WriteAddress("factory", 0x1000)   ->  <factory>0x0000000000001000</factory>
     ///     WriteAddress("factory", 0)        ->  <factory>NULL</factory>
-    virtual void WriteAddress(std::string ident, unsigned long address);
+    virtual void WriteAddress(std::string ident, std::uint64_t address);
 
     /// Raises the call number: the first call is number 1.
     virtual void IncCallNo();
@@ -218,7 +218,7 @@ public:
     // Each writes one element of one line: indentation, <ident>, the value, </ident>.
 
     void WriteChar(std::string ident, char value);  ///< the character itself, not escaped
-    void WriteDecimal(std::string ident, unsigned long value);
+    void WriteDecimal(std::string ident, std::uint64_t value);
     void WriteString(std::string ident, std::string value);  ///< escaped as CheckString does
     void WriteBool(std::string ident, bool value);           ///< "true" or "false"
 
@@ -231,12 +231,12 @@ public:
     /// Writes at least `digits` lower-case hexadecimal digits; a longer value is written in full.
     ///
     ///     WriteHex("mask", 255, 4)   ->  <mask>0x00ff</mask>
-    void WriteHex(std::string ident, unsigned long value, unsigned int digits);
+    void WriteHex(std::string ident, std::uint64_t value, unsigned int digits);
 
     /// Writes the five lowest bits, the most significant first, whatever `bits` says.
     ///
     ///     WriteBin("flags", 2, 8)   ->  <flags>00010</flags>
-    void WriteBin(std::string ident, unsigned long value, int bits);
+    void WriteBin(std::string ident, std::uint64_t value, int bits);
 
     /// As WriteString; null is written by WriteNULLPointer.
     void WriteCharString(std::string ident, const char* text);
@@ -254,12 +254,12 @@ public:
 
     void WriteCharPtrVal(std::string ident, char* value);
     void WriteDecimalPtrVal(std::string ident, unsigned int* value);
-    void WriteDecimalPtrVal(std::string ident, unsigned long* value);
+    void WriteDecimalPtrVal(std::string ident, std::uint64_t* value);
     void WriteDecimalPtrVal(std::string ident, std::nullptr_t);
     void WriteStringPtrVal(std::string ident, std::string* value);
     void WriteBoolPtrVal(std::string ident, bool* value);
-    void WriteHexPtrVal(std::string ident, unsigned long* value, unsigned int digits);
-    void WriteBinPtrVal(std::string ident, unsigned long* value, int bits);
+    void WriteHexPtrVal(std::string ident, std::uint64_t* value, unsigned int digits);
+    void WriteBinPtrVal(std::string ident, std::uint64_t* value, int bits);
 
     // ---- Arrays (base/Arrays.cpp) -------------------------------------------------------------
     // Each writes a container named `ident` with one child per item. A null array, whatever its count,
@@ -293,7 +293,7 @@ public:
     ///     <value>0x7f</value>    <value>0x0000007f</value>    <int>0x000000000000007f</int>
     void WriteUint8Array(std::string ident, const unsigned char* items, unsigned int count, bool hex);
     void WriteUint32Array(std::string ident, const unsigned int* items, unsigned int count, bool hex);
-    void WriteUint64Array(std::string ident, const unsigned long* items, unsigned int count, bool hex);
+    void WriteUint64Array(std::string ident, const std::uint64_t* items, unsigned int count, bool hex);
 
 protected:
     // ---- Element forms (base/ElementForms.h) --------------------------------------------------
@@ -368,7 +368,7 @@ public:
     ///     <CADIMemRead call_num="7"
     ///      call_time="0.010020 s"
     ///      threadId="1234" disassembler_address="0x0000000000008000">
-    virtual void WriteDetailedIdent(std::string callName, unsigned long address);
+    virtual void WriteDetailedIdent(std::string callName, std::uint64_t address);
 
     /// Enters a call: closes an interrupted one, raises the call number, writes the start tag. Returns
     /// the call's number, which WriteContinueFunction wants when the call returns. Write the arguments

@@ -71,7 +71,7 @@ void ScrivelXmlGenBase::WriteUint32Array(std::string ident, const unsigned int* 
     WriteIntegers(ident, items, count, hex, ident, "value");
 }
 
-void ScrivelXmlGenBase::WriteUint64Array(std::string ident, const unsigned long* items,
+void ScrivelXmlGenBase::WriteUint64Array(std::string ident, const std::uint64_t* items,
                                          unsigned int count, bool hex)
 {
     WriteIntegers(ident, items, count, hex, "int", "int");

@@ -104,7 +104,7 @@ const char* NameAt(const char* const (&table)[size], Enumeration value)
 
 /// The low 32 bits, which is all that the log shows of most 64-bit fields.
 template <typename Integer>
-constexpr unsigned long Low32(Integer value)
+constexpr std::uint64_t Low32(Integer value)
 {
     return static_cast<std::uint32_t>(value);
 }

@@ -229,20 +229,20 @@ void AppendIndentation(LogStream& log, unsigned int levels)
     log.Append(blanks.substr(0, left));
 }
 
-void AppendDecimal(LogStream& log, unsigned long value)
+void AppendDecimal(LogStream& log, std::uint64_t value)
 {
     // Whoever inserts into the log stream himself may have set its base or width: those count.
     if ((log.flags() & std::ios_base::basefield) != std::ios_base::dec || log.width() != 0) {
         log << value;
         return;
     }
-    constexpr std::size_t most = std::numeric_limits<unsigned long>::digits10 + 1;
+    constexpr std::size_t most = std::numeric_limits<std::uint64_t>::digits10 + 1;
     if (char* out = log.Room(most)) {
         log.Advance(std::to_chars(out, out + most, value).ptr);
     }
 }
 
-void AppendHex(LogStream& log, unsigned long value, unsigned int digits)
+void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
 {
     constexpr unsigned int most = 2 * sizeof value;
 

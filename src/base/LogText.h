@@ -27,12 +27,12 @@ void AppendEscaped(LogStream& log, std::string_view text);
 /// Appends blanks: four for each level.
 void AppendIndentation(LogStream& log, unsigned int levels);
 
-void AppendDecimal(LogStream& log, unsigned long value);
+void AppendDecimal(LogStream& log, std::uint64_t value);
 
 /// Appends lower-case hexadecimal digits, at least `digits` of them, and leaves the stream as the padded
 /// insertion of a number does: decimal, filling with zeros. With 0 digits nothing is padded, and the fill
 /// character stays what it was.
-void AppendHex(LogStream& log, unsigned long value, unsigned int digits);
+void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits);
 
 /// Puts down the two lower-case hexadecimal digits of a byte.
 char* PutHexByte(char* out, unsigned char byte);

@@ -13,9 +13,9 @@ void ScrivelXmlGenBase::WriteDecimalPtrVal(std::string ident, unsigned int* valu
     WritePointee(ident, value, [&](unsigned int pointee) { WriteDecimal(ident, pointee); });
 }
 
-void ScrivelXmlGenBase::WriteDecimalPtrVal(std::string ident, unsigned long* value)
+void ScrivelXmlGenBase::WriteDecimalPtrVal(std::string ident, std::uint64_t* value)
 {
-    WritePointee(ident, value, [&](unsigned long pointee) { WriteDecimal(ident, pointee); });
+    WritePointee(ident, value, [&](std::uint64_t pointee) { WriteDecimal(ident, pointee); });
 }
 
 void ScrivelXmlGenBase::WriteDecimalPtrVal(std::string ident, std::nullptr_t)
@@ -33,14 +33,14 @@ void ScrivelXmlGenBase::WriteBoolPtrVal(std::string ident, bool* value)
     WritePointee(ident, value, [&](bool pointee) { WriteBool(ident, pointee); });
 }
 
-void ScrivelXmlGenBase::WriteHexPtrVal(std::string ident, unsigned long* value, unsigned int digits)
+void ScrivelXmlGenBase::WriteHexPtrVal(std::string ident, std::uint64_t* value, unsigned int digits)
 {
-    WritePointee(ident, value, [&](unsigned long pointee) { WriteHex(ident, pointee, digits); });
+    WritePointee(ident, value, [&](std::uint64_t pointee) { WriteHex(ident, pointee, digits); });
 }
 
-void ScrivelXmlGenBase::WriteBinPtrVal(std::string ident, unsigned long* value, int bits)
+void ScrivelXmlGenBase::WriteBinPtrVal(std::string ident, std::uint64_t* value, int bits)
 {
-    WritePointee(ident, value, [&](unsigned long pointee) { WriteBin(ident, pointee, bits); });
+    WritePointee(ident, value, [&](std::uint64_t pointee) { WriteBin(ident, pointee, bits); });
 }
 
 }  // namespace Scrivel2

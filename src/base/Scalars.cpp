@@ -10,7 +10,7 @@ void ScrivelXmlGenBase::WriteNULLPointer(std::string ident)
     WriteElement(ident, [&] { logFile.Append("NULL"); });
 }
 
-void ScrivelXmlGenBase::WriteAddress(std::string ident, unsigned long address)
+void ScrivelXmlGenBase::WriteAddress(std::string ident, std::uint64_t address)
 {
     WriteElement(ident, [&] {
         if (address == 0) {
@@ -28,7 +28,7 @@ void ScrivelXmlGenBase::WriteChar(std::string ident, char value)
     WriteElement(ident, [&] { logFile.Append({&value, 1}); });
 }
 
-void ScrivelXmlGenBase::WriteDecimal(std::string ident, unsigned long value)
+void ScrivelXmlGenBase::WriteDecimal(std::string ident, std::uint64_t value)
 {
     WriteElement(ident, [&] { AppendDecimal(logFile, value); });
 }
@@ -59,7 +59,7 @@ void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
     });
 }
 
-void ScrivelXmlGenBase::WriteHex(std::string ident, unsigned long value, unsigned int digits)
+void ScrivelXmlGenBase::WriteHex(std::string ident, std::uint64_t value, unsigned int digits)
 {
     WriteElement(ident, [&] {
         logFile.Append("0x");
@@ -67,7 +67,7 @@ void ScrivelXmlGenBase::WriteHex(std::string ident, unsigned long value, unsigne
     });
 }
 
-void ScrivelXmlGenBase::WriteBin(std::string ident, unsigned long value, int /*bits*/)
+void ScrivelXmlGenBase::WriteBin(std::string ident, std::uint64_t value, int /*bits*/)
 {
     // Always five digits: readers of the log count on this width.
     WriteElement(ident, [&] {

@@ -40,7 +40,7 @@ void ScrivelXmlGenRunBase::WriteRegInfo(eslapi::CADIRegInfo_t info)
         WriteDecimal("regNumber", info.regNumber);
         WriteDecimal("bitsWide", info.bitsWide);
         // Widened with its sign: -1 reads 18446744073709551615.
-        WriteDecimal("hasSideEffects", static_cast<unsigned long>(info.hasSideEffects));
+        WriteDecimal("hasSideEffects", static_cast<std::uint64_t>(info.hasSideEffects));
         WriteRegDetail("details", info.details);
         WriteRegDisplay("display", info.display);
         // The reverse of what the message says: a symbol register gets it, any other its list.

@@ -27,7 +27,7 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName)
     WriteDetailedIdent(std::move(callName), 0);
 }
 
-void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, unsigned long address)
+void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_t address)
 {
     // Four blanks whatever the depth, and both parts as given: this line is the logging layer's own.
     if (!pendingElementName.empty() && !pendingElementText.empty()) {
@@ -53,7 +53,7 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, unsigned lon
     AppendDecimal(logFile, callNo);
     logFile.Append("\"\n");
     WriteTimestamp("call_time", false);
-    const unsigned long thread = Low32(pthread_self());
+    const std::uint64_t thread = Low32(pthread_self());
     logFile.Append("\n");
     WriteTabs(false);
     logFile.Append(" threadId=\"");

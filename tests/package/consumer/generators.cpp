@@ -2,6 +2,7 @@
 
 #include <ScrivelXmlGen.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -59,6 +60,15 @@ int main()
     eslapi::CADIReg_t reg{};
     reg.bytes[1] = 0x80;
     run.WriteRegArray("reg", &reg, 1);
+    std::uint64_t numbers[] = {0x123456789abcdef0, 7};
+    run.WriteUint64Array("ids", numbers, 2, true);
+    run.WriteDecimalPtrVal("cycles", numbers);
+    run.WriteHexPtrVal("pc", numbers, 8);
+    run.WriteAddress("factory", 0x1000);
+    run.WriteAddr("location", {1, 0xfedcba9876543210});
+    eslapi::CADIRegInfo_t info{};
+    info.hasSideEffects = -1;
+    run.WriteRegInfo(info);
     run.WriteReturnType("return", eslapi::CADI_STATUS_OK);
     run.WriteIdent("CADIRegRead", false, true);
     run.FlushOutput(true, "");
@@ -76,6 +86,13 @@ int main()
 
     const bool written = Holds("run", "<regCount>1</regCount>\ndepth 2\n") &&
                          Holds("run", "<bytes>00000000 00000000 00000000 00008000 </bytes>") &&
+                         Holds("run", "<int>0x123456789abcdef0</int>") &&
+                         Holds("run", "<int>0x0000000000000007</int>") &&
+                         Holds("run", "<cycles>1311768467463790320</cycles>") &&
+                         Holds("run", "<pc>0x123456789abcdef0</pc>") &&
+                         Holds("run", "<factory>0x0000000000001000</factory>") &&
+                         Holds("run", "<addr>0xfedcba9876543210</addr>") &&
+                         Holds("run", "<hasSideEffects>18446744073709551615</hasSideEffects>") &&
                          Holds("run", "</CADIRegRead>\n</run-") &&
                          Holds("connect", "<filter>a&lt;b</filter>\n") && run.flushes >= 3;
     return written ? 0 : 1;
