@@ -274,7 +274,7 @@ void DebugSession::RunToBreakpoints()
     ExpectOk(target.CADIExecContinue(), "CADIExecContinue");
     Expect(listener.Last().mode == CADI_EXECMODE_Bpt && listener.Last().breakpoint == byteBreakpoint,
            "the program didn't stop at the loop's head");
-    unsigned long pc = 0;
+    std::uint64_t pc = 0;
     bool isValid = false;
     ExpectOk(target.CADIExecGetPC(&pc, &isValid), "CADIExecGetPC");
     Expect(isValid && pc == crcNextByteAddress, "the program is elsewhere");
@@ -294,11 +294,11 @@ void DebugSession::RunToBreakpoints()
     Expect(listener.Last().mode == CADI_EXECMODE_Bpt && listener.Last().breakpoint == resultWatch,
            "nothing was written to the result");
     CheckResult();
-    unsigned long cycles = 0;
+    std::uint64_t cycles = 0;
     ExpectOk(target.CADIExecGetCycles(&cycles), "CADIExecGetCycles");
     std::uint32_t history[8];
     ExpectOk(target.CADIExecGetHistory(8, &actual, history), "CADIExecGetHistory");
-    unsigned long tags[2];
+    std::uint64_t tags[2];
     bool valid[2];
     std::uint8_t cacheLines[32];
     ExpectOk(target.CADICacheRead(cacheSpace, 4, 2, 16, tags, valid, cacheLines), "CADICacheRead");
@@ -348,7 +348,7 @@ void DebugSession::HitException()
     Expect(cause == static_cast<std::uint32_t>(Cause::IllegalInstruction), "the cause is another");
 
     ExpectOk(target.CADIExecAssertException(3, CADI_EXCEPTION_Raise), "CADIExecAssertException");
-    unsigned long lines = 0;
+    std::uint64_t lines = 0;
     ExpectOk(target.CADIExecGetInterrupts(&lines), "CADIExecGetInterrupts");
     Expect(lines == 8, "line 3 isn't raised");
     Phase(out, "exception") << "cause " << cause << ", an illegal instruction\n";

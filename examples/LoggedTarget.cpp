@@ -317,7 +317,7 @@ CADIReturn_t LoggedTarget::CADICacheGetInfo(std::uint32_t space, CADICacheInfo_t
 
 CADIReturn_t LoggedTarget::CADICacheRead(std::uint32_t space, std::uint32_t firstLine,
                                          std::uint32_t lines, std::uint32_t bytesPerLine,
-                                         unsigned long* tags, bool* valid, std::uint8_t* data)
+                                         std::uint64_t* tags, bool* valid, std::uint8_t* data)
 {
     LoggedCall call(log, "CADICacheRead");
     call.Arguments([&](auto& xml) {
@@ -415,7 +415,7 @@ CADIReturn_t LoggedTarget::CADIExecSingleStep(std::uint32_t instructions)
     return status;
 }
 
-CADIReturn_t LoggedTarget::CADIExecGetPC(unsigned long* pc, bool* isValid)
+CADIReturn_t LoggedTarget::CADIExecGetPC(std::uint64_t* pc, bool* isValid)
 {
     LoggedCall call(log, "CADIExecGetPC");
     const auto status = target->CADIExecGetPC(pc, isValid);
@@ -427,7 +427,7 @@ CADIReturn_t LoggedTarget::CADIExecGetPC(unsigned long* pc, bool* isValid)
     return status;
 }
 
-CADIReturn_t LoggedTarget::CADIExecGetCycles(unsigned long* cycles)
+CADIReturn_t LoggedTarget::CADIExecGetCycles(std::uint64_t* cycles)
 {
     LoggedCall call(log, "CADIExecGetCycles");
     const auto status = target->CADIExecGetCycles(cycles);
@@ -476,7 +476,7 @@ CADIReturn_t LoggedTarget::CADIExecAssertException(std::uint32_t exception, CADI
     return status;
 }
 
-CADIReturn_t LoggedTarget::CADIExecGetInterrupts(unsigned long* lines)
+CADIReturn_t LoggedTarget::CADIExecGetInterrupts(std::uint64_t* lines)
 {
     LoggedCall call(log, "CADIExecGetInterrupts");
     const auto status = target->CADIExecGetInterrupts(lines);
@@ -513,7 +513,7 @@ CADIReturn_t LoggedTarget::CADIExecGetPipeStageFields(std::uint32_t stage, std::
     return status;
 }
 
-CADIReturn_t LoggedTarget::CADIGetDisassembly(unsigned long address, std::uint32_t instructions,
+CADIReturn_t LoggedTarget::CADIGetDisassembly(std::uint64_t address, std::uint32_t instructions,
                                               std::uint32_t* actual, char** lines)
 {
     LoggedCall call(log, "CADIGetDisassembly");

@@ -468,7 +468,7 @@ CADIReturn_t SimulatedTarget::CADICacheGetInfo(std::uint32_t space, CADICacheInf
 
 CADIReturn_t SimulatedTarget::CADICacheRead(std::uint32_t space, std::uint32_t firstLine,
                                             std::uint32_t lines, std::uint32_t bytesPerLine,
-                                            unsigned long* tags, bool* valid, std::uint8_t* data)
+                                            std::uint64_t* tags, bool* valid, std::uint8_t* data)
 {
     if (space != cacheSpace || bytesPerLine != lineSize || firstLine + lines > cache.size()) {
         return CADI_STATUS_IllegalArgument;
@@ -601,14 +601,14 @@ void SimulatedTarget::ChangeMode(std::uint32_t newMode, std::uint32_t breakpoint
     }
 }
 
-CADIReturn_t SimulatedTarget::CADIExecGetPC(unsigned long* pc, bool* isValid)
+CADIReturn_t SimulatedTarget::CADIExecGetPC(std::uint64_t* pc, bool* isValid)
 {
     *pc = core.pc;
     *isValid = core.pc < Rv32Core::memorySize;
     return CADI_STATUS_OK;
 }
 
-CADIReturn_t SimulatedTarget::CADIExecGetCycles(unsigned long* cycles)
+CADIReturn_t SimulatedTarget::CADIExecGetCycles(std::uint64_t* cycles)
 {
     *cycles = core.Cycles();
     return CADI_STATUS_OK;
@@ -653,7 +653,7 @@ CADIReturn_t SimulatedTarget::CADIExecAssertException(std::uint32_t exception,
     return CADI_STATUS_OK;
 }
 
-CADIReturn_t SimulatedTarget::CADIExecGetInterrupts(unsigned long* lines)
+CADIReturn_t SimulatedTarget::CADIExecGetInterrupts(std::uint64_t* lines)
 {
     *lines = interrupts;
     return CADI_STATUS_OK;
@@ -677,15 +677,15 @@ CADIReturn_t SimulatedTarget::CADIExecGetPipeStageFields(std::uint32_t stage, st
     return HandOut<CADIPipeStageField_t>({{0, pcRegister}, {0, causeRegister}}, 0, 2, actual, fields);
 }
 
-CADIReturn_t SimulatedTarget::CADIGetDisassembly(unsigned long address, std::uint32_t instructions,
+CADIReturn_t SimulatedTarget::CADIGetDisassembly(std::uint64_t address, std::uint32_t instructions,
                                                  std::uint32_t* actual, char** lines)
 {
     disassembly.clear();
     for (; disassembly.size() < instructions && address + 4 <= core.memory.size(); address += 4) {
         const auto* const bytes = &core.memory[address];
         char line[40];
-        std::snprintf(line, sizeof line, "%08lx: .word 0x%02x%02x%02x%02x", address, bytes[3], bytes[2],
-                      bytes[1], bytes[0]);
+        std::snprintf(line, sizeof line, "%08llx: .word 0x%02x%02x%02x%02x",
+                      static_cast<unsigned long long>(address), bytes[3], bytes[2], bytes[1], bytes[0]);
         disassembly.emplace_back(line);
     }
     *actual = static_cast<std::uint32_t>(disassembly.size());

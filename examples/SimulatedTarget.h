@@ -79,7 +79,7 @@ public:
                                       const std::uint8_t* data, std::uint32_t* actual) override;
     eslapi::CADIReturn_t CADICacheGetInfo(std::uint32_t space, eslapi::CADICacheInfo_t* info) override;
     eslapi::CADIReturn_t CADICacheRead(std::uint32_t space, std::uint32_t firstLine, std::uint32_t lines,
-                                       std::uint32_t bytesPerLine, unsigned long* tags, bool* valid,
+                                       std::uint32_t bytesPerLine, std::uint64_t* tags, bool* valid,
                                        std::uint8_t* data) override;
 
     eslapi::CADIReturn_t CADIExecGetModes(std::uint32_t start, std::uint32_t desired,
@@ -92,8 +92,8 @@ public:
     eslapi::CADIReturn_t CADIExecContinue() override;
     eslapi::CADIReturn_t CADIExecStop() override;
     eslapi::CADIReturn_t CADIExecSingleStep(std::uint32_t instructions) override;
-    eslapi::CADIReturn_t CADIExecGetPC(unsigned long* pc, bool* isValid) override;
-    eslapi::CADIReturn_t CADIExecGetCycles(unsigned long* cycles) override;
+    eslapi::CADIReturn_t CADIExecGetPC(std::uint64_t* pc, bool* isValid) override;
+    eslapi::CADIReturn_t CADIExecGetCycles(std::uint64_t* cycles) override;
     eslapi::CADIReturn_t CADIExecGetHistory(std::uint32_t desired, std::uint32_t* actual,
                                             std::uint32_t* addresses) override;
     eslapi::CADIReturn_t CADIExecGetExceptions(std::uint32_t start, std::uint32_t desired,
@@ -101,13 +101,13 @@ public:
                                                eslapi::CADIException_t* exceptions) override;
     eslapi::CADIReturn_t CADIExecAssertException(std::uint32_t exception,
                                                  eslapi::CADIExceptionAction_t action) override;
-    eslapi::CADIReturn_t CADIExecGetInterrupts(unsigned long* lines) override;
+    eslapi::CADIReturn_t CADIExecGetInterrupts(std::uint64_t* lines) override;
     eslapi::CADIReturn_t CADIExecGetPipeStages(std::uint32_t start, std::uint32_t desired,
                                                std::uint32_t* actual,
                                                eslapi::CADIPipeStage_t* stages) override;
     eslapi::CADIReturn_t CADIExecGetPipeStageFields(std::uint32_t stage, std::uint32_t* actual,
                                                     eslapi::CADIPipeStageField_t* fields) override;
-    eslapi::CADIReturn_t CADIGetDisassembly(unsigned long address, std::uint32_t instructions,
+    eslapi::CADIReturn_t CADIGetDisassembly(std::uint64_t address, std::uint32_t instructions,
                                             std::uint32_t* actual, char** lines) override;
 
     eslapi::CADIReturn_t CADIBptSet(eslapi::CADIBptRequest_t* request, std::uint32_t* number) override;

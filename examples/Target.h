@@ -87,7 +87,7 @@ public:
     /// Of each line its tag, whether it is in use, and `bytesPerLine` bytes of data.
     virtual eslapi::CADIReturn_t CADICacheRead(std::uint32_t space, std::uint32_t firstLine,
                                                std::uint32_t lines, std::uint32_t bytesPerLine,
-                                               unsigned long* tags, bool* valid, std::uint8_t* data) = 0;
+                                               std::uint64_t* tags, bool* valid, std::uint8_t* data) = 0;
 
     // ---- Execution ----------------------------------------------------------------------------
 
@@ -105,8 +105,8 @@ public:
     virtual eslapi::CADIReturn_t CADIExecStop() = 0;
     virtual eslapi::CADIReturn_t CADIExecSingleStep(std::uint32_t instructions) = 0;
 
-    virtual eslapi::CADIReturn_t CADIExecGetPC(unsigned long* pc, bool* isValid) = 0;
-    virtual eslapi::CADIReturn_t CADIExecGetCycles(unsigned long* cycles) = 0;
+    virtual eslapi::CADIReturn_t CADIExecGetPC(std::uint64_t* pc, bool* isValid) = 0;
+    virtual eslapi::CADIReturn_t CADIExecGetCycles(std::uint64_t* cycles) = 0;
     /// The addresses of the instructions that ran last, the youngest first.
     virtual eslapi::CADIReturn_t CADIExecGetHistory(std::uint32_t desired, std::uint32_t* actual,
                                                     std::uint32_t* addresses) = 0;
@@ -116,7 +116,7 @@ public:
     virtual eslapi::CADIReturn_t CADIExecAssertException(std::uint32_t exception,
                                                          eslapi::CADIExceptionAction_t action) = 0;
     /// One bit for each of five interrupt lines.
-    virtual eslapi::CADIReturn_t CADIExecGetInterrupts(unsigned long* lines) = 0;
+    virtual eslapi::CADIReturn_t CADIExecGetInterrupts(std::uint64_t* lines) = 0;
     virtual eslapi::CADIReturn_t CADIExecGetPipeStages(std::uint32_t start, std::uint32_t desired,
                                                        std::uint32_t* actual,
                                                        eslapi::CADIPipeStage_t* stages) = 0;
@@ -124,7 +124,7 @@ public:
                                                             eslapi::CADIPipeStageField_t* fields) = 0;
 
     /// One line of text for each instruction; the texts belong to the target until its next call.
-    virtual eslapi::CADIReturn_t CADIGetDisassembly(unsigned long address, std::uint32_t instructions,
+    virtual eslapi::CADIReturn_t CADIGetDisassembly(std::uint64_t address, std::uint32_t instructions,
                                                     std::uint32_t* actual, char** lines) = 0;
 
     // ---- Breakpoints --------------------------------------------------------------------------
