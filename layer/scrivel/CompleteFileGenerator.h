@@ -3,6 +3,10 @@
 #ifndef SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
 #define SCRIVEL_LAYER_COMPLETEFILEGENERATOR_H
 
+#ifndef __cpp_exceptions
+#error "The layer of ScrivelXmlGen needs exceptions: compile without -fno-exceptions"
+#endif
+
 #include "scrivel/LogNames.h"
 #include "ScrivelXmlGen.h"
 
