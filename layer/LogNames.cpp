@@ -1,5 +1,7 @@
 #include "scrivel/LogNames.h"
 
+#include "format/Characters.h"
+
 #include <cerrno>
 #include <ctime>
 
@@ -11,14 +13,14 @@ namespace Scrivel2
 namespace
 {
 
-bool IsLetter(char c)
+bool MayBeginName(char c)
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    return IsLetter(static_cast<unsigned char>(c)) || c == '_';
 }
 
 bool IsNameCharacter(char c)
 {
-    return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+    return MayBeginName(c) || IsDigit(static_cast<unsigned char>(c)) || c == '-' || c == '.';
 }
 
 /// Makes the file, unless there is one.
@@ -47,7 +49,7 @@ std::string LegalName(std::string_view text)
         }
         last = c;
     }
-    if (!IsLetter(name.front())) {
+    if (!MayBeginName(name.front())) {
         name.front() = '_';
     }
     return name;
@@ -76,14 +78,14 @@ std::string UnusedLogName(std::string_view name)
 
 std::string CommentText(std::string_view text)
 {
-    static constexpr char hexDigits[] = "0123456789abcdef";
     std::string safe;
     safe.reserve(text.size());
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         const bool allowed = (byte >= ' ' && byte < 0x7f) || c == '\n' || c == '\t';
         if (!allowed) {
-            safe += {'\\', 'x', hexDigits[byte >> 4], hexDigits[byte & 15]};
+            const auto escaped = EscapedByte(byte);
+            safe.append(escaped.data(), escaped.size());
         } else if (c == '-' && !safe.empty() && safe.back() == '-') {
             safe += " -";
         } else {

@@ -60,6 +60,7 @@
 #include <ios>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sys/time.h>
@@ -321,7 +322,8 @@ protected:
     /// Writes the name of an enumerator, text or a string, or, when `name` is null, the message and the
     /// value in hexadecimal.
     template <typename Name, typename Enumeration>
-    void WriteName(const std::string& ident, const Name* name, const char* message, Enumeration value);
+    void WriteName(const std::string& ident, const Name* name, std::string_view message,
+                   Enumeration value);
 
     /// As GetFileEndTag, in memory that the generator keeps: valid until the next call.
     const std::string& FileEndTag();

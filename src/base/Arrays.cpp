@@ -50,7 +50,6 @@ void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* i
     WriteItems(ident, items, count, nullName, [&](Integer item) {
         WriteElement(childName, [&] {
             if (hex) {
-                logFile.Append("0x");
                 AppendHex(logFile, item, digits);
             } else {
                 AppendDecimal(logFile, item);

@@ -1,9 +1,11 @@
+// Tags, times, and the calls that interrupt each other. Tested by tests/base/CallFrameTest.cpp and
+// tests/base/VirtualTableTest.cpp.
+
 #include "base/LogText.h"
+#include "format/LogWords.h"
 #include "ScrivelXmlGen.h"
 
-#include <charconv>
 #include <cstdint>
-#include <iterator>
 #include <string>
 
 namespace Scrivel2
@@ -35,13 +37,11 @@ void ScrivelXmlGenBase::WriteIdentWithoutTabs(std::string name)
 
 void ScrivelXmlGenBase::WriteDetailedIdent(std::string name)
 {
-    // Four blanks and an attribute without a line of its own: connection-phase calls stand at depth 1.
-    logFile.Append("    <");
-    AppendName(logFile, name);
-    logFile.Append(" call_num=\"");
-    AppendDecimal(logFile, callNo);
-    logFile.Append("\"");
-    WriteTimestamp("call_time", false);
+    // One level and one line whatever the depth: connection-phase calls stand at depth 1.
+    AppendIndentation(logFile, 1);
+    AppendTagBegin(logFile, name);
+    AppendAttribute(logFile, LogWords::callNumber, callNo);
+    WriteTimestamp(std::string(LogWords::callTime), false);
     logFile.Append(">\n");
     ++depth;
 }
@@ -63,9 +63,9 @@ public:
             microseconds += 1000000;
             --seconds;
         }
-        Put(static_cast<std::uint32_t>(seconds), 1);
+        last = PutDecimal(last, static_cast<std::uint32_t>(seconds), 1);
         *last++ = '.';
-        Put(static_cast<std::uint32_t>(microseconds), 6);
+        last = PutDecimal(last, static_cast<std::uint32_t>(microseconds), 6);
         *last++ = ' ';
         *last++ = 's';
     }
@@ -73,18 +73,6 @@ public:
     std::string_view Text() const { return {text, static_cast<std::size_t>(last - text)}; }
 
 private:
-    void Put(std::uint32_t value, std::ptrdiff_t width)
-    {
-        char digits[10];
-        const char* const end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
-        for (std::ptrdiff_t length = end - digits; length < width; ++length) {
-            *last++ = '0';
-        }
-        for (const char* digit = digits; digit != end; ++digit) {
-            *last++ = *digit;
-        }
-    }
-
     char text[32];
     char* last = text;
 };
@@ -99,20 +87,10 @@ void ScrivelXmlGenBase::WriteTimestamp(const std::string& name, bool asElement)
 
     if (asElement) {
         WriteTabs(true);
-        logFile.Append("<");
-        logFile.Append(name);
-        logFile.Append(">");
-        AppendEscaped(logFile, elapsed.Text());
-        logFile.Append("</");
-        logFile.Append(name);
-        logFile.Append(">\n");
+        AppendPlainElement(logFile, name, [&] { AppendEscaped(logFile, elapsed.Text()); });
     } else {
         WriteTabs(false);
-        logFile.Append(" ");
-        logFile.Append(name);
-        logFile.Append("=\"");
-        logFile.Append(elapsed.Text());
-        logFile.Append("\"");
+        AppendAttribute(logFile, name, elapsed.Text());
     }
 }
 
@@ -122,19 +100,24 @@ void ScrivelXmlGenBase::WriteComment(std::string text)
 {
     SeekFilePointerPosition();
     WriteTabs(false);  // at the end of the line before: the comment begins with a newline of its own
-    logFile.Append("\n<!-- ");
+    logFile.Append("\n");
+    logFile.Append(LogWords::commentBegin);
     logFile.Append(text);
-    logFile.Append(" -->\n\n");
+    logFile.Append(LogWords::commentEnd);
+    logFile.Append("\n\n");
     logFile.flush();
 }
 
 namespace
 {
 
-/// 7 ("CADIExecContinue")
-std::string NumberAndName(unsigned int number, const std::string& name)
+/// Call 7 ("CADIExecContinue") interrupted
+std::string AboutCall(std::string_view before, unsigned int number, const std::string& name,
+                      std::string_view after)
 {
-    return std::to_string(number) + " (\"" + name + "\")";
+    std::string text(before);
+    text.append(std::to_string(number)).append(" (\"").append(name).append("\")").append(after);
+    return text;
 }
 
 }  // namespace
@@ -152,7 +135,8 @@ void ScrivelXmlGenBase::WriteCloseInterruptedFunction(std::string callName)
     if (depth > 1) {
         WriteIdent(openCallName, false, true);
         // In secure mode the comment overwrites the end tag just written: the provisional one stands.
-        WriteComment("Call " + NumberAndName(callNo, openCallName) + " interrupted");
+        WriteComment(
+            AboutCall(LogWords::interruptedBegin, callNo, openCallName, LogWords::interruptedEnd));
     }
     openCallName = callName;
     callOpen = true;
@@ -167,18 +151,17 @@ void ScrivelXmlGenBase::WriteContinueFunction(unsigned int number, std::string c
             WriteIdent(openCallName, false, true);
         }
         // In secure mode this too overwrites the end tag just written.
-        WriteComment("Continuing call " + NumberAndName(number, callName));
+        WriteComment(AboutCall(LogWords::continuingBegin, number, callName, ""));
     }
     if (!stillOpen) {
         WriteTabs(true);
         logFile.Append("<");
-        logFile.Append(callName);
-        logFile.Append(" call_num=\"");
-        AppendDecimal(logFile, number);
-        logFile.Append("\">\n");
+        logFile.Append(callName);  // as given, unlike in the call's first start tag
+        AppendAttribute(logFile, LogWords::callNumber, number);
+        logFile.Append(">\n");
         ++depth;
     }
-    WriteTimestamp("return_time", true);
+    WriteTimestamp(std::string(LogWords::returnTime), true);
     callOpen = false;
 }
 

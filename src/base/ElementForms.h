@@ -81,7 +81,7 @@ inline std::string_view TextOf(const std::string* name)
 }
 
 template <typename Name, typename Enumeration>
-void ScrivelXmlGenBase::WriteName(const std::string& ident, const Name* name, const char* message,
+void ScrivelXmlGenBase::WriteName(const std::string& ident, const Name* name, std::string_view message,
                                   Enumeration value)
 {
     WriteElement(ident, [&] {
@@ -89,7 +89,7 @@ void ScrivelXmlGenBase::WriteName(const std::string& ident, const Name* name, co
             logFile.Append(TextOf(name));
         } else {
             logFile.Append(message);
-            AppendHex(logFile, static_cast<std::uint32_t>(value), 0);
+            AppendHexDigits(logFile, static_cast<std::uint32_t>(value), 0);
         }
     });
 }

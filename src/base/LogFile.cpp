@@ -1,4 +1,5 @@
 #include "base/LogText.h"
+#include "format/LogWords.h"
 #include "ScrivelXmlGen.h"
 
 #include <cerrno>
@@ -62,7 +63,8 @@ void ScrivelXmlGenBase::StartLogging()
         }
     }
 
-    logFile.Append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
+    logFile.Append(LogWords::declaration);
+    logFile.Append("\n");
     logFile.Append("<" + logName + "-" + std::to_string(getpid()) + "\n");
     gettimeofday(&startTime, nullptr);
 
@@ -70,11 +72,15 @@ void ScrivelXmlGenBase::StartLogging()
     char text[256] = {};
     const std::time_t now = time(nullptr);
     strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime(&now));
-    logFile.Append(std::string(" time=\"") + text + "\"\n");
-    logFile.Append(" CADI_version=\"" + cadiVersion + "\"\n");
+    AppendAttribute(logFile, LogWords::time, text);
+    logFile.Append("\n");
+    AppendAttribute(logFile, LogWords::cadiVersion, cadiVersion);
+    logFile.Append("\n");
     const bool hostKnown = gethostname(text, sizeof text - 1) == 0;
-    logFile.Append(std::string(" hostname=\"") + text + (hostKnown ? "\"\n" : "*\"\n"));
-    logFile.Append(" OS=\"Linux\">\n");
+    AppendAttribute(logFile, LogWords::hostName, std::string(text) + (hostKnown ? "" : "*"));
+    logFile.Append("\n");
+    AppendAttribute(logFile, LogWords::operatingSystem, LogWords::linuxSystem);
+    logFile.Append(">\n");
 
     ++depth;
     FlushOutput(true, "");

@@ -1,4 +1,10 @@
+// Makes the text of the log in the memory of its stream. Tested by tests/base/NamesTest.cpp and
+// tests/base/ScalarsTest.cpp, and by fuzz/TextTarget.cpp.
+
 #include "base/LogText.h"
+
+#include "format/Characters.h"
+#include "format/LogWords.h"
 
 #include <algorithm>
 #include <array>
@@ -6,6 +12,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace Scrivel2
@@ -13,20 +20,7 @@ namespace Scrivel2
 namespace
 {
 
-constexpr char hexDigits[] = "0123456789abcdef";
-
 // ---- Names --------------------------------------------------------------------------------------
-
-/// As isalpha answers in every locale for ASCII, so it need not be asked at each character.
-constexpr bool IsLetter(unsigned char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-constexpr bool IsDigit(unsigned char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 /// What each byte becomes inside a name, and at its head when `first`. A leading "-" or "." is kept,
 /// although XML has no such names.
@@ -41,11 +35,9 @@ constexpr std::array<char, 256> CleanedBytes(bool first)
     return cleaned;
 }
 
-constexpr std::string_view emptyName = "emptyIdent";
-
 std::size_t RoomForName(std::string_view name)
 {
-    return std::max(name.size(), emptyName.size());
+    return std::max(name.size(), LogWords::emptyName.size());
 }
 
 char* PutName(char* out, std::string_view name)
@@ -54,7 +46,7 @@ char* PutName(char* out, std::string_view name)
     static constexpr auto inside = CleanedBytes(false);
 
     if (name.empty()) {
-        return out + emptyName.copy(out, emptyName.size());
+        return out + LogWords::emptyName.copy(out, LogWords::emptyName.size());
     }
     const auto* cleaned = &head;
     for (char c : name) {
@@ -106,8 +98,8 @@ constexpr Pieces UnprintablePieces()
 {
     Pieces pieces{};
     for (unsigned int i = 0; i < 256; ++i) {
-        const char text[] = {'\\', 'x', hexDigits[i >> 4], hexDigits[i & 15]};
-        pieces[i] = PieceOf({text, sizeof text});
+        const auto text = EscapedByte(static_cast<unsigned char>(i));
+        pieces[i] = PieceOf({text.data(), text.size()});
     }
     return pieces;
 }
@@ -136,10 +128,10 @@ unsigned char LastByte(std::uint64_t word)
 template <typename PieceOfByte>
 char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
 {
-    // A piece copied in one go reaches up to seven bytes too far, which the next characters cover. The
-    // last ones are copied by their length: behind them there may be text that is to stay.
-    // Four characters a round, and the length from the register that the piece is in, take a fifth less
-    // time than the plain loop.
+    // A piece copied in one go reaches up to seven bytes too far, and the next characters cover those.
+    // The last ones are copied by their length: what stands after them may have to stay.
+    // Four characters a round, and the length taken from the register that holds the piece, need a fifth
+    // less time than the plain loop.
     constexpr std::size_t atATime = 4;
     const std::size_t covered =
         (text.size() - std::min(text.size(), sizeof(Piece) - 1)) / atATime * atATime;
@@ -156,6 +148,22 @@ char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
         out = std::copy_n(piece.text, piece.length, out);
     }
     return out;
+}
+
+// ---- Attributes ---------------------------------------------------------------------------------
+
+/// The blank that every attribute begins with, the name as given, and what the value stands in.
+void AppendAttributeBegin(LogStream& log, std::string_view name)
+{
+    constexpr std::size_t aroundName = 3;
+
+    if (char* out = log.Room(name.size() + aroundName)) {
+        *out++ = ' ';
+        out = std::copy(name.begin(), name.end(), out);
+        *out++ = '=';
+        *out++ = '"';
+        log.Advance(out);
+    }
 }
 
 }  // namespace
@@ -178,11 +186,33 @@ void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline
     }
 }
 
-void AppendName(LogStream& log, std::string_view name)
+void AppendTagBegin(LogStream& log, std::string_view name)
 {
-    if (char* out = log.Room(RoomForName(name))) {
+    if (char* out = log.Room(RoomForName(name) + 1)) {
+        *out++ = '<';
         log.Advance(PutName(out, name));
     }
+}
+
+void AppendAttribute(LogStream& log, std::string_view name, std::string_view text)
+{
+    AppendAttributeBegin(log, name);
+    log.Append(text);
+    log.Append("\"");
+}
+
+void AppendAttribute(LogStream& log, std::string_view name, std::uint64_t value)
+{
+    AppendAttributeBegin(log, name);
+    AppendDecimal(log, value);
+    log.Append("\"");
+}
+
+void AppendHexAttribute(LogStream& log, std::string_view name, std::uint64_t value, unsigned int digits)
+{
+    AppendAttributeBegin(log, name);
+    AppendHex(log, value, digits);
+    log.Append("\"");
 }
 
 void AppendEscaped(LogStream& log, std::string_view text)
@@ -229,9 +259,17 @@ void AppendIndentation(LogStream& log, unsigned int levels)
     log.Append(blanks.substr(0, left));
 }
 
+char* PutDecimal(char* out, std::uint32_t value, std::ptrdiff_t digits)
+{
+    char text[std::numeric_limits<std::uint32_t>::digits10 + 1];
+    const char* const end = std::to_chars(std::begin(text), std::end(text), value).ptr;
+    out = std::fill_n(out, std::max<std::ptrdiff_t>(digits - (end - text), 0), '0');
+    return std::copy(static_cast<const char*>(text), end, out);
+}
+
 void AppendDecimal(LogStream& log, std::uint64_t value)
 {
-    // Whoever inserts into the log stream himself may have set its base or width: those count.
+    // Those who insert into the log stream themselves may have set its base or width: these count.
     if ((log.flags() & std::ios_base::basefield) != std::ios_base::dec || log.width() != 0) {
         log << value;
         return;
@@ -242,7 +280,7 @@ void AppendDecimal(LogStream& log, std::uint64_t value)
     }
 }
 
-void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
+void AppendHexDigits(LogStream& log, std::uint64_t value, unsigned int digits)
 {
     constexpr unsigned int most = 2 * sizeof value;
 
@@ -259,7 +297,8 @@ void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
         }
         log.Advance(out + length);
     }
-    // Whoever inserts into the log stream himself finds it as a number in hexadecimal leaves it.
+    // The stream is left as inserting a number in hexadecimal leaves it, for those who insert into it
+    // themselves.
     if (digits > 0) {
         log.fill('0');
     }
@@ -267,17 +306,11 @@ void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
     log.setf(std::ios_base::dec, std::ios_base::basefield);
 }
 
-char* PutHexByte(char* out, unsigned char byte)
-{
-    *out++ = hexDigits[byte >> 4];
-    *out++ = hexDigits[byte & 15];
-    return out;
-}
-
 std::string HexText(unsigned int value)
 {
     char digits[2 * sizeof value];
-    return "0x" + std::string(digits, std::to_chars(digits, digits + sizeof digits, value, 16).ptr);
+    return std::string(LogWords::hexPrefix)
+        .append(digits, std::to_chars(digits, digits + sizeof digits, value, 16).ptr);
 }
 
 }  // namespace Scrivel2

@@ -1,47 +1,83 @@
 // Text for the log, made in the memory of the stream itself: the one place that cleans a name, the one
-// that escapes, the ones that make digits. Internal: not installed.
+// that escapes, the ones that make tags, attributes and digits. Internal: not installed.
 
 #ifndef SCRIVEL_BASE_LOGTEXT_H
 #define SCRIVEL_BASE_LOGTEXT_H
 
 #include "scrivel/LogStream.h"
+#include "format/LogWords.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace Scrivel2
 {
 
-/// Appends a start tag or an end tag, its name cleaned as AppendName does, and the end of the line if
-/// that is wanted.
+// ---- Tags ---------------------------------------------------------------------------------------
+// Names are cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first stay, any other
+// byte becomes "_"; an empty name becomes "emptyIdent".
+
+/// Appends a start tag or an end tag, and the end of the line if that is wanted.
 void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline);
 
-/// Appends an element name, cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first
-/// stay, any other byte becomes "_"; an empty name becomes "emptyIdent".
-void AppendName(LogStream& log, std::string_view name);
+/// Appends the beginning of a start tag that has attributes: "<" and the name.
+void AppendTagBegin(LogStream& log, std::string_view name);
+
+/// Appends an attribute and the blank before it, name and text as given.
+///
+///     AppendAttribute(log, "call_num", 7)   ->   call_num="7"
+void AppendAttribute(LogStream& log, std::string_view name, std::string_view text);
+void AppendAttribute(LogStream& log, std::string_view name, std::uint64_t value);
+void AppendHexAttribute(LogStream& log, std::string_view name, std::uint64_t value, unsigned int digits);
+
+/// Appends an element of one line around what `appendText` appends, its name as given.
+///
+///     <return_time>3.004500 s</return_time>
+template <typename AppendText>
+void AppendPlainElement(LogStream& log, std::string_view name, AppendText appendText)
+{
+    log.Append("<");
+    log.Append(name);
+    log.Append(">");
+    appendText();
+    log.Append("</");
+    log.Append(name);
+    log.Append(">\n");
+}
+
+/// Appends blanks: four for each level.
+void AppendIndentation(LogStream& log, unsigned int levels);
+
+// ---- Text and numbers -----------------------------------------------------------------------------
 
 /// Appends text as it may stand inside an element: the characters of markup as entities, bytes that
 /// isprint doesn't call printable as \xNN.
 void AppendEscaped(LogStream& log, std::string_view text);
 
-/// Appends blanks: four for each level.
-void AppendIndentation(LogStream& log, unsigned int levels);
+/// The escaped form of `text`, as AppendEscaped appends it.
+std::string EscapedText(std::string_view text);
 
 void AppendDecimal(LogStream& log, std::uint64_t value);
 
-/// Appends lower-case hexadecimal digits, at least `digits` of them, and leaves the stream as the padded
-/// insertion of a number does: decimal, filling with zeros. With 0 digits nothing is padded, and the fill
-/// character stays what it was.
-void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits);
+/// Appends lower-case hexadecimal digits, at least `digits` of them. The stream is decimal afterwards and
+/// fills with zeros, as after inserting a padded number. With 0 digits nothing is padded, and the stream
+/// keeps its fill character.
+void AppendHexDigits(LogStream& log, std::uint64_t value, unsigned int digits);
 
-/// Puts down the two lower-case hexadecimal digits of a byte.
-char* PutHexByte(char* out, unsigned char byte);
+/// As AppendHexDigits, after "0x".
+inline void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
+{
+    log.Append(LogWords::hexPrefix);
+    AppendHexDigits(log, value, digits);
+}
 
 /// "0x" and the value in lower-case hexadecimal without leading zeros.
 std::string HexText(unsigned int value);
 
-/// The escaped form of `text`, as AppendEscaped appends it.
-std::string EscapedText(std::string_view text);
+/// Puts down the value in decimal, with as many zeros before it as `digits` digits need.
+char* PutDecimal(char* out, std::uint32_t value, std::ptrdiff_t digits);
 
 }  // namespace Scrivel2
 

@@ -1,4 +1,8 @@
+// The writers of one value each, and the escaping of text. Tested by tests/base/ScalarsTest.cpp.
+
 #include "base/ElementForms.h"
+#include "format/Characters.h"
+#include "format/LogWords.h"
 
 #include <algorithm>
 
@@ -7,16 +11,15 @@ namespace Scrivel2
 
 void ScrivelXmlGenBase::WriteNULLPointer(std::string ident)
 {
-    WriteElement(ident, [&] { logFile.Append("NULL"); });
+    WriteElement(ident, [&] { logFile.Append(LogWords::null); });
 }
 
 void ScrivelXmlGenBase::WriteAddress(std::string ident, std::uint64_t address)
 {
     WriteElement(ident, [&] {
         if (address == 0) {
-            logFile.Append("NULL");
+            logFile.Append(LogWords::null);
         } else {
-            logFile.Append("0x");
             AppendHex(logFile, address, 16);
         }
     });
@@ -51,7 +54,7 @@ void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
             for (unsigned int i = 16; i-- > 0;) {
                 out = PutHexByte(out, bytes[i]);
                 if (i % 4 == 0) {
-                    *out++ = ' ';  // behind the last group too
+                    *out++ = ' ';  // after the last group too
                 }
             }
             logFile.Advance(out);
@@ -61,10 +64,7 @@ void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
 
 void ScrivelXmlGenBase::WriteHex(std::string ident, std::uint64_t value, unsigned int digits)
 {
-    WriteElement(ident, [&] {
-        logFile.Append("0x");
-        AppendHex(logFile, value, std::max(digits, 1U));
-    });
+    WriteElement(ident, [&] { AppendHex(logFile, value, std::max(digits, 1U)); });
 }
 
 void ScrivelXmlGenBase::WriteBin(std::string ident, std::uint64_t value, int /*bits*/)

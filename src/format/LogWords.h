@@ -22,6 +22,7 @@ inline constexpr std::string_view time = "time";
 inline constexpr std::string_view cadiVersion = "CADI_version";
 inline constexpr std::string_view hostName = "hostname";
 inline constexpr std::string_view operatingSystem = "OS";
+inline constexpr std::string_view linuxSystem = "Linux";
 
 // ---- Calls ----------------------------------------------------------------------------------------
 
@@ -35,8 +36,12 @@ inline constexpr std::string_view threadId = "threadId";
 inline constexpr std::string_view disassemblerAddress = "disassembler_address";
 inline constexpr std::string_view returnTime = "return_time";
 
+// ---- Comments -------------------------------------------------------------------------------------
+
 //     <!-- Call 8 ("CADIExecContinue") interrupted -->
 //     <!-- Continuing call 8 ("CADIExecContinue") -->
+inline constexpr std::string_view commentBegin = "<!-- ";
+inline constexpr std::string_view commentEnd = " -->";
 inline constexpr std::string_view interruptedBegin = "Call ";
 inline constexpr std::string_view interruptedEnd = " interrupted";
 inline constexpr std::string_view continuingBegin = "Continuing call ";
@@ -44,11 +49,34 @@ inline constexpr std::string_view continuingBegin = "Continuing call ";
 // ---- Values ---------------------------------------------------------------------------------------
 
 inline constexpr std::string_view null = "NULL";
+inline constexpr std::string_view hexPrefix = "0x";
 inline constexpr std::string_view emptyName = "emptyIdent";
 inline constexpr std::string_view unknownMemSpace = "unknown memSpaceInfo";
 inline constexpr std::string_view statusBegin = "CADI_STATUS_";
 inline constexpr std::string_view statusOk = "CADI_STATUS_OK";
+
+// ---- Values without a name: what their messages begin with, the value in hexadecimal follows ----------
+
+//     <return>Invalid return type: 0xc</return>
 inline constexpr std::string_view invalidReturnType = "Invalid return type: 0x";
+inline constexpr std::string_view invalidValueDataType = "Invalid value data type: 0x";
+inline constexpr std::string_view invalidFactoryErrorCode = "Invalid factory error code: 0x";
+inline constexpr std::string_view invalidFactorySeverityCode = "Invalid factory severity code: 0x";
+inline constexpr std::string_view invalidBptType = "Invalid bpt type: 0x";
+inline constexpr std::string_view invalidBptConditionOperator =
+    "Invalid breakpoint condition operator: 0x";
+inline constexpr std::string_view invalidBptConfigure = "Invalid CADIBptConfigure value: 0x";
+inline constexpr std::string_view invalidExceptionAction = "Invalid exception action: 0x";
+inline constexpr std::string_view invalidRegAccessAttribute = "Invalid reg access attribute: 0x";
+inline constexpr std::string_view invalidRegType = "Invalid reg type: 0x";
+inline constexpr std::string_view invalidRegDisplay = "Invalid reg display: 0x";
+inline constexpr std::string_view invalidMemReadWrite = "Invalid mem read write: 0x";
+
+// In decimal: a target's own modes are numbered, not coded.
+inline constexpr std::string_view unknownExecMode = "Unknown execution mode: ";
+
+// In place of a register's symbols.
+inline constexpr std::string_view noSymbolRegister = "Register is not of type CADI_REGTYPE_SYMBOL";
 
 // ---- What a flush that was killed leaves around the root end tag ------------------------------------
 

@@ -1,4 +1,5 @@
 #include "base/SharedRecords.h"
+#include "format/LogWords.h"
 
 namespace Scrivel2
 {
@@ -16,12 +17,12 @@ void Scrivel2XmlGenConnect::SetWriteSecure(bool secure)
 
 void Scrivel2XmlGenConnect::WriteValueDataType(std::string ident, eslapi::CADIValueDataType_t value)
 {
-    WriteName(ident, ValueDataTypeName(value), "Invalid value data type: 0x", value);
+    WriteName(ident, ValueDataTypeName(value), LogWords::invalidValueDataType, value);
 }
 
 void Scrivel2XmlGenConnect::WriteReturnType(std::string ident, eslapi::CADIReturn_t value)
 {
-    WriteName(ident, ReturnName(value), "Invalid return type: 0x", value);
+    WriteName(ident, ReturnName(value), LogWords::invalidReturnType, value);
 }
 
 // ---- Factories and simulations ------------------------------------------------------------------

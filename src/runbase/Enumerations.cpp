@@ -1,4 +1,5 @@
 #include "base/SharedRecords.h"
+#include "format/LogWords.h"
 
 namespace Scrivel2
 {
@@ -7,19 +8,19 @@ namespace Scrivel2
 
 void ScrivelXmlGenRunBase::WriteReturnType(std::string ident, eslapi::CADIReturn_t value)
 {
-    WriteName(ident, ReturnName(value), "Invalid return type: 0x", value);
+    WriteName(ident, ReturnName(value), LogWords::invalidReturnType, value);
 }
 
 void ScrivelXmlGenRunBase::WriteValueDataType(std::string ident, eslapi::CADIValueDataType_t value)
 {
-    WriteName(ident, ValueDataTypeName(value), "Invalid value data type: 0x", value);
+    WriteName(ident, ValueDataTypeName(value), LogWords::invalidValueDataType, value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactoryErrorCode(std::string ident, eslapi::CADIFactoryErrorCode_t value)
 {
     const auto index = static_cast<std::uint32_t>(value);
     const std::string* name = index < factoryErrorNames.size() ? &factoryErrorNames[index] : nullptr;
-    WriteName(ident, name, "Invalid factory error code: 0x", value);
+    WriteName(ident, name, LogWords::invalidFactoryErrorCode, value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
@@ -30,7 +31,7 @@ void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,
         "CADIFACT_SEVERITY_WARNING",
         "CADIFACT_SEVERITY_ERROR",
     };
-    WriteName(ident, NameAt(factory_severity_code_to_string, value), "Invalid factory severity code: 0x",
+    WriteName(ident, NameAt(factory_severity_code_to_string, value), LogWords::invalidFactorySeverityCode,
               value);
 }
 
@@ -42,7 +43,7 @@ void ScrivelXmlGenRunBase::WriteBptType(std::string ident, eslapi::CADIBptType_t
     };
     const char* name = value == eslapi::CADI_BPT_USER_DEFINED ? "CADI_BPT_USER_DEFINED"
                                                               : NameAt(bpt_type_to_string, value);
-    WriteName(ident, name, "Invalid bpt type: 0x", value);
+    WriteName(ident, name, LogWords::invalidBptType, value);
 }
 
 void ScrivelXmlGenRunBase::WriteBptConditionOperator(std::string ident,
@@ -64,7 +65,7 @@ void ScrivelXmlGenRunBase::WriteBptConditionOperator(std::string ident,
     // The unsigned comparisons are not written by name: readers of the log know them by their messages.
     const bool named = value <= eslapi::CADI_BPT_COND_LESS_THAN_OR_EQUALS_SIGNED;
     WriteName(ident, named ? NameAt(bpt_condition_operator_to_string, value) : nullptr,
-              "Invalid breakpoint condition operator: 0x", value);
+              LogWords::invalidBptConditionOperator, value);
 }
 
 void ScrivelXmlGenRunBase::WriteBptConfigure(std::string ident, eslapi::CADIBptConfigure_t value)
@@ -73,7 +74,7 @@ void ScrivelXmlGenRunBase::WriteBptConfigure(std::string ident, eslapi::CADIBptC
         "CADI_BPT_Disable",
         "CADI_BPT_Enable",
     };
-    WriteName(ident, NameAt(bpt_configure_to_string, value), "Invalid CADIBptConfigure value: 0x", value);
+    WriteName(ident, NameAt(bpt_configure_to_string, value), LogWords::invalidBptConfigure, value);
 }
 
 void ScrivelXmlGenRunBase::WriteExceptionAction(std::string ident, eslapi::CADIExceptionAction_t value)
@@ -83,7 +84,7 @@ void ScrivelXmlGenRunBase::WriteExceptionAction(std::string ident, eslapi::CADIE
         "CADI_EXCEPTION_Lower",
         "CADI_EXCEPTION_Pulse",
     };
-    WriteName(ident, NameAt(exception_action_to_string, value), "Invalid exception action: 0x", value);
+    WriteName(ident, NameAt(exception_action_to_string, value), LogWords::invalidExceptionAction, value);
 }
 
 void ScrivelXmlGenRunBase::WriteRegAccessAttribute(std::string ident,
@@ -94,7 +95,7 @@ void ScrivelXmlGenRunBase::WriteRegAccessAttribute(std::string ident,
         "CADI_REG_WRITE_ONLY",           "CADI_REG_READ_WRITE_RESTRICTED",
         "CADI_REG_READ_ONLY_RESTRICTED", "CADI_REG_WRITE_ONLY_RESTRICTED",
     };
-    WriteName(ident, NameAt(reg_access_attribute_to_string, value), "Invalid reg access attribute: 0x",
+    WriteName(ident, NameAt(reg_access_attribute_to_string, value), LogWords::invalidRegAccessAttribute,
               value);
 }
 
@@ -104,7 +105,7 @@ void ScrivelXmlGenRunBase::WriteRegType(std::string ident, eslapi::CADIRegType_t
         "CADI_REGTYPE_Simple",
         "CADI_REGTYPE_Compound",
     };
-    WriteName(ident, NameAt(reg_type_to_string, value), "Invalid reg type: 0x", value);
+    WriteName(ident, NameAt(reg_type_to_string, value), LogWords::invalidRegType, value);
 }
 
 void ScrivelXmlGenRunBase::WriteRegDisplay(std::string ident, eslapi::CADIRegDisplay_t value)
@@ -114,7 +115,7 @@ void ScrivelXmlGenRunBase::WriteRegDisplay(std::string ident, eslapi::CADIRegDis
         "CADI_REGTYPE_FLOAT", "CADI_REGTYPE_SYMBOL", "CADI_REGTYPE_STRING", "CADI_REGTYPE_PC",
         "CADI_REGTYPE_BIN",   "CADI_REGTYPE_OCT",
     };
-    WriteName(ident, NameAt(reg_display_to_string, value), "Invalid reg display: 0x", value);
+    WriteName(ident, NameAt(reg_display_to_string, value), LogWords::invalidRegDisplay, value);
 }
 
 void ScrivelXmlGenRunBase::WriteMemReadWrite(std::string ident, eslapi::CADIMemReadWrite_t value)
@@ -124,7 +125,7 @@ void ScrivelXmlGenRunBase::WriteMemReadWrite(std::string ident, eslapi::CADIMemR
         "CADI_MEM_WriteOnly",
         "CADI_MEM_ReadWrite",
     };
-    WriteName(ident, NameAt(mem_read_Write_to_string, value), "Invalid mem read write: 0x", value);
+    WriteName(ident, NameAt(mem_read_Write_to_string, value), LogWords::invalidMemReadWrite, value);
 }
 
 // ---- Others -------------------------------------------------------------------------------------
@@ -140,7 +141,7 @@ void ScrivelXmlGenRunBase::WriteExecMode(std::string ident, unsigned int mode)
             logFile.Append(name);
         } else {
             // In decimal: a target's own modes are numbered, not coded.
-            logFile.Append("Unknown execution mode: ");
+            logFile.Append(LogWords::unknownExecMode);
             AppendDecimal(logFile, mode);
         }
     });

@@ -1,4 +1,5 @@
 #include "base/ElementForms.h"
+#include "format/LogWords.h"
 #include "runbase/NameLookup.h"
 
 namespace Scrivel2
@@ -92,7 +93,7 @@ void ScrivelXmlGenRunBase::WriteAddr(std::string ident, eslapi::CADIAddr_t addre
         WriteDecimal("spaceId", address.spaceId);
         const std::string* const name = FindName(memSpaceNames, address.spaceId);
         WriteElement("spaceName", [&] {
-            AppendEscaped(logFile, name != nullptr ? std::string_view(*name) : "unknown memSpaceInfo");
+            AppendEscaped(logFile, name != nullptr ? std::string_view(*name) : LogWords::unknownMemSpace);
         });
         WriteHex("addr", address.addr, 16);  // all 64 bits, unlike the bounds of spaces and blocks
     });

@@ -1,4 +1,5 @@
 #include "base/ElementForms.h"
+#include "format/LogWords.h"
 #include "runbase/NameLookup.h"
 
 namespace Scrivel2
@@ -45,7 +46,7 @@ void ScrivelXmlGenRunBase::WriteRegInfo(eslapi::CADIRegInfo_t info)
         WriteRegDisplay("display", info.display);
         // The reverse of what the message says: a symbol register gets it, any other its list.
         if (info.display == eslapi::CADI_REGTYPE_SYMBOL) {
-            WriteString("symbols", "Register is not of type CADI_REGTYPE_SYMBOL");
+            WriteString("symbols", std::string(LogWords::noSymbolRegister));
         } else {
             WriteRegSymbol("symbols", info.symbols);
         }

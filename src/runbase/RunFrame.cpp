@@ -1,4 +1,8 @@
+// The run phase's frame: the start tag of a call on a target, and what the logging layer sets. Tested by
+// tests/runbase/RunFrameTest.cpp.
+
 #include "base/ElementForms.h"
+#include "format/LogWords.h"
 
 #include <utility>
 
@@ -29,15 +33,10 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName)
 
 void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_t address)
 {
-    // Four blanks whatever the depth, and both parts as given: this line is the logging layer's own.
+    // One level whatever the depth, and both parts as given: this line is the logging layer's own.
     if (!pendingElementName.empty() && !pendingElementText.empty()) {
-        logFile.Append("    <");
-        logFile.Append(pendingElementName);
-        logFile.Append(">");
-        logFile.Append(pendingElementText);
-        logFile.Append("</");
-        logFile.Append(pendingElementName);
-        logFile.Append(">\n");
+        AppendIndentation(logFile, 1);
+        AppendPlainElement(logFile, pendingElementName, [&] { logFile.Append(pendingElementText); });
     }
     // Half an element is dropped too: it must not wait for its other half and a later call.
     pendingElementName.clear();
@@ -47,22 +46,16 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
     // an end tag, one level less, brings the attributes under the "<".
     WriteTabs(true);
     ++depth;
-    logFile.Append("<");
-    AppendName(logFile, callName);
-    logFile.Append(" call_num=\"");
-    AppendDecimal(logFile, callNo);
-    logFile.Append("\"\n");
-    WriteTimestamp("call_time", false);
+    AppendTagBegin(logFile, callName);
+    AppendAttribute(logFile, LogWords::callNumber, callNo);
+    logFile.Append("\n");
+    WriteTimestamp(std::string(LogWords::callTime), false);
     const std::uint64_t thread = Low32(pthread_self());
     logFile.Append("\n");
     WriteTabs(false);
-    logFile.Append(" threadId=\"");
-    AppendDecimal(logFile, thread);
-    logFile.Append("\"");
+    AppendAttribute(logFile, LogWords::threadId, thread);
     if (address != 0) {
-        logFile.Append(" disassembler_address=\"0x");
-        AppendHex(logFile, address, 16);
-        logFile.Append("\"");
+        AppendHexAttribute(logFile, LogWords::disassemblerAddress, address, 16);
     }
     logFile.Append(">\n");
 }
