@@ -196,7 +196,7 @@ public:
     /// The number of the call entered last, 0 before the first.
     virtual unsigned int GetCallNo();
 
-    // ---- Life of a log (base/LogFile.cpp) -----------------------------------------------------
+    // ---- Life of a log (base/LogLife.cpp) -----------------------------------------------------
 
     /// The text that ends the file: "</trace-4242>\n". The process id is read at each call.
     std::string GetFileEndTag();

@@ -1,3 +1,5 @@
+// The writers of arrays of scalars. Tested by tests/base/ArraysTest.cpp.
+
 #include "base/ElementForms.h"
 
 namespace Scrivel2
@@ -39,22 +41,6 @@ void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned ch
                 WriteByte("value", data + lineCount + i);
             }
         }
-    });
-}
-
-template <typename Integer>
-void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
-                                      bool hex, const std::string& nullName, const std::string& childName)
-{
-    constexpr unsigned int digits = 2 * sizeof(Integer);
-    WriteItems(ident, items, count, nullName, [&](Integer item) {
-        WriteElement(childName, [&] {
-            if (hex) {
-                AppendHex(logFile, item, digits);
-            } else {
-                AppendDecimal(logFile, item);
-            }
-        });
     });
 }
 

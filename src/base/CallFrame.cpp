@@ -94,19 +94,7 @@ void ScrivelXmlGenBase::WriteTimestamp(const std::string& name, bool asElement)
     }
 }
 
-// ---- Comments, interrupted and continued calls --------------------------------------------------
-
-void ScrivelXmlGenBase::WriteComment(std::string text)
-{
-    SeekFilePointerPosition();
-    WriteTabs(false);  // at the end of the line before: the comment begins with a newline of its own
-    logFile.Append("\n");
-    logFile.Append(LogWords::commentBegin);
-    logFile.Append(text);
-    logFile.Append(LogWords::commentEnd);
-    logFile.Append("\n\n");
-    logFile.flush();
-}
+// ---- Interrupted and continued calls ------------------------------------------------------------
 
 namespace
 {

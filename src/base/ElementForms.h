@@ -59,6 +59,23 @@ void ScrivelXmlGenBase::WriteItems(const std::string& ident, Item* items, Count 
     });
 }
 
+/// A container of integers, in decimal or in as many hexadecimal digits as their type holds.
+template <typename Integer>
+void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
+                                      bool hex, const std::string& nullName, const std::string& childName)
+{
+    constexpr unsigned int digits = 2 * sizeof(Integer);
+    WriteItems(ident, items, count, nullName, [&](Integer item) {
+        WriteElement(childName, [&] {
+            if (hex) {
+                AppendHex(logFile, item, digits);
+            } else {
+                AppendDecimal(logFile, item);
+            }
+        });
+    });
+}
+
 /// What `writeValue` makes of the value pointed to, or a null element.
 template <typename Value, typename WriteValue>
 void ScrivelXmlGenBase::WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue)

@@ -1,3 +1,6 @@
+// The life of a log: its file, header and end, the closing text after each flush, comments between calls.
+// Tested by tests/base/LogLifeTest.cpp, comments by tests/base/CallFrameTest.cpp.
+
 #include "base/LogText.h"
 #include "format/LogWords.h"
 #include "ScrivelXmlGen.h"
@@ -145,6 +148,18 @@ std::streamoff ScrivelXmlGenBase::GetLastFilePointerPosition()
 std::streamoff ScrivelXmlGenBase::GetCurrentFilePointerPosition()
 {
     return logFile.tellp();
+}
+
+void ScrivelXmlGenBase::WriteComment(std::string text)
+{
+    SeekFilePointerPosition();
+    WriteTabs(false);  // at the end of the line before: the comment begins with a newline of its own
+    logFile.Append("\n");
+    logFile.Append(LogWords::commentBegin);
+    logFile.Append(text);
+    logFile.Append(LogWords::commentEnd);
+    logFile.Append("\n\n");
+    logFile.flush();
 }
 
 }  // namespace Scrivel2
