@@ -155,7 +155,7 @@ public:
     virtual void WriteContinueFunction(unsigned int callNo, std::string callName);
 
     /// Writes the time since StartLogging, in seconds with six decimals, as a child element or as an
-    /// attribute of a tag that the caller is writing, each behind its indentation. The name is written as
+    /// attribute of a tag that the caller is writing, each after its indentation. The name is written as
     /// given.
     ///
     ///     WriteTimestamp("return_time", true)   ->  <return_time>3.004500 s</return_time>
@@ -173,7 +173,7 @@ public:
     ///     <Connect call_num="3" call_time="0.010020 s">
     virtual void WriteDetailedIdent(std::string name);
 
-    /// Writes an end tag behind a value that stands on the start tag's line, and a newline.
+    /// Writes an end tag after a value that stands on the start tag's line, and a newline.
     virtual void WriteIdentWithoutTabs(std::string name);
 
     /// Writes the indentation of a start tag or of an end tag: four blanks a level, no tabs.
@@ -344,7 +344,7 @@ protected:
     std::vector<std::string> factoryErrorNames;  ///< in the order of CADIFactoryErrorCode_t
 
 private:
-    std::string fileEndTag;  // the memory behind FileEndTag, kept from call to call
+    std::string fileEndTag;  // what FileEndTag returns, in memory that is kept from call to call
 };
 
 /// The run phase's frame and the writers of the CADI types that calls on a target pass and return.

@@ -1,46 +1,22 @@
 // The life of a log: its file, header and end, the closing text after each flush, comments between calls.
 // Tested by tests/base/LogLifeTest.cpp, comments by tests/base/CallFrameTest.cpp.
 
-#include "base/LogText.h"
+#include "base/SharedRecords.h"
 #include "format/LogWords.h"
-#include "ScrivelXmlGen.h"
 
 #include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <iostream>
-#include <iterator>
 
 #include <unistd.h>
 
 namespace Scrivel2
 {
 
-namespace
-{
-
-constexpr const char* factoryErrors[] = {
-    "CADIFACT_ERROR_OK",
-    "CADIFACT_ERROR_GENERAL",
-    "CADIFACT_ERROR_PARAMETER_UNKNOWN",
-    "CADIFACT_ERROR_PARAMETER_MISSING",
-    "CADIFACT_ERROR_PARAMETER_WRONG_TYPE",
-    "CADIFACT_ERROR_PARAMETER_OUT_OF_RANGE",
-    "CADIFACT_ERROR_PARAMETER_CONFLICT",
-    "CADIFACT_ERROR_LICENCE_NOT_FOUND",
-    "CADIFACT_ERROR_LICENCE_EXPIRED",
-    "CADIFACT_ERROR_LICENCE_IN_USE",
-    "CADIFACT_ERROR_TOO_MANY_INSTANCES",
-    "CADIFACT_ERROR_INSTANCE_NAME_IN_USE",
-    "CADIFACT_ERROR_OUT_OF_MEMORY",
-    "CADIFACT_ERROR_RESOURCE_UNAVAILABLE",
-};
-
-}  // namespace
-
 ScrivelXmlGenBase::ScrivelXmlGenBase(const char* name, const char* version)
     : logName(name), cadiVersion(version), writeSecure(true), lastFilePos(0), callNo(0), depth(0),
-      callOpen(false), startTime(), factoryErrorNames(std::begin(factoryErrors), std::end(factoryErrors))
+      callOpen(false), startTime(), factoryErrorNames(FactoryErrorNames())
 {
 }
 

@@ -1,10 +1,13 @@
-// What the connection phase and the run phase write alike: the names of two enumerations, and the fields
-// of three records as lists over the generator that writes them. Internal: not installed.
+// What the connection phase and the run phase write alike: the names of three enumerations, and the
+// fields of three records as lists over the generator that writes them. Internal: not installed.
 
 #ifndef SCRIVEL_BASE_SHAREDRECORDS_H
 #define SCRIVEL_BASE_SHAREDRECORDS_H
 
 #include "base/ElementForms.h"
+
+#include <string>
+#include <vector>
 
 namespace Scrivel2
 {
@@ -40,6 +43,9 @@ inline const char* ValueDataTypeName(eslapi::CADIValueDataType_t value)
     };
     return NameAt(value_data_type_to_string, value);
 }
+
+/// In the order of CADIFactoryErrorCode_t, made anew: each generator owns its names.
+std::vector<std::string> FactoryErrorNames();
 
 // ---- Fields -------------------------------------------------------------------------------------
 
