@@ -43,16 +43,20 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
     pendingElementText.clear();
 
     // The start tag spans three lines. The depth is raised after the first, so that the indentation of
-    // an end tag, one level less, brings the attributes under the "<".
+    // an end tag, one level less, brings the attributes under the "<". It is set, not counted: an
+    // override of WriteTabs may change it.
+    const unsigned int inside = depth + 1;
     WriteTabs(true);
-    ++depth;
+    depth = inside;
     AppendTagBegin(logFile, callName);
     AppendAttribute(logFile, LogWords::callNumber, callNo);
     logFile.Append("\n");
     WriteTimestamp(std::string(LogWords::callTime), false);
+    depth = inside;
     const std::uint64_t thread = Low32(pthread_self());
     logFile.Append("\n");
     WriteTabs(false);
+    depth = inside;
     AppendAttribute(logFile, LogWords::threadId, thread);
     if (address != 0) {
         AppendHexAttribute(logFile, LogWords::disassemblerAddress, address, 16);

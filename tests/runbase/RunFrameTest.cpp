@@ -553,6 +553,35 @@ TEST_F(RunFrame, EnteringACallGoesThroughTheTableAndRaisesTheNumberItself)
                          }));
 }
 
+/// Changes the depth wherever something is indented.
+class Sinking : public Scrivel2XmlGenRun
+{
+public:
+    using Scrivel2XmlGenRun::depth;
+    using Scrivel2XmlGenRun::Scrivel2XmlGenRun;
+
+    void WriteTabs(bool openTag) override
+    {
+        Scrivel2XmlGenRun::WriteTabs(openTag);
+        depth += 3;
+    }
+};
+
+TEST_F(RunFrame, StartTagRaisesTheDepthByOneWhateverIndentationDoesToIt)
+{
+    Sinking log("trace");
+    log.StartLogging();
+    log.SeekFilePointerPosition();
+    log.WriteDetailedIdent("CADIReset", 1);
+    EXPECT_EQ(log.depth, 2U);
+    log.UpdateFilePointerPosition();
+    log.EndLogging();
+    EXPECT_EQ(WholeFile(), Header() + R"(    <CADIReset call_num="0"
+     call_time="0.000000 s"
+     threadId="1234" disassembler_address="0x0000000000000001">
+)" + EndTag());
+}
+
 /// Enters calls in a way of its own.
 class Entering : public Scrivel2XmlGenRun
 {
