@@ -91,9 +91,9 @@ void ScrivelXmlGenRunBase::WriteAddr(std::string ident, eslapi::CADIAddr_t addre
 {
     WriteContainer(ident, [&] {
         WriteDecimal("spaceId", address.spaceId);
-        const std::string* const name = FindName(memSpaceNames, address.spaceId);
+        const std::string name = FindName(memSpaceNames, address.spaceId);
         WriteElement("spaceName", [&] {
-            AppendEscaped(logFile, name != nullptr ? std::string_view(*name) : LogWords::unknownMemSpace);
+            AppendEscaped(logFile, name.empty() ? LogWords::unknownMemSpace : std::string_view(name));
         });
         WriteHex("addr", address.addr, 16);  // all 64 bits, unlike the bounds of spaces and blocks
     });

@@ -5,18 +5,20 @@
 
 #include "ScrivelXmlGen.h"
 
+#include <string>
+
 namespace Scrivel2
 {
 
-/// The name that the table gives a number, where it stands; null when there is no table, no entry or an
-/// empty name.
-inline const std::string* FindName(const ScrivelXmlGenRunBase::NameTable* names, unsigned int number)
+/// A copy of the name that the table gives a number, since a frame operation may change the table; empty
+/// when there is no table or no entry.
+inline std::string FindName(const ScrivelXmlGenRunBase::NameTable* names, unsigned int number)
 {
     if (names == nullptr) {
-        return nullptr;
+        return {};
     }
     const auto entry = names->find(number);
-    return entry == names->end() || entry->second.empty() ? nullptr : &entry->second;
+    return entry == names->end() ? std::string() : entry->second;
 }
 
 }  // namespace Scrivel2

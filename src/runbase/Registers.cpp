@@ -72,8 +72,8 @@ void ScrivelXmlGenRunBase::WriteRegInfoArray(std::string ident, eslapi::CADIRegI
 void ScrivelXmlGenRunBase::WriteReg(std::string ident, eslapi::CADIReg_t reg)
 {
     // A register that the table names is written under that name, not under the argument's.
-    const std::string* const name = FindName(registerNames, reg.regNumber);
-    WriteContainer(name != nullptr ? *name : ident, [&] {
+    const std::string name = FindName(registerNames, reg.regNumber);
+    WriteContainer(name.empty() ? ident : name, [&] {
         WriteDecimal("regNumber", reg.regNumber);
         WriteByte("bytes", reg.bytes);
         WriteDecimal("offset128", reg.offset128);

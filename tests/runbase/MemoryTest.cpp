@@ -401,6 +401,33 @@ TEST_F(Addresses, TableCountsAsItIsAtEachAddress)
                   AddrText("1", "unknown memSpaceInfo"));
 }
 
+/// Empties its table of names when the element of a space's name begins.
+class Forgetful : public Scrivel2::Scrivel2XmlGenRun
+{
+public:
+    explicit Forgetful(const char* name) : Scrivel2XmlGenRun(name) { SetMemSpaceNames(&names); }
+
+    void WriteIdent(std::string name, bool openTag, bool newline) override
+    {
+        if (openTag && name == "spaceName") {
+            names.clear();
+        }
+        Scrivel2XmlGenRun::WriteIdent(name, openTag, newline);
+    }
+
+private:
+    NameTable names{{1, "tightlyCoupledDataMemory"}};
+};
+
+TEST_F(Addresses, HaveTheNameThatTheTableHadWhenItWasLookedUp)
+{
+    EXPECT_EQ(Written<Forgetful>([](auto& log) {
+                  log.WriteAddr("addr", {1, 0xcafe});
+                  log.WriteAddr("addr", {1, 0xcafe});
+              }),
+              AddrText("1", "tightlyCoupledDataMemory") + AddrText("1", "unknown memSpaceInfo"));
+}
+
 TEST_F(Addresses, TableOfRegistersNamesNoSpace)
 {
     const NameTable names{{1, "R1"}};

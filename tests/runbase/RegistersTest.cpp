@@ -350,6 +350,33 @@ TEST_F(Regs, TableCountsAsItIsAtEachValue)
                   RegText("value", "15"));
 }
 
+/// Empties its table of names whenever an element begins.
+class Forgetful : public Scrivel2::Scrivel2XmlGenRun
+{
+public:
+    explicit Forgetful(const char* name) : Scrivel2XmlGenRun(name) { SetRegisterNames(&names); }
+
+    void WriteIdent(std::string name, bool openTag, bool newline) override
+    {
+        if (openTag) {
+            names.clear();
+        }
+        Scrivel2XmlGenRun::WriteIdent(name, openTag, newline);
+    }
+
+private:
+    NameTable names{{15, "programCounterOfTheFirstCore"}};
+};
+
+TEST_F(Regs, AreNamedAsTheTableNamedThemWhenTheyWereLookedUp)
+{
+    EXPECT_EQ(Written<Forgetful>([](auto& log) {
+                  log.WriteReg("value", Reg(15));
+                  log.WriteReg("value", Reg(15));
+              }),
+              RegText("programCounterOfTheFirstCore", "15") + RegText("value", "15"));
+}
+
 TEST_F(Regs, TableOfMemorySpacesNamesNoRegister)
 {
     const NameTable names{{15, "data"}};
