@@ -20,8 +20,8 @@ void ScrivelXmlGenBase::WriteCharArray(std::string ident, const char* items, uns
 
 void ScrivelXmlGenBase::WriteStringArray(std::string ident, char** items, unsigned int count)
 {
-    // Each entry is an element in an element, both with the array's own name, the inner one indented
-    // behind the outer start tag.
+    // Each entry is an element in an element, both with the array's own name. The inner one has its
+    // indentation after the outer start tag.
     WriteItems(ident, items, count, "string",
                [&](const char* item) { WriteElement(ident, [&] { WriteString(ident, item); }); });
 }

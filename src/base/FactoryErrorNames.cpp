@@ -50,7 +50,7 @@ constexpr char Scrambled(char character, std::size_t position)
 
 std::string Restored(std::string_view hidden)
 {
-    // Read as if they could change: otherwise the compiler would put the restored text into the library.
+    // Read as if they could change: otherwise a compiler could put the restored text into the library.
     const volatile signed char* const restoring = shifts;
     std::string text;
     text.reserve(hidden.size());
@@ -71,7 +71,7 @@ std::string HIDESTR_internal(Characters... hidden)
 template <std::size_t name, std::size_t... positions>
 std::string FactoryErrorName(std::index_sequence<positions...> /*positions*/)
 {
-    // As constants of a type they are scrambled at compile time, without optimisation too.
+    // Constants of a type are made at compile time, without optimisation too.
     return HIDESTR_internal(
         std::integral_constant<char, Scrambled(FactoryErrors()[name][positions], positions)>::value...);
 }

@@ -47,7 +47,7 @@ void ScrivelXmlGenBase::StartLogging()
     logFile.Append("<" + logName + "-" + std::to_string(getpid()) + "\n");
     gettimeofday(&startTime, nullptr);
 
-    // The time and the host name share a buffer: a host name that can't be read leaves the time in it.
+    // The time and the host name share a buffer: a host name that can't be read is written as the time.
     char text[256] = {};
     const std::time_t now = time(nullptr);
     strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime(&now));

@@ -1,3 +1,5 @@
+// The writers of values behind pointers. Tested by tests/base/PointerValuesTest.cpp.
+
 #include "base/ElementForms.h"
 
 namespace Scrivel2

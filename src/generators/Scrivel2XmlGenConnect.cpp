@@ -1,3 +1,5 @@
+// The generator of the connection phase. Tested by tests/generators/Scrivel2XmlGenConnectTest.cpp.
+
 #include "base/SharedRecords.h"
 #include "format/LogWords.h"
 

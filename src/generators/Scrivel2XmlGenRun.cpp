@@ -1,3 +1,5 @@
+// The generator of the run phase. Tested by tests/generators/Scrivel2XmlGenRunTest.cpp.
+
 #include "base/SharedRecords.h"
 
 #include <cstdio>

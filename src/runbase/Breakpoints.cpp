@@ -1,3 +1,5 @@
+// Breakpoints and exceptions. Tested by tests/runbase/BreakpointsTest.cpp.
+
 #include "base/ElementForms.h"
 
 namespace Scrivel2

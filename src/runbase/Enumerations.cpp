@@ -1,3 +1,6 @@
+// The names of enumerators, and what stands for values without one. Tested by
+// tests/runbase/EnumerationsTest.cpp.
+
 #include "base/SharedRecords.h"
 #include "format/LogWords.h"
 
@@ -177,7 +180,7 @@ void ScrivelXmlGenRunBase::WriteEndianness(std::string ident, unsigned char endi
     if (const char* name = NameAt(endianness_to_string, endianness)) {
         WriteString(ident, name);
     } else {
-        // The byte stands behind the zeros as the character that it is, not as a digit.
+        // After the zeros comes the byte as the character that it is, not as a digit.
         WriteString(ident, std::string("0x0000000") + static_cast<char>(endianness));
     }
 }

@@ -1,3 +1,5 @@
+// Execution modes, reset levels, pipe stages. Tested by tests/runbase/ExecModesTest.cpp.
+
 #include "base/ElementForms.h"
 
 namespace Scrivel2

@@ -1,3 +1,5 @@
+// Memory spaces and blocks, caches, overlays, addresses. Tested by tests/runbase/MemoryTest.cpp.
+
 #include "base/ElementForms.h"
 #include "format/LogWords.h"
 #include "runbase/NameLookup.h"
@@ -44,7 +46,7 @@ void ScrivelXmlGenRunBase::WriteMemBlockInfo(eslapi::CADIMemBlockInfo_t block)
         WriteString("description", block.description);
         WriteDecimal("id", block.id);
         WriteDecimal("parentID", block.parentID);
-        // Both bounds lose their upper 32 bits, in spite of the sixteen digits.
+        // Sixteen digits, but both bounds lose their upper 32 bits.
         WriteHex("startAddr", Low32(block.startAddr), 16);
         WriteHex("endAddr", Low32(block.endAddr), 16);
         WriteDecimal("cyclesToAccess", block.cyclesToAccess);

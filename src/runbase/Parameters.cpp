@@ -1,3 +1,5 @@
+// Parameters of a target and the errors of factories. Tested by tests/runbase/ParametersTest.cpp.
+
 #include "base/SharedRecords.h"
 
 namespace Scrivel2

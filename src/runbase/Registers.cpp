@@ -1,3 +1,5 @@
+// Registers: their groups, descriptions and values. Tested by tests/runbase/RegistersTest.cpp.
+
 #include "base/ElementForms.h"
 #include "format/LogWords.h"
 #include "runbase/NameLookup.h"

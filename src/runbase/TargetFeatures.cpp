@@ -1,3 +1,5 @@
+// What a target can do. Tested by tests/runbase/TargetFeaturesTest.cpp.
+
 #include "base/ElementForms.h"
 
 namespace Scrivel2
