@@ -211,7 +211,6 @@ private:
         bool thrown = false;
         try {
             give([&](auto& xml) {
-                xml.WriteIdent("left", true, true);
                 WriteValues(xml, values);
                 throw TargetFault();
             });

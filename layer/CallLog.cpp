@@ -1,16 +1,14 @@
+// The names of registers and memory spaces that a run's log learns. Tested by
+// tests/layer/CallLogTest.cpp.
+
 #include "CallLog.h"
 
-#include <atomic>
 #include <cstring>
-
-#include <pthread.h>
 
 namespace Scrivel2
 {
 namespace
 {
-
-std::atomic<unsigned int> forkCount{0};
 
 template <std::size_t size>
 std::string TextOf(const char (&text)[size])
@@ -20,25 +18,10 @@ std::string TextOf(const char (&text)[size])
 
 }  // namespace
 
-unsigned int ForkCount()
-{
-    static const int registered =
-        pthread_atfork(nullptr, nullptr, [] { forkCount.fetch_add(1, std::memory_order_relaxed); });
-    static_cast<void>(registered);
-    return forkCount.load(std::memory_order_relaxed);
-}
-
-ClassicLocale::ClassicLocale()
-{
-    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
-    before = uselocale(classic);
-}
-
 RunLog::RunLog(std::string_view name) : CallLog(name)
 {
     const Access log{*this};
-    log->SetRegisterNames(&registerNames);
-    log->SetMemSpaceNames(&memSpaceNames);
+    log->SetNames(&registerNames, &memSpaceNames);
 }
 
 RunLog::~RunLog()

@@ -3,42 +3,22 @@
 #ifndef SCRIVEL_LAYER_CALLLOG_H
 #define SCRIVEL_LAYER_CALLLOG_H
 
+#include "scrivel/ClassicLocale.h"
 #include "scrivel/CompleteFileGenerator.h"
+#include "scrivel/ForkCount.h"
 
 #include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
 
-#include <locale.h>
 #include <unistd.h>
 
 namespace Scrivel2
 {
 
-// What a shared library shows, also when it is built to hide what isn't marked.
 template <typename Generator>
-class [[gnu::visibility("default")]] CallLog;
-class [[gnu::visibility("default")]] RunLog;
-class [[gnu::visibility("default")]] ClassicLocale;
-
-/// How many forks lie between this process and the one that loaded the library. A child's number
-/// differs from its parent's, so a log knows in which of the two it was started.
-[[gnu::visibility("default")]] unsigned int ForkCount();
-
-/// While one of these lives the thread's C locale is the classic one, in which every byte from 0x80 up
-/// is escaped. In an 8-bit locale the log would have bytes that are no UTF-8.
-class ClassicLocale
-{
-public:
-    ClassicLocale();
-    ~ClassicLocale() { uselocale(before); }
-    ClassicLocale(const ClassicLocale&) = delete;
-    ClassicLocale& operator=(const ClassicLocale&) = delete;
-
-private:
-    locale_t before;
-};
+class LoggedCall;
 
 /// A log of calls, from its construction until EndLogging or its destruction. LoggedCall writes the
 /// calls; `Generator` is Scrivel2XmlGenRun or Scrivel2XmlGenConnect. Any thread may log at any time.
@@ -56,7 +36,7 @@ public:
     /// can't be made is reported on standard error, and what is logged is lost.
     explicit CallLog(std::string_view name)
         : logName(UnusedLogName(name)), fileName(logName + "-" + std::to_string(getpid()) + ".xml"),
-          forkCount(ForkCount()), generator(logName.c_str())
+          forkCount(Layer::ForkCount()), generator(logName.c_str())
     {
         generator.StartLogging();
     }
@@ -97,6 +77,7 @@ public:
         }
     }
 
+protected:
     /// The generator, for one thread at a time: locks the log while it lives. False when nothing may be
     /// written, because the log has ended or the process is a forked child (whose copy of the lock may
     /// be held by a thread that it doesn't have).
@@ -105,29 +86,31 @@ public:
     public:
         explicit Access(CallLog& callLog) : generator(nullptr), lock(callLog.mutex, std::defer_lock)
         {
-            if (callLog.forkCount == ForkCount()) {
+            if (callLog.forkCount == Layer::ForkCount()) {
                 lock.lock();
                 generator = callLog.ended ? nullptr : &callLog.generator;
             }
         }
 
         explicit operator bool() const { return generator != nullptr; }
-        CompleteFileGenerator<Generator>& operator*() const { return *generator; }
-        CompleteFileGenerator<Generator>* operator->() const { return generator; }
+        Layer::CompleteFileGenerator<Generator>& operator*() const { return *generator; }
+        Layer::CompleteFileGenerator<Generator>* operator->() const { return generator; }
 
     private:
-        CompleteFileGenerator<Generator>* generator;
+        Layer::CompleteFileGenerator<Generator>* generator;
         std::unique_lock<std::mutex> lock;
-        ClassicLocale locale;
+        Layer::ClassicLocale locale;
     };
 
 private:
+    friend class LoggedCall<Generator>;
+
     std::string logName;
     std::string fileName;
     unsigned int forkCount;
     std::mutex mutex;
     bool ended = false;
-    CompleteFileGenerator<Generator> generator;
+    Layer::CompleteFileGenerator<Generator> generator;
 };
 
 /// The log of the calls with which a debugger finds factories, simulations and targets.

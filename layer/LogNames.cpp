@@ -1,3 +1,5 @@
+// Names and texts that no XML reader refuses. Tested by tests/layer/LogNamesTest.cpp.
+
 #include "scrivel/LogNames.h"
 
 #include "format/Characters.h"

@@ -76,9 +76,9 @@ namespace Scrivel2
 /// Logs one call from its construction to its end. It belongs to the one thread that makes the call, and
 /// refers to its log.
 ///
-/// The callables that it is given get the log's generator and write with it: all writers of values, and
-/// WriteComment. They run at once, under the log's lock: a logged call made inside one would wait for
-/// itself. When one throws, what it has written is blanked out, and the exception goes on.
+/// The callables that it is given write with what they get, a RunWriters or ConnectWriters: all writers
+/// of values, and WriteComment. They run at once, under the log's lock: a logged call made inside one
+/// would wait for itself. When one throws, what it has written is blanked out, and the exception goes on.
 template <typename Generator>
 class LoggedCall
 {
@@ -154,7 +154,7 @@ private:
     using Access = typename CallLog<Generator>::Access;
 
     // The end tag of an interrupting call is overwritten by the comment and the reopened element that
-    // follow it: a longer name could stick out behind the end of the document.
+    // follow it: a longer name could stick out after the end of the document.
     static constexpr std::size_t longestName = 60;
 
     LoggedCall(std::string_view callName, CallLog<Generator>& callLog)
@@ -162,7 +162,7 @@ private:
     {
     }
 
-    void Close(CompleteFileGenerator<Generator>& xml)
+    void Close(Layer::CompleteFileGenerator<Generator>& xml)
     {
         xml.WriteIdent(name, false, true);
         xml.FlushOutput(true, "");

@@ -7,15 +7,14 @@
 #error "The layer of ScrivelXmlGen needs exceptions: compile without -fno-exceptions"
 #endif
 
-#include "scrivel/LogNames.h"
-#include "ScrivelXmlGen.h"
+#include "scrivel/ValueWriters.h"
 
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
-namespace Scrivel2
+namespace Scrivel2::Layer
 {
 
 // Shown by what a shared library shows.
@@ -35,15 +34,14 @@ class [[gnu::visibility("default")]] CompleteFileGenerator;
 /// otherwise than the generator underneath, besides the root end tag:
 ///
 ///  - The comments that mark interrupted and continued calls reach the file with the flush that closes
-///    the document behind them.
+///    the document after them.
 ///  - The end tag of a call that is still open stays, when an older call is continued or the log ends.
-///  - Elements named with a leading "-" or "." are written with "_" in its place, and characters that
-///    XML readers refuse are escaped by WriteChar and WriteCharPtrVal too.
+///  - Elements named with a leading "-" or "." are written with "_" in its place.
 template <typename Generator>
-class CompleteFileGenerator : public Generator
+class CompleteFileGenerator : public ValueWriters<Generator>
 {
 public:
-    using Generator::Generator;
+    explicit CompleteFileGenerator(const char* name) : ValueWriters<Generator>(name) {}
 
     // ---- Frame operations ---------------------------------------------------------------------
 
@@ -110,41 +108,18 @@ public:
         Generator::WriteIdentWithoutTabs(std::move(name));
     }
 
-    // ---- Writers that would break the document -------------------------------------------------
-    // These hide the generator's own.
-
-    /// Writes the character as the generator does when every reader takes it, else escaped.
-    ///
-    ///     WriteChar("c", 'x')   ->  <c>x</c>
-    ///     WriteChar("c", '<')   ->  <c>&lt;</c>
-    void WriteChar(std::string ident, char value)
-    {
-        const bool plain = value >= ' ' && value <= '~' && value != '<' && value != '>' && value != '&';
-        if (plain) {
-            Generator::WriteChar(std::move(ident), value);
-        } else {
-            this->WriteString(std::move(ident), std::string(1, value));
-        }
-    }
-
-    void WriteCharPtrVal(std::string ident, char* value)
-    {
-        if (value == nullptr) {
-            this->WriteNULLPointer(std::move(ident));
-        } else {
-            WriteChar(std::move(ident), *value);
-        }
-    }
-
-    /// Writes a comment at the put position, among arguments or results. The text may be any.
-    void WriteComment(const std::string& text)
-    {
-        const LogStream::FlushHold hold(this->logFile);
-        this->UpdateFilePointerPosition();
-        Generator::WriteComment(CommentText(text));
-    }
-
     // ---- What CallLog and LoggedCall are made of -----------------------------------------------
+
+    using Generator::SeekFilePointerPosition;
+    using Generator::StartLogging;
+
+    /// Of a run: the tables of names that values bear.
+    template <typename NameTable>
+    void SetNames(const NameTable* registers, const NameTable* memSpaces)
+    {
+        this->SetRegisterNames(registers);
+        this->SetMemSpaceNames(memSpaces);
+    }
 
     /// Enters a call of either phase and returns its number. The arguments and a flush must follow.
     unsigned int EnterCall(const std::string& callName)
@@ -181,15 +156,15 @@ public:
         FlushOutput(!endsInCallTag, this->openCallName);
     }
 
-    /// Lets `write` write to the log, then `finish`. When `write` throws, what it has written becomes
-    /// blanks, so that `finish` completes the document before the exception goes on.
+    /// Lets `write` write values to the log, then `finish`. When `write` throws, what it has written
+    /// becomes blanks, so that `finish` completes the document before the exception goes on.
     template <typename Write, typename Finish>
     void WriteAndFinish(Write& write, Finish finish)
     {
         const auto start = this->logFile.tellp();
         const unsigned int startDepth = this->depth;
         try {
-            write(*this);
+            write(static_cast<ValueWriters<Generator>&>(*this));
         } catch (...) {
             const auto length = this->logFile.tellp() - start;
             this->logFile.seekp(start);
@@ -215,6 +190,6 @@ private:
     bool reopening = false;
 };
 
-}  // namespace Scrivel2
+}  // namespace Scrivel2::Layer
 
 #endif

@@ -10,7 +10,7 @@ namespace Scrivel2
 {
 
 /// The text as a name that XML allows and that the generators leave as it is: ASCII letters, "_", and
-/// behind the first place digits, "-" and ".". Any other character becomes "_", one for one, and so does
+/// after the first place digits, "-" and ".". Any other character becomes "_", one for one, and so does
 /// the second of two "-": a comment may hold the name.
 ///
 ///     LegalName("CADIRegRead")   ->  CADIRegRead
@@ -19,13 +19,13 @@ namespace Scrivel2
 ///     LegalName("")              ->  emptyIdent
 [[gnu::visibility("default")]] std::string LegalName(std::string_view text);
 
-/// The name with the local date and time behind it, for logs of processes whose ids come again: in
+/// The name with the local date and time after it, for logs of processes whose ids come again: in
 /// containers they often do.
 ///
 ///     DatedName("run")   ->  run-20261121-140359
 [[gnu::visibility("default")]] std::string DatedName(std::string_view name);
 
-/// The name of a log that overwrites no other: the legal form of `name`, with a number behind it when a
+/// The name of a log that overwrites no other: the legal form of `name`, with a number after it when a
 /// log of that name is there already, of this process or of an earlier one of the same id. The log's
 /// empty file is made in the current directory, so that no one else is given the name.
 ///

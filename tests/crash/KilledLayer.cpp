@@ -80,7 +80,8 @@ public:
 private:
     void Call(const char* name, bool isCallback)
     {
-        const auto writeArguments = [&](auto& xml) { load.WriteContents(xml, xml.GetCallNo()); };
+        const unsigned int number = ++entered;
+        const auto writeArguments = [&](auto& xml) { load.WriteContents(xml, number); };
         if (random() % 2 == 0) {
             Scrivel2::LoggedCall call(log, name, writeArguments);
             LetTargetRun(call, isCallback);
@@ -126,6 +127,7 @@ private:
     Load& load;
     const std::function<void()>& due;
     std::mt19937_64 random;
+    unsigned int entered = 0;
     Scrivel2::RunLog log;
 };
 

@@ -49,17 +49,6 @@ CallContents Load::Contents(unsigned int call) const
     return {contents - inArray, static_cast<unsigned int>(inArray / itemBytes)};
 }
 
-void Load::WriteContents(Scrivel2::ScrivelXmlGenBase& log, unsigned int call)
-{
-    const CallContents contents = Contents(call);
-    if (contents.characters > 0) {
-        log.WriteString("text", text.substr(0, contents.characters));
-    }
-    if (contents.items > 0) {
-        log.WriteUint32Array("data", data.data(), contents.items, true);
-    }
-}
-
 void Load::WriteNextCall(Scrivel2::ScrivelXmlGenRunBase& log)
 {
     WriteContents(log, log.EnterCadiCall("CADIMemRead"));

@@ -35,8 +35,18 @@ public:
     /// Of the call of that number, the first being 1.
     CallContents Contents(unsigned int call) const;
 
-    /// Writes what the call of that number holds.
-    void WriteContents(Scrivel2::ScrivelXmlGenBase& log, unsigned int call);
+    /// Writes what the call of that number holds. `log` has the writers of values.
+    template <typename Log>
+    void WriteContents(Log& log, unsigned int call)
+    {
+        const CallContents contents = Contents(call);
+        if (contents.characters > 0) {
+            log.WriteString("text", text.substr(0, contents.characters));
+        }
+        if (contents.items > 0) {
+            log.WriteUint32Array("data", data.data(), contents.items, true);
+        }
+    }
 
     /// Logs the next call, up to and with its end tag. A flush must follow.
     void WriteNextCall(Scrivel2::ScrivelXmlGenRunBase& log);

@@ -246,14 +246,14 @@ TEST_F(LoggedCalls, CommentStandsAmongTheArguments)
 
 // ---- Callables that throw -----------------------------------------------------------------------
 
-/// Writes part of an element, and then can't go on.
+/// Writes part of the values, and then can't go on.
 struct Failing
 {
     template <typename Xml>
     void operator()(Xml& xml) const
     {
-        xml.WriteIdent("open", true, true);
-        xml.WriteDecimal("half", 1);
+        xml.WriteDecimal("first", 1);
+        xml.WriteDecimal("second", 2);
         throw std::runtime_error("the writer's own");
     }
 };
@@ -262,7 +262,8 @@ TEST_F(LoggedCalls, ArgumentsThatCannotBeWrittenAreBlankedOut)
 {
     LoggedCall call(log, "CADIMemRead");
     EXPECT_THROW(call.Arguments(Failing()), std::runtime_error);
-    const std::string blanks(std::string("        <open>\n            <half>1</half>\n").size(), ' ');
+    const std::string blanks(std::string("        <first>1</first>\n        <second>2</second>\n").size(),
+                             ' ');
     EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + "\n" + blanks + "    </CADIMemRead>\n"));
     call.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
     call.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
@@ -290,7 +291,8 @@ TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreBlankedOut)
     {
         const LoggedCall next(log, "next");
     }
-    const std::string blanks(std::string("        <open>\n            <half>1</half>\n").size(), ' ');
+    const std::string blanks(std::string("        <first>1</first>\n        <second>2</second>\n").size(),
+                             ' ');
     EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + R"(
         <return_time>0.000000 s</return_time>
 )" + blanks + "    </CADIMemRead>\n" +
@@ -306,6 +308,56 @@ TEST_F(LoggedCalls, LateArgumentsThatCannotBeWrittenLeaveADocument)
     const LoggedCall younger(log, "younger");
     EXPECT_THROW(older.Arguments(Failing()), std::runtime_error);
     EXPECT_TRUE(ScrivelTest::ReadCalls(InRunFile()).accepted);
+}
+
+TEST_F(LoggedCalls, ArrayWhoseWriterThrowsInItsMidstLeavesTheDepthAsItWas)
+{
+    char first[] = "first";
+    char* names[] = {first, nullptr};
+    {
+        LoggedCall call(log, "c");
+        EXPECT_THROW(call.Arguments([&](auto& xml) { xml.WriteStringArray("names", names, 2); }),
+                     std::logic_error);
+    }
+    {
+        const LoggedCall next(log, "next");
+    }
+    const std::string file = InRunFile();
+    ASSERT_TRUE(ScrivelTest::ReadCalls(file).accepted);
+    EXPECT_EQ(file.find("<names>"), std::string::npos);
+    EXPECT_NE(file.find("\n    <next call_num=\"2\"\n"), std::string::npos);
+}
+
+// ---- What the callables reach -------------------------------------------------------------------
+
+template <typename Xml, typename Use>
+constexpr bool Allows(Use)
+{
+    return std::is_invocable_v<Use, Xml&>;
+}
+
+template <typename Xml>
+constexpr bool
+    reachesValuesAlone = Allows<Xml>([](auto& xml) -> decltype(xml.WriteDecimal("d", 1)) {}) &&
+                         Allows<Xml>([](auto& xml) -> decltype(xml.WriteComment("c")) {}) &&
+                         !Allows<Xml>([](auto& xml) -> decltype(xml.ReopenCall(1, "c")) {}) &&
+                         !Allows<Xml>([](auto& xml) -> decltype(xml.WriteIdent("i", true, true)) {}) &&
+                         !Allows<Xml>([](auto& xml) -> decltype(xml.FlushOutput(true, "")) {}) &&
+                         !Allows<Xml>([](auto& xml) -> decltype(xml.SeekFilePointerPosition()) {}) &&
+                         !Allows<Xml>([](auto& xml) -> decltype(xml.EndLogging()) {}) &&
+                         !std::is_convertible_v<Xml&, ScrivelXmlGenBase&>;
+
+static_assert(reachesValuesAlone<RunWriters>);
+static_assert(reachesValuesAlone<ConnectWriters>);
+
+TEST_F(LoggedCalls, FunctionsMayTakeTheWritersByTheirName)
+{
+    const auto writeLevel = [](RunWriters& xml) { xml.WriteDecimal("level", 7); };
+    const auto writeDesired = [](ConnectWriters& xml) { xml.WriteDecimal("desired", 1); };
+    const LoggedCall call(log, "CADIExecReset", writeLevel);
+    const LoggedCall connectCall(connectLog, "GetTargetInfos", writeDesired);
+    EXPECT_EQ(ScrivelTest::ReadCalls(InRunFile()).calls.at(1).Argument("level"), "7");
+    EXPECT_EQ(ScrivelTest::ReadCalls(FileText("connect-4242.xml")).calls.at(1).Argument("desired"), "1");
 }
 
 // ---- What a call costs --------------------------------------------------------------------------
