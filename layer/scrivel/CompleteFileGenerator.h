@@ -7,6 +7,7 @@
 #error "The layer of ScrivelXmlGen needs exceptions: compile without -fno-exceptions"
 #endif
 
+#include "scrivel/LogComments.h"
 #include "scrivel/ValueWriters.h"
 
 #include <string>
@@ -36,6 +37,7 @@ class [[gnu::visibility("default")]] CompleteFileGenerator;
 ///  - The comments that mark interrupted and continued calls reach the file with the flush that closes
 ///    the document after them.
 ///  - The end tag of a call that is still open stays, when an older call is continued or the log ends.
+///  - A log that is ended has a last comment that says so.
 ///  - Elements named with a leading "-" or "." are written with "_" in its place.
 template <typename Generator>
 class CompleteFileGenerator : public ValueWriters<Generator>
@@ -81,11 +83,10 @@ public:
         Generator::WriteContinueFunction(number, std::move(callName));
     }
 
+    /// Ends the log with a comment that says so: what has none was cut off.
     void EndLogging() override
     {
-        if (endsInCallTag) {
-            this->UpdateFilePointerPosition();  // a call is open: its end tag stays
-        }
+        WriteLastComment(EndComment());
         Generator::EndLogging();
     }
 
@@ -179,6 +180,18 @@ public:
     bool IsGood() const { return this->logFile.good(); }
 
 private:
+    /// Writes a comment after which the file may be closed, without a flush.
+    void WriteLastComment(std::string text)
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        if (endsInCallTag) {
+            this->UpdateFilePointerPosition();  // a call is open: its end tag stays
+        }
+        this->depth = 1;
+        Generator::WriteComment(std::move(text));
+        this->UpdateFilePointerPosition();
+    }
+
     static void MakeHeadLegal(std::string& name)
     {
         if (!name.empty() && (name.front() == '-' || name.front() == '.')) {

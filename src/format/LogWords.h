@@ -46,6 +46,13 @@ inline constexpr std::string_view interruptedBegin = "Call ";
 inline constexpr std::string_view interruptedEnd = " interrupted";
 inline constexpr std::string_view continuingBegin = "Continuing call ";
 
+// ---- Comments of the logging layer ----------------------------------------------------------------
+
+//     <!-- Log ended -->
+// The last comment of a log that was ended, before the root end tag. A log without it was cut off,
+// between two calls when no call is open in it.
+inline constexpr std::string_view logEnded = "Log ended";
+
 // ---- Values ---------------------------------------------------------------------------------------
 
 inline constexpr std::string_view null = "NULL";

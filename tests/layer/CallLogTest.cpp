@@ -17,6 +17,10 @@ class CallLogs : public ScrivelTest::ScratchTest
 {
 protected:
     static std::string RunFile(const std::string& body) { return Header("run") + body + EndTag("run"); }
+    static std::string EndedRunFile(const std::string& body)
+    {
+        return RunFile(body + "\n<!-- Log ended -->\n\n");
+    }
 };
 
 TEST_F(CallLogs, LogIsCompleteFromItsStart)
@@ -31,7 +35,7 @@ TEST_F(CallLogs, DestructionEndsTheLog)
     {
         const ConnectLog log("run");
     }
-    EXPECT_EQ(FileText("run-4242.xml"), RunFile(""));
+    EXPECT_EQ(FileText("run-4242.xml"), EndedRunFile(""));
     EXPECT_EQ(ScrivelTest::platform.close.Calls(),
               2U);  // of the file that reserves the name, and the log
 }
@@ -43,7 +47,44 @@ TEST_F(CallLogs, IsGoodUntilItHasEnded)
     log.EndLogging();
     EXPECT_FALSE(log.IsGood());
     log.EndLogging();
-    EXPECT_EQ(FileText("run-4242.xml"), RunFile(""));
+    EXPECT_EQ(FileText("run-4242.xml"), EndedRunFile(""));
+}
+
+TEST_F(CallLogs, EndTakesOneWriteAndNoOther)
+{
+    RunLog log("run");
+    const unsigned int before = ScrivelTest::platform.pwrite.Calls();
+    log.EndLogging();
+    EXPECT_EQ(ScrivelTest::platform.pwrite.Calls(), before + 1);
+}
+
+TEST_F(CallLogs, EndTellsThatNothingIsMissingAfterACall)
+{
+    RunLog log("run");
+    {
+        const LoggedCall call(log, "CADIExecStop");
+    }
+    const std::string call = "    <CADIExecStop call_num=\"1\"\n"
+                             "     call_time=\"0.000000 s\"\n"
+                             "     threadId=\"1234\">\n"
+                             "        <return_time>0.000000 s</return_time>\n"
+                             "    </CADIExecStop>\n";
+    EXPECT_EQ(FileText("run-4242.xml"), RunFile(call));
+    log.EndLogging();
+    EXPECT_EQ(FileText("run-4242.xml"), EndedRunFile(call));
+}
+
+TEST_F(CallLogs, EndStandsAfterACallThatIsOpenAndAComment)
+{
+    RunLog log("run");
+    const LoggedCall call(log, "CADIExecStop");
+    log.Comment("waiting");
+    log.EndLogging();
+    EXPECT_EQ(FileText("run-4242.xml"), EndedRunFile("    <CADIExecStop call_num=\"1\"\n"
+                                                     "     call_time=\"0.000000 s\"\n"
+                                                     "     threadId=\"1234\">\n"
+                                                     "    \n<!-- waiting -->\n\n"
+                                                     "    </CADIExecStop>\n"));
 }
 
 TEST_F(CallLogs, IsGoodUntilAWriteFails)

@@ -282,14 +282,17 @@ private:
         }
         generator.EndLogging();
         log.EndLogging();
-        Compare(order);
+        Compare(order, "\n<!-- Log ended -->\n\n");
         std::remove("plain-4242.xml");
         std::remove("layer-4242.xml");
     }
 
-    static void Compare(const std::vector<std::size_t>& order)
+    /// `lastWords` are what the layer adds before the root end tag.
+    static void Compare(const std::vector<std::size_t>& order, const std::string& lastWords = "")
     {
-        ASSERT_EQ(AsLayer(FileText("plain-4242.xml")), FileText("layer-4242.xml")) << Shown(order);
+        std::string plain = AsLayer(FileText("plain-4242.xml"));
+        plain.insert(plain.rfind("</layer"), lastWords);
+        ASSERT_EQ(plain, FileText("layer-4242.xml")) << Shown(order);
     }
 
     /// The names of the two logs have the same length.

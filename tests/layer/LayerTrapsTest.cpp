@@ -103,6 +103,9 @@ TEST_F(Traps, LogEndsWithACallOpen)
     log.EndLogging();
     const std::string ended = RunFile(StartTag("CADIExecContinueForever") + R"(
     </CADIExecContinueForever>
+
+<!-- Log ended -->
+
 )");
     EXPECT_EQ(InRunFile(), ended);
     call.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
@@ -217,6 +220,23 @@ TEST_F(Traps, TargetCrashesInsideACallback)
     EXPECT_EQ(read.calls.at(1).name, "CADIExecContinue");
     EXPECT_EQ(read.calls.at(1).returns, 0U);
     EXPECT_EQ(read.calls.at(2).Argument("a"), "1");
+}
+
+TEST_F(Traps, LogOfAProcessThatDiesBetweenTwoCallsDoesNotSayThatItEnded)
+{
+    EXPECT_EQ(SignalOf([] {
+                  RunLog log("run");
+                  {
+                      const LoggedCall call(log, "CADIExecStop");
+                  }
+                  raise(SIGKILL);
+              }),
+              SIGKILL);
+    EXPECT_EQ(InRunFile(), RunFile("    <CADIExecStop call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "        <return_time>0.000000 s</return_time>\n"
+                                   "    </CADIExecStop>\n"));
 }
 
 TEST_F(Traps, CallNameThatIsNoIdentifierIsMadeOne)

@@ -225,7 +225,7 @@ TEST_F(LoggedCalls, CallAfterTheEndOfTheLogIsNotLogged)
     call.Arguments([](auto&) { FAIL() << "nothing to write to"; });
     call.Results([](auto&) { FAIL() << "nothing to write to"; });
     EXPECT_EQ(call.Number(), 0U);
-    EXPECT_EQ(InRunFile(), RunFile(""));
+    EXPECT_EQ(InRunFile(), RunFile("\n<!-- Log ended -->\n\n"));
 }
 
 TEST_F(LoggedCalls, CommentStandsAmongTheArguments)
