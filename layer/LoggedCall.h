@@ -69,6 +69,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace Scrivel2
 {
@@ -95,10 +96,23 @@ public:
     LoggedCall(CallLog<Generator>& callLog, std::string_view callName, WriteArguments writeArguments)
         : LoggedCall(callName, callLog)
     {
-        if (const Access xml{log}) {
-            number = xml->EnterCall(name);
-            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
-        }
+        Enter(writeArguments, [&](auto& xml) { return xml.EnterCall(name); });
+    }
+
+    /// Enters a call on a target whose element says more (CallHead), without and with its arguments.
+    LoggedCall(CallLog<Generator>& callLog, std::string_view callName, const CallHead& head)
+        : LoggedCall(callLog, callName, head, [](auto&) {})
+    {
+    }
+
+    template <typename WriteArguments>
+    LoggedCall(CallLog<Generator>& callLog, std::string_view callName, const CallHead& head,
+               WriteArguments writeArguments)
+        : LoggedCall(callName, callLog)
+    {
+        static_assert(std::is_same_v<Generator, Scrivel2XmlGenRun>,
+                      "Calls of the connection phase have no CallHead");
+        Enter(writeArguments, [&](auto& xml) { return xml.EnterCall(name, head); });
     }
 
     LoggedCall(const LoggedCall&) = delete;
@@ -160,6 +174,15 @@ private:
     LoggedCall(std::string_view callName, CallLog<Generator>& callLog)
         : log(callLog), name(LegalName(callName.substr(0, longestName)))
     {
+    }
+
+    template <typename WriteArguments, typename EnterCall>
+    void Enter(WriteArguments& writeArguments, EnterCall enterCall)
+    {
+        if (const Access xml{log}) {
+            number = enterCall(*xml);
+            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
+        }
     }
 
     void Close(Layer::CompleteFileGenerator<Generator>& xml)

@@ -7,12 +7,12 @@
 #error "The layer of ScrivelXmlGen needs exceptions: compile without -fno-exceptions"
 #endif
 
+#include "scrivel/CallHead.h"
 #include "scrivel/LogComments.h"
 #include "scrivel/ValueWriters.h"
 
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
 namespace Scrivel2::Layer
@@ -125,14 +125,23 @@ public:
     /// Enters a call of either phase and returns its number. The arguments and a flush must follow.
     unsigned int EnterCall(const std::string& callName)
     {
-        if constexpr (std::is_base_of_v<ScrivelXmlGenRunBase, Generator>) {
-            return this->EnterCadiCall(callName);
-        } else {
-            this->WriteCloseInterruptedFunction(callName);
-            this->IncCallNo();
-            this->WriteDetailedIdent(callName);
-            return this->GetCallNo();
+        this->WriteCloseInterruptedFunction(callName);
+        this->IncCallNo();
+        this->WriteDetailedIdent(callName);
+        return this->GetCallNo();
+    }
+
+    /// As the other, of a run, with what the head says.
+    unsigned int EnterCall(const std::string& callName, const CallHead& head)
+    {
+        if (!head.elementName.empty()) {
+            this->SetPendingElement(LegalName(head.elementName),
+                                    this->CheckString(std::string(head.elementText)));
         }
+        this->WriteCloseInterruptedFunction(callName);
+        this->IncCallNo();
+        this->WriteDetailedIdent(callName, head.disassemblerAddress);
+        return this->GetCallNo();
     }
 
     /// Whether the call is the one whose provisional end tag ends the file.

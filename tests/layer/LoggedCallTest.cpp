@@ -137,6 +137,66 @@ TEST_F(LoggedCalls, ConnectionPhaseCallIsWrittenInItsForm)
 )"));
 }
 
+TEST_F(LoggedCalls, CallForADisassemblerHasItsAddressAndAnElementBeforeIt)
+{
+    {
+        LoggedCall call(log, "CADIMemRead", CallHead{0x8000, "2nd disassembler", "RV32I & <C>\n"},
+                        [](auto& xml) { xml.WriteDecimal("bytes", 4); });
+    }
+    EXPECT_EQ(InRunFile(), RunFile("    <_nd_disassembler>RV32I &amp; &lt;C&gt;\\x0a</_nd_disassembler>\n"
+                                   "    <CADIMemRead call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\" disassembler_address=\"0x0000000000008000\">\n"
+                                   "        <bytes>4</bytes>\n"
+                                   "        <return_time>0.000000 s</return_time>\n"
+                                   "    </CADIMemRead>\n"));
+    EXPECT_TRUE(ScrivelTest::ReadCalls(InRunFile()).accepted);
+}
+
+TEST_F(LoggedCalls, AddressAndElementAreThoseOfOneCall)
+{
+    const LoggedCall first(log, "first", CallHead{0x8000, "before", "text"});
+    const LoggedCall second(log, "second");
+    const std::string file = InRunFile();
+    EXPECT_LT(file.find("<before>text</before>"), file.find("<first"));
+    EXPECT_EQ(file.find("<before>"), file.rfind("<before>"));
+    EXPECT_EQ(file.find("disassembler_address"), file.rfind("disassembler_address"));
+}
+
+TEST_F(LoggedCalls, ElementBeforeACallThatInterruptsStandsAfterTheInterruptedOne)
+{
+    const LoggedCall older(log, "older");
+    const LoggedCall younger(log, "younger", {0, "before", "text"});
+    EXPECT_EQ(InRunFile(), RunFile("    <older call_num=\"1\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </older>\n"
+                                   "\n<!-- Call 1 (\"older\") interrupted -->\n\n"
+                                   "    <before>text</before>\n"
+                                   "    <younger call_num=\"2\"\n"
+                                   "     call_time=\"0.000000 s\"\n"
+                                   "     threadId=\"1234\">\n"
+                                   "    </younger>\n"));
+}
+
+TEST_F(LoggedCalls, ElementWithoutNameOrTextIsNotWritten)
+{
+    const std::string call = "    <c call_num=\"1\"\n"
+                             "     call_time=\"0.000000 s\"\n"
+                             "     threadId=\"1234\">\n"
+                             "        <return_time>0.000000 s</return_time>\n"
+                             "    </c>\n";
+    {
+        const LoggedCall withoutName(log, "c", {0, "", "text"});
+    }
+    EXPECT_EQ(InRunFile(), RunFile(call));
+    RunLog other("other");
+    {
+        const LoggedCall withoutText(other, "c", {0, "name", ""});
+    }
+    EXPECT_EQ(FileText("other-4242.xml"), Header("other") + call + EndTag("other"));
+}
+
 TEST_F(LoggedCalls, CallbackInterruptsTheCallThatRuns)
 {
     {
