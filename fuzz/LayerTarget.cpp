@@ -14,6 +14,7 @@
 #include "reference/PlainGenerator.h"
 #include "reference/TextFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
 #include <memory>
@@ -72,7 +73,8 @@ public:
     Interleaving(Input& bytes, Surroundings& around) : input(bytes), surroundings(around)
     {
         FailWrites();
-        const std::string name = input.Text(20);
+        std::string name = input.Text(20);
+        std::replace(name.begin(), name.end(), '/', '_');  // no folders: the log is a file in memory
         Log log(name);
         while (!input.Ended()) {
             Step(log);

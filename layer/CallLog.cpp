@@ -18,7 +18,7 @@ std::string TextOf(const char (&text)[size])
 
 }  // namespace
 
-RunLog::RunLog(std::string_view name) : CallLog(name)
+RunLog::RunLog(std::string_view name, const LogOptions& options) : CallLog(name, options)
 {
     const Access log{*this};
     log->SetNames(&registerNames, &memSpaceNames);

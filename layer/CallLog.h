@@ -6,13 +6,13 @@
 #include "scrivel/ClassicLocale.h"
 #include "scrivel/CompleteFileGenerator.h"
 #include "scrivel/ForkCount.h"
+#include "scrivel/LogFiles.h"
+#include "scrivel/LogOptions.h"
 
 #include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
-
-#include <unistd.h>
 
 namespace Scrivel2
 {
@@ -30,15 +30,16 @@ template <typename Generator>
 class CallLog
 {
 public:
-    /// Starts a log in the current directory, run-4242.xml for the name "run". A name that XML doesn't
-    /// allow is made legal, and one that is in use gets a number (UnusedLogName): nothing is
-    /// overwritten. Where process ids come again, DatedName("run") tells the logs apart. A file that
-    /// can't be made is reported on standard error, and what is logged is lost.
-    explicit CallLog(std::string_view name)
-        : logName(UnusedLogName(name)), fileName(logName + "-" + std::to_string(getpid()) + ".xml"),
-          forkCount(Layer::ForkCount()), generator(logName.c_str())
+    /// Starts a log, run-4242.xml for the name "run". A folder in the name is taken as one; LogOptions
+    /// tells where the file is made. A name that XML doesn't allow is made legal, and one that is in use
+    /// gets a number (LogFiles): nothing is overwritten. Where process ids come again, DatedName("run")
+    /// tells the logs apart. A folder or a file that can't be made is reported on standard error, and
+    /// what is logged is lost.
+    explicit CallLog(std::string_view name, const LogOptions& options = {})
+        : settings(name, options), files(settings), forkCount(Layer::ForkCount()),
+          generator(files.LogName().c_str())
     {
-        generator.StartLogging();
+        generator.StartLoggingIn(files.First());
     }
 
     CallLog(const CallLog&) = delete;
@@ -57,7 +58,7 @@ public:
     }
 
     /// The log's file, as seen from the directory that was the current one at its start.
-    const std::string& FileName() const { return fileName; }
+    const std::string& FileName() const { return files.First(); }
 
     /// Whether the log goes on: it was opened, not ended, and every write has gone well so far.
     bool IsGood()
@@ -105,8 +106,8 @@ protected:
 private:
     friend class LoggedCall<Generator>;
 
-    std::string logName;
-    std::string fileName;
+    Layer::Settings settings;
+    Layer::LogFiles files;
     unsigned int forkCount;
     std::mutex mutex;
     bool ended = false;
@@ -125,7 +126,7 @@ using ConnectLog = CallLog<Scrivel2XmlGenConnect>;
 class RunLog : public CallLog<Scrivel2XmlGenRun>
 {
 public:
-    explicit RunLog(std::string_view name);
+    explicit RunLog(std::string_view name, const LogOptions& options = {});
     ~RunLog();
 
     /// To be called with what the target has returned. Later descriptions of the same register or space

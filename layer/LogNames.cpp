@@ -4,11 +4,7 @@
 
 #include "format/Characters.h"
 
-#include <cerrno>
 #include <ctime>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace Scrivel2
 {
@@ -23,17 +19,6 @@ bool MayBeginName(char c)
 bool IsNameCharacter(char c)
 {
     return MayBeginName(c) || IsDigit(static_cast<unsigned char>(c)) || c == '-' || c == '.';
-}
-
-/// Makes the file, unless there is one.
-bool MakeFile(const std::string& fileName)
-{
-    const int file = open(fileName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file < 0) {
-        return false;
-    }
-    close(file);
-    return true;
 }
 
 }  // namespace
@@ -65,17 +50,6 @@ std::string DatedName(std::string_view name)
     char date[32];
     const std::size_t length = std::strftime(date, sizeof date, "-%Y%m%d-%H%M%S", &local);
     return std::string(name).append(date, length);
-}
-
-std::string UnusedLogName(std::string_view name)
-{
-    const std::string wanted = LegalName(name);
-    const std::string fileNameEnd = "-" + std::to_string(getpid()) + ".xml";
-    std::string unused = wanted;
-    for (unsigned int next = 2; !MakeFile(unused + fileNameEnd) && errno == EEXIST; ++next) {
-        unused = wanted + "-" + std::to_string(next);
-    }
-    return unused;
 }
 
 std::string CommentText(std::string_view text)

@@ -112,7 +112,7 @@ public:
     // ---- What CallLog and LoggedCall are made of -----------------------------------------------
 
     using Generator::SeekFilePointerPosition;
-    using Generator::StartLogging;
+    using Generator::StartLoggingIn;
 
     /// Of a run: the tables of names that values bear.
     template <typename NameTable>

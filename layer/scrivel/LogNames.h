@@ -25,17 +25,6 @@ namespace Scrivel2
 ///     DatedName("run")   ->  run-20261121-140359
 [[gnu::visibility("default")]] std::string DatedName(std::string_view name);
 
-/// The name of a log that overwrites no other: the legal form of `name`, with a number after it when a
-/// log of that name is there already, of this process or of an earlier one of the same id. The log's
-/// empty file is made in the current directory, so that no one else is given the name.
-///
-///     UnusedLogName("run")   ->  run      (run-4242.xml now exists)
-///     UnusedLogName("run")   ->  run-2
-///
-/// When no file can be made the name is returned all the same: the generator that opens the log reports
-/// the reason.
-[[gnu::visibility("default")]] std::string UnusedLogName(std::string_view name);
-
 /// The text as the inside of a comment: "--" is taken apart, characters that XML doesn't allow and bytes
 /// from 0x80 up become \xNN.
 ///

@@ -29,10 +29,14 @@ void ScrivelXmlGenBase::SetWriteSecure(bool secure)
 
 void ScrivelXmlGenBase::StartLogging()
 {
+    StartLoggingIn(logName + "-" + std::to_string(getpid()) + ".xml");
+}
+
+void ScrivelXmlGenBase::StartLoggingIn(const std::string& fileName)
+{
     callNo = 0;
     depth = 0;
 
-    const std::string fileName = logName + "-" + std::to_string(getpid()) + ".xml";
     errno = 0;
     logFile.open(fileName);
     if (!logFile.good()) {

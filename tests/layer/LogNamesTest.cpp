@@ -4,8 +4,6 @@
 
 #include "support/GeneratorTest.h"
 
-#include <fstream>
-
 #include <stdlib.h>
 #include <time.h>
 
@@ -65,41 +63,6 @@ TEST_F(LogNames, DatedNameHasDateAndTimeBehindIt)
     tzset();
     EXPECT_EQ(DatedName("run"), "run-20261121-140359");
     EXPECT_EQ(LegalName(DatedName("run")), DatedName("run"));
-}
-
-TEST_F(LogNames, UnusedLogNameIsTheLegalNameWhenThereIsNoSuchLog)
-{
-    EXPECT_EQ(UnusedLogName("my run"), "my_run");
-    EXPECT_EQ(FileText("my_run-4242.xml"), "");
-}
-
-TEST_F(LogNames, UnusedLogNameCountsUpPastLogsThatAreThere)
-{
-    EXPECT_EQ(UnusedLogName("run"), "run");
-    EXPECT_EQ(UnusedLogName("run"), "run-2");
-    EXPECT_EQ(UnusedLogName("run"), "run-3");
-}
-
-TEST_F(LogNames, UnusedLogNameLeavesAnOldLogAsItIs)
-{
-    std::ofstream("run-4242.xml") << "<old/>";
-    EXPECT_EQ(UnusedLogName("run"), "run-2");
-    EXPECT_EQ(FileText("run-4242.xml"), "<old/>");
-}
-
-TEST_F(LogNames, LogOfAnotherProcessDoesNotTakeTheName)
-{
-    std::ofstream("run-4243.xml") << "<old/>";
-    EXPECT_EQ(UnusedLogName("run"), "run");
-}
-
-TEST_F(LogNames, UnusedLogNameIsGivenWhereNoFileCanBeMade)
-{
-    ScrivelTest::platform.open.Use([](const char*, int, mode_t) {
-        errno = EACCES;
-        return -1;
-    });
-    EXPECT_EQ(UnusedLogName("run"), "run");
 }
 
 TEST_F(LogNames, CommentTextTakesHyphensApart)

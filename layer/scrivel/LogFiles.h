@@ -1,0 +1,39 @@
+// The files of a log: their folder and their names.
+
+#ifndef SCRIVEL_LAYER_LOGFILES_H
+#define SCRIVEL_LAYER_LOGFILES_H
+
+#include "scrivel/LogOptions.h"
+
+#include <string>
+
+namespace Scrivel2::Layer
+{
+
+/// Makes the folder of a log and an empty file in it, so that no one else is given the name: the legal
+/// form of the log's name, with a number after it when there is a log of that name already, of this
+/// process or of an earlier one of the same id.
+///
+///     "run"          run-4242.xml
+///     "run" again    run-2-4242.xml
+///
+/// What can't be made is reported on standard error.
+class LogFiles
+{
+public:
+    explicit LogFiles(const Settings& settings);
+
+    /// What the generator is named after: "run" or "run-2".
+    const std::string& LogName() const { return logName; }
+
+    /// The first file, with its folder: "logs/run-4242.xml".
+    const std::string& First() const { return first; }
+
+private:
+    std::string logName;
+    std::string first;
+};
+
+}  // namespace Scrivel2::Layer
+
+#endif
