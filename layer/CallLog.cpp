@@ -20,8 +20,9 @@ std::string TextOf(const char (&text)[size])
 
 RunLog::RunLog(std::string_view name, const LogOptions& options) : CallLog(name, options)
 {
-    const Access log{*this};
-    log->SetNames(&registerNames, &memSpaceNames);
+    if (const Access log{*this}) {
+        log->SetNames(&registerNames, &memSpaceNames);
+    }
 }
 
 RunLog::~RunLog()

@@ -36,10 +36,12 @@ public:
     /// tells the logs apart. A folder or a file that can't be made is reported on standard error, and
     /// what is logged is lost.
     explicit CallLog(std::string_view name, const LogOptions& options = {})
-        : settings(name, options), files(settings), forkCount(Layer::ForkCount()),
+        : settings(name, options), files(settings), forkCount(Layer::ForkCount()), ended(!settings.on),
           generator(files.LogName().c_str())
     {
-        generator.StartLoggingIn(files.First());
+        if (settings.on) {
+            generator.StartLoggingIn(files.First());
+        }
     }
 
     CallLog(const CallLog&) = delete;
@@ -57,10 +59,14 @@ public:
         }
     }
 
-    /// The log's file, as seen from the directory that was the current one at its start.
+    /// Whether calls of that name are logged: the log is on, and its options don't leave them out.
+    bool Takes(std::string_view callName) const { return settings.on && settings.calls.Takes(callName); }
+
+    /// The log's file, as seen from the directory that was the current one at its start; empty when the
+    /// log is off.
     const std::string& FileName() const { return files.First(); }
 
-    /// Whether the log goes on: it was opened, not ended, and every write has gone well so far.
+    /// Whether the log goes on: it is on, was opened, not ended, and every write has gone well so far.
     bool IsGood()
     {
         const Access log{*this};
@@ -110,7 +116,7 @@ private:
     Layer::LogFiles files;
     unsigned int forkCount;
     std::mutex mutex;
-    bool ended = false;
+    bool ended;
     Layer::CompleteFileGenerator<Generator> generator;
 };
 

@@ -43,6 +43,9 @@ bool MakeFile(const std::filesystem::path& file)
 
 LogFiles::LogFiles(const Settings& settings)
 {
+    if (!settings.on) {
+        return;
+    }
     const std::filesystem::path folder(settings.folder);
     if (!folder.empty()) {
         MakeFolder(folder);

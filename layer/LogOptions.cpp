@@ -1,9 +1,11 @@
-// The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp.
+// The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp
+// and CallFilterTest.cpp.
 
 #include "scrivel/LogOptions.h"
 
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 
 #include <unistd.h>
 
@@ -20,9 +22,29 @@ std::string Environment(const char* variable)
     return value == nullptr ? "" : value;
 }
 
+bool IsOn(bool chosen)
+{
+    const std::string said = Environment("SCRIVEL_LOG");
+    if (said == "on" || said == "off") {
+        return said == "on";
+    }
+    if (!said.empty()) {
+        std::cerr << "Scrivel: SCRIVEL_LOG is neither \"on\" nor \"off\": \"" << said << "\"."
+                  << std::endl;
+    }
+    return chosen;
+}
+
+std::string ChosenCalls(const std::string& chosen)
+{
+    const std::string said = Environment("SCRIVEL_LOG_CALLS");
+    return said.empty() ? chosen : said;
+}
+
 }  // namespace
 
 Settings::Settings(std::string_view logName, const LogOptions& options)
+    : on(IsOn(options.on)), calls(ChosenCalls(options.calls))
 {
     const std::filesystem::path given(logName);
     name = given.filename().string();

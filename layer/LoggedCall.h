@@ -121,7 +121,7 @@ public:
     /// Ends the call when Results hasn't: it has none, or an exception of the target passes.
     ~LoggedCall()
     {
-        if (!returned) {
+        if (!returned && number != 0) {
             try {
                 Results([](auto&) {});
             } catch (...) {
@@ -135,8 +135,11 @@ public:
     template <typename WriteArguments>
     void Arguments(WriteArguments writeArguments)
     {
+        if (number == 0) {
+            return;
+        }
         const Access xml{log};
-        if (!xml || number == 0) {
+        if (!xml) {
             return;
         }
         if (xml->IsOpen(number)) {
@@ -154,8 +157,10 @@ public:
     void Results(WriteResults writeResults)
     {
         returned = true;
-        const Access xml{log};
-        if (xml && number != 0) {
+        if (number == 0) {
+            return;
+        }
+        if (const Access xml{log}) {
             xml->WriteContinueFunction(number, name);
             xml->WriteAndFinish(writeResults, [&] { Close(*xml); });
         }
@@ -172,13 +177,17 @@ private:
     static constexpr std::size_t longestName = 60;
 
     LoggedCall(std::string_view callName, CallLog<Generator>& callLog)
-        : log(callLog), name(LegalName(callName.substr(0, longestName)))
+        : log(callLog),
+          name(callLog.Takes(callName) ? LegalName(callName.substr(0, longestName)) : std::string())
     {
     }
 
     template <typename WriteArguments, typename EnterCall>
     void Enter(WriteArguments& writeArguments, EnterCall enterCall)
     {
+        if (name.empty()) {
+            return;  // a call that the log doesn't take: no lock, no system call, no memory
+        }
         if (const Access xml{log}) {
             number = enterCall(*xml);
             xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });

@@ -17,7 +17,7 @@ namespace Scrivel2::Layer
 ///     "run"          run-4242.xml
 ///     "run" again    run-2-4242.xml
 ///
-/// What can't be made is reported on standard error.
+/// What can't be made is reported on standard error. A log that is off has no files.
 class LogFiles
 {
 public:

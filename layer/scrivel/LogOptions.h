@@ -3,6 +3,8 @@
 #ifndef SCRIVEL_LAYER_LOGOPTIONS_H
 #define SCRIVEL_LAYER_LOGOPTIONS_H
 
+#include "scrivel/CallFilter.h"
+
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,21 @@ struct LogOptions
     ///     logs/run    out                        out/logs/run-4242.xml
     ///     logs/run    out      /tmp/mine         /tmp/mine/run-4242.xml
     std::string folder{};
+
+    /// Off, the log makes neither file nor folder, and a guard costs next to nothing. SCRIVEL_LOG=off
+    /// turns every log off, SCRIVEL_LOG=on every log on.
+    bool on = true;
+
+    /// The calls that are logged, by their names: any number of patterns with commas between them, in
+    /// which
+    /// "*" stands for any characters and "?" for one. A call is logged when it fits one of them, or there
+    /// is none, and fits none of those that begin with "!". Calls that are left out have no number.
+    /// SCRIVEL_LOG_CALLS takes the place of this.
+    ///
+    ///     CADIMem*,CADIReg*            of memory and registers
+    ///     !CADIExecGetMode             all but one
+    ///     CADIMem*,!CADIMemGet*        of memory, except what describes it
+    std::string calls{};
 };
 
 namespace Layer
@@ -40,6 +57,8 @@ struct Settings
 
     std::string name;
     std::string folder;
+    bool on;
+    CallFilter calls;
 };
 
 }  // namespace Layer

@@ -1,0 +1,33 @@
+// Which calls are logged.
+
+#ifndef SCRIVEL_LAYER_CALLFILTER_H
+#define SCRIVEL_LAYER_CALLFILTER_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Scrivel2::Layer
+{
+
+/// The patterns that LogOptions::calls describes. Blanks around a pattern don't count.
+class CallFilter
+{
+public:
+    explicit CallFilter(std::string_view patterns);
+
+    bool Takes(std::string_view callName) const
+    {
+        return (wanted.empty() && unwanted.empty()) || Fits(callName);
+    }
+
+private:
+    bool Fits(std::string_view callName) const;
+
+    std::vector<std::string> wanted;
+    std::vector<std::string> unwanted;
+};
+
+}  // namespace Scrivel2::Layer
+
+#endif
