@@ -9,6 +9,9 @@
 #include "scrivel/LogFiles.h"
 #include "scrivel/LogOptions.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <ios>
 #include <map>
 #include <mutex>
 #include <string>
@@ -37,7 +40,7 @@ public:
     /// what is logged is lost.
     explicit CallLog(std::string_view name, const LogOptions& options = {})
         : settings(name, options), files(settings), forkCount(Layer::ForkCount()), ended(!settings.on),
-          generator(files.LogName().c_str())
+          fullAt(settings.fileSize), generator(files.LogName().c_str())
     {
         if (settings.on) {
             generator.StartLoggingIn(files.First());
@@ -62,8 +65,8 @@ public:
     /// Whether calls of that name are logged: the log is on, and its options don't leave them out.
     bool Takes(std::string_view callName) const { return settings.on && settings.calls.Takes(callName); }
 
-    /// The log's file, as seen from the directory that was the current one at its start; empty when the
-    /// log is off.
+    /// The log's (first) file, as seen from the directory that was the current one at its start; empty
+    /// when the log is off.
     const std::string& FileName() const { return files.First(); }
 
     /// Whether the log goes on: it is on, was opened, not ended, and every write has gone well so far.
@@ -112,11 +115,34 @@ protected:
 private:
     friend class LoggedCall<Generator>;
 
+    /// To be called before a call is entered, by the thread that has the log: begins the next file when
+    /// this one is full.
+    void GoOnInNextFileWhenFull()
+    {
+        const std::streamoff written = generator.GetLastFilePointerPosition();
+        const auto size = static_cast<std::uint64_t>(std::max<std::streamoff>(written, 0));
+        const bool full = settings.fileSize > 0 && size >= fullAt && generator.GetCallNo() > callsBefore;
+        if (!full || (openCalls > 0 && size - fullAt < settings.fileSize)) {
+            return;
+        }
+        const std::string thisFile = files.Current();
+        if (files.MakeNext()) {
+            generator.GoOnIn(files.Current(), thisFile);
+            fullAt = settings.fileSize;
+            callsBefore = generator.GetCallNo();
+        } else {
+            fullAt = size + settings.fileSize;  // no attempt at every call
+        }
+    }
+
     Layer::Settings settings;
     Layer::LogFiles files;
     unsigned int forkCount;
     std::mutex mutex;
     bool ended;
+    unsigned int openCalls = 0;    // guards that have entered a call and not returned
+    std::uint64_t fullAt;          // the size from which on the file is full
+    unsigned int callsBefore = 0;  // those in the files before this one
     Layer::CompleteFileGenerator<Generator> generator;
 };
 

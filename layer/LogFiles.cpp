@@ -6,9 +6,11 @@
 #include "scrivel/LogNames.h"
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -58,6 +60,31 @@ LogFiles::LogFiles(const Settings& settings)
         logName = wanted + "-" + std::to_string(next);
     }
     first = (folder / (logName + end)).string();
+    current = first;
+    std::error_code error;
+    std::filesystem::path whole = std::filesystem::absolute(first, error);
+    if (error) {
+        whole = first;
+    }
+    numbered = whole.replace_extension().string() + ".";
+}
+
+bool LogFiles::MakeNext()
+{
+    for (;;) {
+        std::string next = numbered + std::to_string(number + 1) + ".xml";
+        const bool made = MakeFile(next);
+        if (!made && errno != EEXIST) {
+            std::cerr << "Scrivel: Unable to make logfile \"" << next << "\": the log goes on in \""
+                      << current << "\".\n    Error given by OS: " << std::strerror(errno) << std::endl;
+            return false;
+        }
+        ++number;
+        if (made) {
+            current = std::move(next);
+            return true;
+        }
+    }
 }
 
 }  // namespace Scrivel2::Layer

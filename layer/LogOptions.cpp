@@ -1,11 +1,15 @@
-// The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp
-// and CallFilterTest.cpp.
+// The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp,
+// CallFilterTest.cpp and NumberedFilesTest.cpp.
 
 #include "scrivel/LogOptions.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <limits>
+#include <optional>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -41,10 +45,45 @@ std::string ChosenCalls(const std::string& chosen)
     return said.empty() ? chosen : said;
 }
 
+/// The number with K, M or G after it; nothing when the text is another.
+std::optional<std::uint64_t> Size(std::string_view text)
+{
+    std::uint64_t size = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, size);
+    if (error != std::errc() || end - last > 1) {
+        return std::nullopt;
+    }
+    static constexpr std::string_view units = "KMG";
+    const std::size_t unit = last == end ? 0 : units.find(*last) + 1;
+    if (last != end && unit == 0) {
+        return std::nullopt;
+    }
+    const std::size_t bits = 10 * unit;
+    if (size > std::numeric_limits<std::uint64_t>::max() >> bits) {
+        return std::nullopt;
+    }
+    return size << bits;
+}
+
+std::uint64_t ChosenSize(std::uint64_t chosen)
+{
+    const std::string said = Environment("SCRIVEL_LOG_SIZE");
+    if (said.empty()) {
+        return chosen;
+    }
+    const auto size = Size(said);
+    if (!size) {
+        std::cerr << "Scrivel: SCRIVEL_LOG_SIZE is not a number of bytes, or one with K, M or G: \""
+                  << said << "\"." << std::endl;
+    }
+    return size.value_or(chosen);
+}
+
 }  // namespace
 
 Settings::Settings(std::string_view logName, const LogOptions& options)
-    : on(IsOn(options.on)), calls(ChosenCalls(options.calls))
+    : on(IsOn(options.on)), calls(ChosenCalls(options.calls)), fileSize(ChosenSize(options.fileSize))
 {
     const std::filesystem::path given(logName);
     name = given.filename().string();

@@ -156,11 +156,13 @@ public:
     template <typename WriteResults>
     void Results(WriteResults writeResults)
     {
+        const unsigned int returning = returned ? 0 : 1;
         returned = true;
         if (number == 0) {
             return;
         }
         if (const Access xml{log}) {
+            log.openCalls -= returning;
             xml->WriteContinueFunction(number, name);
             xml->WriteAndFinish(writeResults, [&] { Close(*xml); });
         }
@@ -189,7 +191,9 @@ private:
             return;  // a call that the log doesn't take: no lock, no system call, no memory
         }
         if (const Access xml{log}) {
+            log.GoOnInNextFileWhenFull();
             number = enterCall(*xml);
+            ++log.openCalls;
             xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
         }
     }

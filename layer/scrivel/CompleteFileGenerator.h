@@ -111,6 +111,8 @@ public:
 
     // ---- What CallLog and LoggedCall are made of -----------------------------------------------
 
+    using Generator::GetCallNo;
+    using Generator::GetLastFilePointerPosition;
     using Generator::SeekFilePointerPosition;
     using Generator::StartLoggingIn;
 
@@ -120,6 +122,21 @@ public:
     {
         this->SetRegisterNames(registers);
         this->SetMemSpaceNames(memSpaces);
+    }
+
+    /// Ends the file and goes on in the next, with the numbers of calls. Each of the two names the other.
+    void GoOnIn(const std::string& nextFile, const std::string& thisFile)
+    {
+        WriteLastComment(ContinuedInComment(nextFile));
+        Generator::EndLogging();
+        const unsigned int number = this->callNo;
+        {
+            const LogStream::FlushHold hold(this->logFile);
+            this->StartLoggingIn(nextFile);
+            Generator::WriteComment(ContinuedFromComment(thisFile));
+        }
+        this->callNo = number;
+        FlushOutput(true, "");
     }
 
     /// Enters a call of either phase and returns its number. The arguments and a flush must follow.

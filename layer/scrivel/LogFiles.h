@@ -17,6 +17,9 @@ namespace Scrivel2::Layer
 ///     "run"          run-4242.xml
 ///     "run" again    run-2-4242.xml
 ///
+/// Files that follow the first, of a log with a limit of size, have its name and a number,
+/// "run-4242.2.xml". Numbers that are in use are left out.
+///
 /// What can't be made is reported on standard error. A log that is off has no files.
 class LogFiles
 {
@@ -29,9 +32,19 @@ public:
     /// The first file, with its folder: "logs/run-4242.xml".
     const std::string& First() const { return first; }
 
+    /// The file that was made last.
+    const std::string& Current() const { return current; }
+
+    /// Makes the next file, empty, in the folder of the first, whatever the current directory is now.
+    /// False when that can't be done.
+    bool MakeNext();
+
 private:
     std::string logName;
     std::string first;
+    std::string current;
+    std::string numbered;  // what the names of the next files begin with, folder and "."
+    unsigned int number = 1;
 };
 
 }  // namespace Scrivel2::Layer

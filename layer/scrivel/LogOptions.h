@@ -5,6 +5,7 @@
 
 #include "scrivel/CallFilter.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -45,6 +46,14 @@ struct LogOptions
     ///     !CADIExecGetMode             all but one
     ///     CADIMem*,!CADIMemGet*        of memory, except what describes it
     std::string calls{};
+
+    /// The size in bytes from which on a file is full; 0 for none. The next call then begins a new file,
+    /// run-4242.2.xml after run-4242.xml, as soon as no call is open, or at twice the size, whatever is
+    /// open: such a call goes on in the new file in a second element of its number. Each file is a whole
+    /// document that names the one before and the one after it in comments; numbers of calls go on, and
+    /// times count from the beginning of the file that they are in. SCRIVEL_LOG_SIZE takes the place of
+    /// this: a number of bytes, or one with K, M or G after it (1024, its square, its cube).
+    std::uint64_t fileSize = 0;
 };
 
 namespace Layer
@@ -59,6 +68,7 @@ struct Settings
     std::string folder;
     bool on;
     CallFilter calls;
+    std::uint64_t fileSize;
 };
 
 }  // namespace Layer

@@ -53,6 +53,13 @@ inline constexpr std::string_view continuingBegin = "Continuing call ";
 // between two calls when no call is open in it.
 inline constexpr std::string_view logEnded = "Log ended";
 
+//     <!-- Log continued in run-4242.2.xml -->
+//     <!-- Log continued from run-4242.xml -->
+// The last comment of a file that another one follows, and the first comment of that one. Both lie in one
+// folder, and the numbers of calls go on.
+inline constexpr std::string_view continuedInBegin = "Log continued in ";
+inline constexpr std::string_view continuedFromBegin = "Log continued from ";
+
 // ---- Values ---------------------------------------------------------------------------------------
 
 inline constexpr std::string_view null = "NULL";
