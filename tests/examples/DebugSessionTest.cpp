@@ -312,8 +312,8 @@ TEST_F(Program, CrashEndsTheSameSession)
     ASSERT_TRUE(WIFSIGNALED(Run("--crash").status));
     ASSERT_TRUE(WIFEXITED(Run().status));
     auto expected = NamesOf(ReadCalls(FileText(FilesOf("run-").at(0))));
-    for (const char* behindTheCrash : {"CADIMemRead", "CADIBptClear", "CADIXfaceRemoveCallback"}) {
-        expected.erase(expected.find(behindTheCrash));
+    for (const char* afterTheCrash : {"CADIMemRead", "CADIBptClear", "CADIXfaceRemoveCallback"}) {
+        expected.erase(expected.find(afterTheCrash));
     }
     EXPECT_EQ(NamesOf(ReadCalls(FileText(FilesOf("crash-").at(0)))), expected);
 }

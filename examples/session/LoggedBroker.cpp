@@ -1,3 +1,6 @@
+// The wrappers of the connection phase, a guard in each call. tests/examples/DebugSessionTest.cpp reads
+// their log.
+
 #include "LoggedBroker.h"
 
 namespace Example

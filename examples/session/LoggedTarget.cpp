@@ -1,3 +1,6 @@
+// The wrappers of the run phase, a guard in each call. tests/examples/DebugSessionTest.cpp reads their
+// log.
+
 #include "LoggedTarget.h"
 
 #include <algorithm>

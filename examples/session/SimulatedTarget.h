@@ -24,7 +24,7 @@ constexpr std::uint32_t memorySpace = 1;
 constexpr std::uint32_t cacheSpace = 2;
 constexpr std::uint32_t timerAddress = 0x40000000;
 
-/// A device behind an address of the target's.
+/// A device at an address of the target's.
 struct Timer
 {
     std::uint32_t load;

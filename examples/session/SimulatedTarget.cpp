@@ -1,3 +1,6 @@
+// The board: a core, its memory and a timer, as a debugger sees them. Tested by
+// tests/examples/DebugSessionTest.cpp.
+
 #include "SimulatedTarget.h"
 
 #include "CrcProgram.h"

@@ -1,3 +1,5 @@
+// A broker with one factory, which makes boards. Tested by tests/examples/DebugSessionTest.cpp.
+
 #include "SimulatedBroker.h"
 
 #include "Records.h"

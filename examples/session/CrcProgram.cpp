@@ -1,3 +1,5 @@
+// The instructions of the program that the target runs. Tested by tests/examples/Rv32CoreTest.cpp.
+
 #include "CrcProgram.h"
 
 namespace Example

@@ -1,3 +1,5 @@
+// The instructions of a small core. Tested by tests/examples/Rv32CoreTest.cpp.
+
 #include "Rv32Core.h"
 
 namespace Example

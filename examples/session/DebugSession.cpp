@@ -1,3 +1,5 @@
+// The debugger: what it asks of the target, phase by phase. tests/examples/DebugSessionTest.cpp runs it.
+
 #include "DebugSession.h"
 
 #include "CrcProgram.h"
