@@ -190,7 +190,9 @@ CADIReturn_t LoggedTarget::CADIRegGetFloatFormat(std::uint32_t regNumber, CADIRe
     call.Arguments([&](auto& xml) { xml.WriteDecimal("regNumber", regNumber); });
     const auto status = target->CADIRegGetFloatFormat(regNumber, format);
     call.Results([&](auto& xml) {
-        xml.WriteRegFloatFormat("format", *format);
+        if (status == CADI_STATUS_OK) {  // else there is none
+            xml.WriteRegFloatFormat("format", *format);
+        }
         xml.WriteReturnType("return", status);
     });
     return status;
