@@ -1,4 +1,4 @@
-// What docs/calling-order.md shows.
+// What docs/calling-order.md shows beside the programs in examples/. DocumentationTest.cpp runs it.
 
 #include "docs/Snippets.h"
 
@@ -8,97 +8,6 @@ namespace ScrivelDocs
 {
 namespace
 {
-
-using eslapi::CADIReturn_t;
-
-struct Target
-{
-    static CADIReturn_t CADIReset(unsigned int /*level*/) { return eslapi::CADI_STATUS_OK; }
-    static CADIReturn_t CADIExecContinue() { return eslapi::CADI_STATUS_OK; }
-};
-
-struct Broker
-{
-    static CADIReturn_t GetSimulationInfos(unsigned int /*wanted*/,
-                                           eslapi::CADISimulationInfo_t* /*infos*/, unsigned int* actual)
-    {
-        *actual = 0;
-        return eslapi::CADI_STATUS_OK;
-    }
-};
-
-void RunPhase()
-{
-    Target target;
-    Scrivel2::Scrivel2XmlGenRun log("run");
-    log.StartLogging();
-    const unsigned int resetLevel = 1;
-    // [run-phase]
-    const unsigned int call = log.EnterCadiCall("CADIReset");
-    log.WriteDecimal("resetLevel", resetLevel);  // arguments
-    log.FlushOutput(false, "CADIReset");         // before the target runs
-
-    const CADIReturn_t status = target.CADIReset(resetLevel);
-
-    log.WriteContinueFunction(call, "CADIReset");
-    log.WriteReturnType("return", status);  // results
-    log.WriteIdent("CADIReset", false, true);
-    log.FlushOutput(true, "");  // between calls
-    // [run-phase]
-    log.EndLogging();
-}
-
-void ConnectionPhase()
-{
-    Broker broker;
-    Scrivel2::Scrivel2XmlGenConnect log("connect");
-    log.StartLogging();
-    eslapi::CADISimulationInfo_t infos[1];
-    unsigned int actual = 0;
-    // [connection-phase]
-    log.WriteCloseInterruptedFunction("GetSimulationInfos");  // first
-    log.IncCallNo();
-    const unsigned int call = log.GetCallNo();
-    log.WriteDetailedIdent("GetSimulationInfos");
-    log.WriteDecimal("desiredNumberOfSimulations", 1);  // arguments
-    log.FlushOutput(false, "GetSimulationInfos");       // before the factory runs
-
-    const CADIReturn_t status = broker.GetSimulationInfos(1, infos, &actual);
-
-    log.WriteContinueFunction(call, "GetSimulationInfos");
-    log.WriteSimulationInfoArray("simulationInfos", infos, &actual);  // results
-    log.WriteReturnType("return", status);
-    log.WriteIdent("GetSimulationInfos", false, true);
-    log.FlushOutput(true, "");  // between calls
-    // [connection-phase]
-    log.EndLogging();
-}
-
-void Callback()
-{
-    Scrivel2::Scrivel2XmlGenRun log("run");
-    log.StartLogging();
-    // [callback]
-    const unsigned int run = log.EnterCadiCall("CADIExecContinue");
-    log.FlushOutput(false, "CADIExecContinue");
-
-    // The target runs, stops at a breakpoint and calls back:
-    const unsigned int callback = log.EnterCadiCall("modeChange");
-    log.WriteExecMode("newMode", eslapi::CADI_EXECMODE_Bpt);
-    log.FlushOutput(false, "modeChange");
-    // ... the debugger's own callback runs ...
-    log.WriteContinueFunction(callback, "modeChange");
-    log.WriteIdent("modeChange", false, true);
-    log.FlushOutput(true, "");
-
-    // CADIExecContinue returns:
-    log.WriteContinueFunction(run, "CADIExecContinue");
-    log.WriteReturnType("return", eslapi::CADI_STATUS_OK);
-    log.WriteIdent("CADIExecContinue", false, true);
-    log.FlushOutput(true, "");
-    // [callback]
-    log.EndLogging();
-}
 
 void Overlap()
 {
@@ -141,10 +50,7 @@ void EndWithOpenCall()
 
 Snippets CallingOrderSnippets()
 {
-    return {
-        {"run-phase", RunPhase}, {"connection-phase", ConnectionPhase},   {"callback", Callback},
-        {"overlap", Overlap},    {"end-with-open-call", EndWithOpenCall},
-    };
+    return {{"overlap", Overlap}, {"end-with-open-call", EndWithOpenCall}};
 }
 
 }  // namespace ScrivelDocs

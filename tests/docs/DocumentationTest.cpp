@@ -1,18 +1,22 @@
 // Every block of code in README.md and docs/*.md is code that was compiled and run, or what came of it.
 // The comment in the line above a block says which:
 //
-//     <!-- snippet: tests/docs/Use.cpp readme-use -->    the region of that file
-//     <!-- log: interrupted -->                          lines of the log that the snippet writes
-//     <!-- log: use use-of-layer -->                     of the logs of each of these snippets
-//     <!-- log: interrupted/running -->                  lines of the file at that moment of it
+//     <!-- program: examples/guard.cpp -->               the whole file
+//     <!-- snippet: tests/docs/Logging.cpp wrapper -->     the region of that file
 //     <!-- excerpt: tests/package/CMakeLists.txt -->     lines of that file
-//     <!-- output: failed-calls -->                      what that region of Recipes.sh prints
-//     <!-- commands -->                                  command lines that begin with a script of ours
+//     <!-- log: interrupted -->                          lines of the log that the snippet writes
+//     <!-- log: interrupted/running -->                  lines of the file at that moment of it
+//     <!-- log: examples/one_call -->                    lines of the log that the program writes
+//     <!-- recipe: failed-calls -->                      what a reader types: see below
+//     <!-- output: failed-calls -->                      what that recipe prints
+//     <!-- installed: guard -->                          a line that installed.sh tries
 //
-// In logs, excerpts and output a line of "..." stands for any others.
+// In logs, excerpts and output a line of "..." stands for any others. A page's recipes are typed into one
+// shell, in their order, beginning at the root of a built tree.
 //
 // Blocks of the language "text" are drawings and need none of these.
 
+#include "docs/BuiltTree.h"
 #include "docs/Markdown.h"
 #include "docs/Snippets.h"
 
@@ -21,9 +25,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <regex>
-#include <sstream>
 #include <utility>
 
 namespace ScrivelDocs
@@ -79,7 +82,7 @@ protected:
             microseconds += 11;
             return 0;
         });
-        for (const auto& part : {UseSnippets(), LogFormatSnippets(), CallingOrderSnippets()}) {
+        for (const auto& part : {LoggingSnippets(), LogFormatSnippets(), CallingOrderSnippets()}) {
             snippets.insert(part.begin(), part.end());
         }
     }
@@ -87,41 +90,60 @@ protected:
     void Check(const Block& block)
     {
         const Lines& arguments = block.arguments;
-        if (block.kind == "snippet" && arguments.size() == 2) {
+        if (block.kind == "program" && arguments.size() == 1) {
+            EXPECT_EQ(Text(block.text), Text(ReadLines(source / arguments[0])));
+        } else if (block.kind == "snippet" && arguments.size() == 2) {
             EXPECT_EQ(Text(block.text), Text(RegionOf(ReadLines(source / arguments[0]), arguments[1])));
-        } else if (block.kind == "log" && !arguments.empty()) {
-            for (const std::string& name : arguments) {
-                CheckLog(block.text, name);
-            }
+        } else if (block.kind == "log" && arguments.size() == 1) {
+            CheckLog(block.text, arguments[0]);
         } else if (block.kind == "excerpt" && arguments.size() == 1) {
             EXPECT_TRUE(Shows(ReadLines(source / arguments[0]), block.text)) << Text(block.text);
+        } else if (block.kind == "recipe" && arguments.size() == 1) {
+            EXPECT_EQ(outcomes.at(arguments[0]).status, 0) << Text(outcomes.at(arguments[0]).printed);
         } else if (block.kind == "output" && arguments.size() == 1) {
-            CheckOutput(block.text, arguments[0]);
-        } else if (block.kind == "commands") {
-            CheckCommands(block.text);
-        } else {
+            const Lines& printed = outcomes[arguments[0]].printed;
+            EXPECT_TRUE(IsShortenedTo(Shape(printed), Shape(block.text)))
+                << "shown:\n"
+                << Text(block.text) << "printed:\n"
+                << Text(printed);
+        } else if (block.kind != "installed") {
             EXPECT_EQ(block.language, "text") << "says not where it comes from";
+        }
+    }
+
+    void TypeRecipesOf(const std::vector<Block>& blocks)
+    {
+        std::vector<std::string> names;
+        std::vector<Lines> recipes;
+        for (const Block& block : blocks) {
+            if (block.kind == "recipe") {
+                names.push_back(block.arguments.at(0));
+                recipes.push_back(block.text);
+            }
+        }
+        if (!recipes.empty()) {
+            const std::vector<Outcome> typed = BuiltTree().TypeInTurn(recipes);
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                outcomes[names[i]] = typed[i];
+            }
         }
     }
 
 private:
     void CheckLog(const Lines& shown, const std::string& name)
     {
-        const std::string snippet = name.substr(0, name.find('/'));
-        ASSERT_EQ(snippets.count(snippet), 1U) << "no snippet " << snippet;
         const fs::path folder = fs::absolute("log");
         const fs::path before = fs::current_path();
         fs::create_directory(folder);
         fs::current_path(folder);
-        snippets.at(snippet)();
+        const std::string moment = WriteLog(name);
         fs::current_path(before);
 
-        const std::string extension = snippet == name ? "" : name.substr(snippet.size() + 1) + ".moment";
         bool found = false;
         std::string written;
         for (const auto& file : fs::directory_iterator(folder)) {
-            const std::string fileName = file.path().filename();
-            if (extension.empty() ? file.path().extension() == ".xml" : fileName == extension) {
+            const fs::path fileName = file.path().filename();
+            if (moment.empty() ? fileName.extension() == ".xml" : fileName == moment) {
                 const Lines lines = ReadLines(file.path());
                 written += Text(lines);
                 found = found || Shows(Shape(lines), Shape(shown));
@@ -131,49 +153,33 @@ private:
         EXPECT_TRUE(found) << "shown:\n" << Text(shown) << "written:\n" << written;
     }
 
-    /// Runs a recipe in a folder that holds the logs of the example session.
-    static void CheckOutput(const Lines& shown, const std::string& recipe)
+    /// Writes the log of a snippet or of an example into the current folder. The file at that moment,
+    /// when the name tells one.
+    std::string WriteLog(const std::string& name)
     {
-        const fs::path folder = fs::absolute("session");
-        if (!fs::exists(folder)) {
-            fs::create_directory(folder);
-            Run(folder, {SCRIVEL_DEBUG_SESSION});
-            Run(folder, {std::string(SCRIVEL_DEBUG_SESSION) + " --crash"});
+        const std::size_t slash = name.find('/');
+        const std::string snippet = name.substr(0, slash);
+        if (snippet == "examples") {
+            EXPECT_EQ(std::system((SCRIVEL_EXAMPLES_DIR + name.substr(slash)).c_str()), 0) << name;
+            return "";
         }
-        const Lines written = Run(folder, RegionOf(ReadLines(source / "tests/docs/Recipes.sh"), recipe));
-        EXPECT_TRUE(Shows(Shape(written), Shape(shown))) << "shown:\n"
-                                                         << Text(shown) << "written:\n"
-                                                         << Text(written);
-    }
-
-    /// What the shell prints that runs these lines in the folder.
-    static Lines Run(const fs::path& folder, const Lines& script)
-    {
-        const fs::path before = fs::current_path();
-        fs::current_path(folder);
-        std::ofstream("../script") << Text(script);
-        const int status = std::system("sh ../script >../output 2>&1");
-        fs::current_path(before);
-        EXPECT_NE(status, -1);
-        return ReadLines("output");
-    }
-
-    static void CheckCommands(const Lines& lines)
-    {
-        for (const std::string& line : lines) {
-            const fs::path command = source / line.substr(0, line.find(' '));
-            EXPECT_TRUE(fs::is_regular_file(command)) << line;
-            EXPECT_NE(fs::status(command).permissions() & fs::perms::owner_exec, fs::perms::none) << line;
+        EXPECT_EQ(snippets.count(snippet), 1U) << "no snippet " << snippet;
+        if (snippets.count(snippet) == 1) {
+            snippets.at(snippet)();
         }
+        return slash == std::string::npos ? "" : name.substr(slash + 1) + ".moment";
     }
 
     Snippets snippets;
+    std::map<std::string, Outcome> outcomes;  // of the page's recipes
     long microseconds = 0;
 };
 
 TEST_P(Documentation, ShowsWhatWasCompiledAndRun)
 {
-    for (const Block& block : BlocksIn(ReadLines(source / GetParam()))) {
+    const std::vector<Block> blocks = BlocksIn(ReadLines(source / GetParam()));
+    TypeRecipesOf(blocks);
+    for (const Block& block : blocks) {
         SCOPED_TRACE(GetParam() + ":" + std::to_string(block.line));
         Check(block);
     }
@@ -184,6 +190,15 @@ TEST_P(Documentation, LinksToFilesThatExist)
     const fs::path page = source / GetParam();
     for (const std::string& link : FileLinksIn(ReadLines(page))) {
         EXPECT_TRUE(fs::exists(page.parent_path() / link)) << GetParam() << " links to " << link;
+    }
+}
+
+TEST(Examples, ShowOneIdeaInLessThan40Lines)
+{
+    for (const auto& file : fs::directory_iterator(source / "examples")) {
+        if (file.path().extension() == ".cpp") {
+            EXPECT_LT(ReadLines(file.path()).size(), 40U) << file.path();
+        }
     }
 }
 

@@ -63,7 +63,7 @@ std::vector<Block> BlocksIn(const Lines& markdown)
 
 Lines FileLinksIn(const Lines& markdown)
 {
-    static const std::regex link(R"(\]\(([^)#:]+)(#[^)]*)?\))");
+    static const std::regex link(R"(\]\(([^)#: ]+)(#[^)]*)?\))");
     Lines links;
     bool inside = false;
     for (const std::string& line : markdown) {
@@ -172,6 +172,15 @@ bool Shows(const Lines& whole, const Lines& excerpt)
         }
     }
     return false;
+}
+
+bool IsShortenedTo(Lines whole, Lines excerpt)
+{
+    for (Lines* lines : {&whole, &excerpt}) {
+        lines->insert(lines->begin(), "\n");  // the ends, which no line of a file is equal to
+        lines->push_back("\n");
+    }
+    return ShowsFrom(whole, excerpt, "");
 }
 
 }  // namespace ScrivelDocs

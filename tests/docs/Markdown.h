@@ -45,6 +45,9 @@ Lines MovedToTheLeft(Lines lines);
 /// place of any others, and all moved by the same number of blanks.
 bool Shows(const Lines& whole, const Lines& excerpt);
 
+/// Whether the lines of `excerpt` are all of `whole`, but for what lines of "..." take the place of.
+bool IsShortenedTo(Lines whole, Lines excerpt);
+
 }  // namespace ScrivelDocs
 
 #endif

@@ -1,8 +1,8 @@
 // The code that the documentation shows.
 //
-// A block of code in README.md or docs/ is a region of a file in this folder, between two lines that
-// hold nothing but the region's name: `// [readme-use]`. A log that the documentation shows is written
-// by the snippet of that name. DocumentationTest.cpp compares them.
+// A block of code in docs/ is a program of examples/, or a region of a file in this folder, between two
+// lines that hold nothing but the region's name: `// [overlap]`. A log that the documentation shows is
+// written by the snippet of that name. DocumentationTest.cpp compares them.
 
 #ifndef SCRIVEL_TESTS_DOCS_SNIPPETS_H
 #define SCRIVEL_TESTS_DOCS_SNIPPETS_H
@@ -19,7 +19,7 @@ using Snippet = void (*)();
 using Snippets = std::map<std::string, Snippet>;
 
 /// By the names under which the documentation shows their logs.
-Snippets UseSnippets();
+Snippets LoggingSnippets();
 Snippets LogFormatSnippets();
 Snippets CallingOrderSnippets();
 
