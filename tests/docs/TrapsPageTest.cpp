@@ -88,7 +88,7 @@ TEST_F(Traps, ConnectionCallWithoutEitherStepIsADocumentThatLacksItsArguments)
     EXPECT_THAT(FileText("connect-4242.xml"), Not(HasSubstr("argument")));
 }
 
-TEST_F(Traps, ConnectionCallWithoutTheClosingOfTheOneBeforeStandsBehindTheRootEndTag)
+TEST_F(Traps, ConnectionCallWithoutTheClosingOfTheOneBeforeStandsAfterTheRootEndTag)
 {
     const auto connect = Make<Scrivel2XmlGenConnect>("connect");
     connect->StartLogging();
