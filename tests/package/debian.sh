@@ -10,6 +10,13 @@ for package in build/*.deb; do
   dpkg -x "$package" root
 done
 
+# What is in a log can be read where the headers are, and so can the pages that it leads to.
+pages=root/usr/share/doc/libscrivelxmlgen-dev
+[[ -f $pages/log-format.md ]] || fail "The package lacks log-format.md"
+grep -oh '](\(\w\|[./-]\)*\.md' "$pages"/*.md | sed 's/](//' | sort -u | while read -r page; do
+  [[ -f $pages/$page ]] || fail "The package lacks $page"
+done
+
 build "$tests/consumer" consumer -DCMAKE_FIND_ROOT_PATH="$work/root" -DCMAKE_PREFIX_PATH="$work/root/usr"
 consumer/generators
 consumer/layer
