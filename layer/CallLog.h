@@ -20,6 +20,11 @@
 namespace Scrivel2
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+template <typename Generator>
+class [[gnu::visibility("default")]] CallLog;
+class [[gnu::visibility("default")]] RunLog;
+
 template <typename Generator>
 class LoggedCall;
 

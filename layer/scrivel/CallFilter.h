@@ -10,6 +10,9 @@
 namespace Scrivel2::Layer
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+class [[gnu::visibility("default")]] CallFilter;
+
 /// The patterns that LogOptions::calls describes. Blanks around a pattern don't count.
 class CallFilter
 {

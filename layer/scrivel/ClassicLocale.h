@@ -8,6 +8,9 @@
 namespace Scrivel2::Layer
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+class [[gnu::visibility("default")]] ClassicLocale;
+
 /// While one of these lives the thread's C locale is the classic one, in which every byte from 0x80 up
 /// is escaped. In an 8-bit locale the log would have bytes that are no UTF-8.
 class ClassicLocale

@@ -8,7 +8,7 @@ namespace Scrivel2::Layer
 
 /// How many forks lie between this process and the one that loaded the library. A child's number
 /// differs from its parent's, so a log knows in which of the two it was started.
-unsigned int ForkCount();
+[[gnu::visibility("default")]] unsigned int ForkCount();
 
 }  // namespace Scrivel2::Layer
 

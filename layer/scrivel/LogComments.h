@@ -10,12 +10,12 @@ namespace Scrivel2::Layer
 {
 
 /// The last comment of a log that was ended: one without it was cut off.
-std::string EndComment();
+[[gnu::visibility("default")]] std::string EndComment();
 
 /// The last comment of a file that is full, and the first one of the file after it. Both name the other
 /// file without its folder.
-std::string ContinuedInComment(std::string_view nextFile);
-std::string ContinuedFromComment(std::string_view fileBefore);
+[[gnu::visibility("default")]] std::string ContinuedInComment(std::string_view nextFile);
+[[gnu::visibility("default")]] std::string ContinuedFromComment(std::string_view fileBefore);
 
 }  // namespace Scrivel2::Layer
 

@@ -10,6 +10,9 @@
 namespace Scrivel2::Layer
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+class [[gnu::visibility("default")]] LogFiles;
+
 /// Makes the folder of a log and an empty file in it, so that no one else is given the name: the legal
 /// form of the log's name, with a number after it when there is a log of that name already, of this
 /// process or of an earlier one of the same id.

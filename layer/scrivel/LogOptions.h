@@ -59,6 +59,9 @@ struct LogOptions
 namespace Layer
 {
 
+// What a shared library shows, also when it is built to hide what isn't marked.
+struct [[gnu::visibility("default")]] Settings;
+
 /// A log's options with what the environment says in their place, and its name and folder apart.
 struct Settings
 {
