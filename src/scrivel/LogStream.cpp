@@ -1,0 +1,62 @@
+// The stream over a LogBuffer: the states of a std::ostream, and nothing of the file itself. Tested by
+// tests/stream/LogStreamTest.cpp.
+
+#include "scrivel/LogStream.h"
+
+#include "stream/LogBuffer.h"
+
+namespace Scrivel2
+{
+
+LogStream::~LogStream() = default;
+
+std::unique_ptr<PutArea> LogStream::MakeBuffer()
+{
+    return std::make_unique<LogBuffer>();
+}
+
+LogBuffer& LogStream::Buffer() const
+{
+    return static_cast<LogBuffer&>(*putArea);
+}
+
+void LogStream::open(const std::string& name)
+{
+    if (Buffer().Open(name.c_str())) {
+        clear();
+    } else {
+        setstate(failbit);
+    }
+}
+
+bool LogStream::is_open() const
+{
+    return Buffer().IsOpen();
+}
+
+void LogStream::close()
+{
+    if (!Buffer().Close()) {
+        setstate(failbit);
+    }
+}
+
+/// Appends text for which there is no room yet.
+void LogStream::Insert(std::string_view text)
+{
+    if (good()) {
+        write(text.data(), static_cast<std::streamsize>(text.size()));
+    }
+}
+
+LogStream::FlushHold::FlushHold(LogStream& stream) : buffer(stream.Buffer())
+{
+    buffer.HoldFlushes();
+}
+
+LogStream::FlushHold::~FlushHold()
+{
+    buffer.ReleaseFlushes();
+}
+
+}  // namespace Scrivel2

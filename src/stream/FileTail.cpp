@@ -1,0 +1,59 @@
+// The end of the file in memory: looked up, copied, replaced, put back. Tested by
+// tests/stream/FileTailTest.cpp.
+
+#include "stream/FileTail.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <utility>
+
+namespace Scrivel2
+{
+
+bool FileTail::ReachBackTo(off_t from)
+{
+    if (from >= start) {
+        return true;
+    }
+    const auto missing = static_cast<std::size_t>(start - from);
+    const auto known = static_cast<std::size_t>(end - start);
+    if (missing + known > Block::mostInMemory || !block.Grow(missing + known, known)) {
+        return false;
+    }
+    char* const bytes = block.Bytes();
+    std::memmove(bytes + missing, bytes, known);
+    if (!file.Read(bytes, missing, from)) {
+        std::memmove(bytes, bytes + missing, known);
+        return false;
+    }
+    start = from;
+    return true;
+}
+
+void FileTail::Copy(off_t from, off_t to, char* out) const
+{
+    assert(from >= start);
+    const off_t held = std::clamp(end, from, to);
+    if (held > from) {
+        out = std::copy_n(Part(from, held).data(), held - from, out);
+    }
+    std::fill_n(out, to - held, '\0');
+}
+
+void FileTail::Take(Block& text, off_t newStart, off_t newEnd)
+{
+    std::swap(text, block);
+    start = newStart;
+    end = newEnd;
+}
+
+void FileTail::PutBack(off_t from)
+{
+    const bool overwritten = from >= start && from < end;
+    if (!overwritten || file.Write(From(from), from)) {
+        CutOffWhatFollows();
+    }
+}
+
+}  // namespace Scrivel2

@@ -1,0 +1,351 @@
+// The states of a LogBuffer, and what is in the file in each. Tested by tests/stream/LogBufferTest.cpp,
+// tests/stream/StreamBesideOfstreamTest.cpp and tests/stream/HugeFlushTest.cpp.
+//
+//             Open            any output            WriteOutPiece
+//   CLOSED ----------> CLEAN ------------> PENDING -----------------> PIECES
+//      ^               |   ^                  |                          |
+//      |     Close     |   |                  | Flush, DropText          | Flush, DropText
+//      +---------------+   +------------------+--------------------------+
+//
+//   CLOSED    No descriptor, no put area: output fails.
+//   CLEAN     The file is what the last flush left; `tail` holds its end. No text is in memory.
+//   PENDING   The file is as in CLEAN. The text since the flush lies in the put area:
+//
+//                 file     ...<regCount>1</regCount>\n</trace-4242>\n|
+//                                                     |              ^ tail.End()
+//                                                     ^ textStart
+//                 memory                              |    <CADIMemRead ...</trace-4242>\n
+//
+//             Seeking moves the put pointer within that text. A seek to a place outside it extends the
+//             text to there, with the bytes that the file has in between.
+//   PIECES    As PENDING, but text of the same flush has already been written over the tail, as memory
+//             could not hold all of it: what a kill leaves is not protected until the flush is done.
+//             `tail` still holds what was there.
+//
+// A flush that fails leaves the file as in CLEAN, or, when even that can't be done, a document. The text
+// is gone, and the stream is bad, so that no more comes until it is opened anew.
+
+#include "stream/LogBuffer.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+namespace Scrivel2
+{
+
+/// Text goes into the put area without a call of any function here, so whether there is some tells
+/// PENDING from CLEAN.
+LogBuffer::State LogBuffer::CurrentState() const
+{
+    if (!IsOpen()) {
+        return State::Closed;
+    }
+    if (pieces) {
+        return State::Pieces;
+    }
+    return TextEnd() == pbase() ? State::Clean : State::Pending;
+}
+
+// ---- The arrows between the states --------------------------------------------------------------
+
+bool LogBuffer::Open(const char* name)
+{
+    if (IsOpen() || !block.Grow(Block::firstCapacity, 0) || !tail.Reserve() || !file.Open(name)) {
+        return false;
+    }
+    tail.Clear();
+    pieces.reset();
+    StartTextAt(0);
+    assert(CurrentState() == State::Clean);
+    return true;
+}
+
+bool LogBuffer::Close()
+{
+    if (CurrentState() == State::Closed) {
+        return false;
+    }
+    const bool written = Flush();
+    assert(CurrentState() == State::Clean);
+    setp(nullptr, nullptr);
+    textHighest = sought = nullptr;
+    return file.Close() && written;
+}
+
+bool LogBuffer::Flush()
+{
+    assert(CurrentState() != State::Closed);
+    if (CurrentState() == State::Clean) {
+        return true;
+    }
+    const off_t start = textStart;
+    const OpenFile::Change change(file);
+    if (WriteText()) {
+        TakeTextAsTail();
+        return true;
+    }
+    StartTextAt(start);
+    return false;
+}
+
+/// After a flush: the text just written is the new tail, and the old tail's memory takes the next text.
+void LogBuffer::TakeTextAsTail()
+{
+    assert(CurrentState() == State::Pending || CurrentState() == State::Pieces);
+    const off_t position = Position();
+    const off_t fileEnd = EndOfFile();
+    const off_t end = EndOfText();
+    const bool oldTailStands = !pieces && textStart >= tail.Start();
+    bool endsFile = end == fileEnd;
+    if (!endsFile && oldTailStands && Enlarge(static_cast<std::size_t>(fileEnd - textStart))) {
+        // The old tail was longer than the text: its last bytes are still there.
+        tail.Copy(end, fileEnd, Text().At(end));
+        endsFile = true;
+    }
+    tail.Take(block, endsFile ? textStart : fileEnd, fileEnd);
+    pieces.reset();
+    StartTextAt(position);
+}
+
+/// Writes the text out ahead of its flush, when there is too much of it for memory.
+bool LogBuffer::WriteOutPiece()
+{
+    assert(CurrentState() != State::Closed);
+    const off_t end = EndOfText();
+    const off_t position = Position();
+    if (!pieces) {
+        tail.ReachBackTo(textStart);
+    }
+    const OpenFile::Change change(file);
+    if (!WriteInOneGo()) {
+        StartTextAt(textStart);
+        return false;
+    }
+    pieces = pieces ? Span{std::min(pieces->start, textStart), std::max(pieces->end, end)}
+                    : Span{textStart, end};
+    StartTextAt(position);
+    return true;
+}
+
+/// After text has been lost: what came before it since the last flush would be half a document, and
+/// closing must not write it.
+void LogBuffer::DropText()
+{
+    assert(CurrentState() != State::Closed);
+    if (pieces) {
+        const OpenFile::Change change(file);
+        PutTailBack();
+    }
+    StartTextAt(textStart);
+}
+
+// ---- The text in memory -------------------------------------------------------------------------
+
+void LogBuffer::StartTextAt(off_t position)
+{
+    textStart = position;
+    setp(block.Bytes(), block.Bytes() + block.Capacity());
+    textHighest = sought = pbase();
+}
+
+/// The end that the file has when the text is written: the place of a seek alone does not count.
+off_t LogBuffer::EndOfFile() const
+{
+    return std::max({tail.End(), pieces ? pieces->end : 0, TextEnd() > pbase() ? EndOfText() : 0});
+}
+
+/// Lets the text grow to `wanted` bytes, keeping all that is known of its place.
+bool LogBuffer::Enlarge(std::size_t wanted)
+{
+    const auto put = pptr() - pbase();
+    const auto highest = textHighest - pbase();
+    const auto target = sought - pbase();
+    if (!block.Grow(wanted, static_cast<std::size_t>(std::max(put, TextEnd() - pbase())))) {
+        return false;
+    }
+    setp(block.Bytes(), block.Bytes() + block.Capacity());
+    pbump(static_cast<int>(put));
+    textHighest = pbase() + highest;
+    sought = pbase() + target;
+    return true;
+}
+
+char* LogBuffer::MakeRoom(std::size_t most)
+{
+    if (!IsOpen()) {
+        return nullptr;
+    }
+    if (static_cast<std::size_t>(pptr() - pbase()) + most > Block::mostInMemory && !WriteOutPiece()) {
+        return nullptr;
+    }
+    if (!Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most)) {
+        DropText();
+        return nullptr;
+    }
+    return pptr();
+}
+
+/// Lets the text take up [from, to), with what the file has in the places before and after it; false
+/// when that is too much or not known.
+bool LogBuffer::ExtendText(off_t from, off_t to)
+{
+    const off_t end = EndOfText();
+    if (pieces || to - from > static_cast<off_t>(Block::mostInMemory) || !tail.ReachBackTo(from) ||
+        !Enlarge(static_cast<std::size_t>(to - from))) {
+        return false;
+    }
+    if (from < textStart) {
+        const off_t added = textStart - from;
+        std::memmove(pbase() + added, pbase(), static_cast<std::size_t>(end - textStart));
+        tail.Copy(from, textStart, pbase());
+        textStart = from;
+        textHighest = Text().At(end);
+    }
+    if (to > end) {
+        tail.Copy(end, to, Text().At(end));
+    }
+    return true;
+}
+
+/// Moves the put pointer to a place, to which the text is extended; false when that can't be done.
+bool LogBuffer::MoveTo(off_t target)
+{
+    textHighest = TextEnd();
+    sought = pptr();
+    if (!ExtendText(std::min(target, textStart), std::max(target, EndOfText()))) {
+        return false;
+    }
+    setp(pbase(), epptr());
+    pbump(static_cast<int>(target - textStart));
+    sought = pptr();
+    return true;
+}
+
+/// Extends the text to begin at an earlier place, if that can be done; the put pointer stays in its
+/// place.
+void LogBuffer::BeginEarlier(off_t start)
+{
+    const off_t position = Position();
+    if (MoveTo(start)) {
+        MoveTo(position);
+    }
+}
+
+std::streambuf::int_type LogBuffer::overflow(int_type character)
+{
+    if (traits_type::eq_int_type(character, traits_type::eof())) {
+        return traits_type::not_eof(character);
+    }
+    char* const out = Room(1);
+    if (out == nullptr) {
+        return traits_type::eof();
+    }
+    *out = traits_type::to_char_type(character);
+    Advance(out + 1);
+    return character;
+}
+
+std::streamsize LogBuffer::xsputn(const char* characters, std::streamsize length)
+{
+    constexpr std::streamsize atATime = 1024 * 1024;
+    std::streamsize done = 0;
+    while (done < length) {
+        const auto part = static_cast<std::size_t>(std::min(length - done, atATime));
+        char* const out = Room(part);
+        if (out == nullptr) {
+            break;
+        }
+        std::memcpy(out, characters + done, part);
+        Advance(out + part);
+        done += static_cast<std::streamsize>(part);
+    }
+    return done;
+}
+
+std::streambuf::pos_type LogBuffer::seekoff(off_type offset, std::ios_base::seekdir from,
+                                            std::ios_base::openmode which)
+{
+    if (!IsOpen()) {
+        return pos_type(off_type(-1));
+    }
+    if (from == std::ios_base::cur) {
+        return offset == 0 ? pos_type(Position()) : seekpos(Position() + offset, which);
+    }
+    const off_t base = from == std::ios_base::beg ? 0 : EndOfFile();
+    return seekpos(base + offset, which);
+}
+
+std::streambuf::pos_type LogBuffer::seekpos(pos_type position, std::ios_base::openmode)
+{
+    const off_t target = position;
+    if (!IsOpen() || target < 0) {
+        return pos_type(off_type(-1));
+    }
+    if (TextEnd() == pbase()) {
+        StartTextAt(target);
+    } else if (!MoveTo(target)) {
+        if (!WriteOutPiece()) {
+            return pos_type(off_type(-1));
+        }
+        StartTextAt(target);
+    }
+    return position;
+}
+
+// ---- Writing ------------------------------------------------------------------------------------
+
+int LogBuffer::sync()
+{
+    return !IsOpen() || holds > 0 || Flush() ? 0 : -1;
+}
+
+/// In steps, when the text spans pages and replaces the tail.
+bool LogBuffer::WriteText()
+{
+    if (pieces || !tail.ReachBackTo(textStart)) {
+        return WriteInOneGo();
+    }
+    SteppedFlush steps(file, tail, covered, Text());
+    if (!steps.IsPossible()) {
+        return WriteInOneGo();
+    }
+    if (const auto start = steps.BetterStart()) {
+        BeginEarlier(*start);
+        steps.SetText(Text());
+    }
+    return WriteInSteps(steps);
+}
+
+bool LogBuffer::WriteInSteps(SteppedFlush& steps)
+{
+    assert(CurrentState() == State::Pending);
+    const SteppedFlush::Outcome outcome = steps.Run();
+    if (outcome == SteppedFlush::Outcome::NotBegun) {
+        return WriteInOneGo();
+    }
+    if (outcome == SteppedFlush::Outcome::TailStands) {
+        tail.CutOffWhatFollows();
+    } else if (outcome == SteppedFlush::Outcome::TailTouched) {
+        PutTailBack();
+    }
+    return outcome == SteppedFlush::Outcome::Done;
+}
+
+bool LogBuffer::WriteInOneGo()
+{
+    if (file.Write(Text().All(), textStart)) {
+        return true;
+    }
+    PutTailBack();
+    return false;
+}
+
+/// After a failed write: the file is again what the last flush left.
+void LogBuffer::PutTailBack()
+{
+    tail.PutBack(pieces ? std::min(textStart, pieces->start) : textStart);
+    pieces.reset();
+}
+
+}  // namespace Scrivel2

@@ -1,0 +1,101 @@
+// The text since the last flush, in memory, and its way to the file; LogBuffer.cpp draws its states.
+// Tested by tests/stream/LogBufferTest.cpp, beside a std::ofstream by
+// tests/stream/StreamBesideOfstreamTest.cpp, beyond what memory may hold by
+// tests/stream/HugeFlushTest.cpp.
+
+#ifndef SCRIVEL_STREAM_LOGBUFFER_H
+#define SCRIVEL_STREAM_LOGBUFFER_H
+
+#include "scrivel/LogStream.h"
+#include "stream/Block.h"
+#include "stream/FileTail.h"
+#include "stream/OpenFile.h"
+#include "stream/SteppedFlush.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <ios>
+#include <optional>
+
+#include <sys/types.h>
+
+namespace Scrivel2
+{
+
+class LogBuffer final : public PutArea
+{
+public:
+    bool Open(const char* name);
+    bool IsOpen() const { return file.IsOpen(); }
+    bool Close();
+
+    void HoldFlushes() { ++holds; }
+    void ReleaseFlushes() { --holds; }
+
+protected:
+    char* MakeRoom(std::size_t most) override;
+    int_type overflow(int_type character) override;
+    std::streamsize xsputn(const char* characters, std::streamsize length) override;
+    int sync() override;
+    pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode) override;
+    pos_type seekpos(pos_type position, std::ios_base::openmode) override;
+
+private:
+    enum class State
+    {
+        Closed,
+        Clean,
+        Pending,
+        Pieces
+    };
+    State CurrentState() const;
+
+    // The arrows between the states.
+    bool Flush();
+    bool WriteOutPiece();
+    void TakeTextAsTail();
+    void DropText();
+
+    // The text in memory.
+    /// The end of what has been written: a seek alone does not move it.
+    char* TextEnd() const { return pptr() > sought ? std::max(textHighest, pptr()) : textHighest; }
+    off_t EndOfText() const { return textStart + (TextEnd() - pbase()); }
+    off_t EndOfFile() const;
+    off_t Position() const { return textStart + (pptr() - pbase()); }
+    FlushText Text() const { return {pbase(), textStart, EndOfText()}; }
+    void StartTextAt(off_t position);
+    bool Enlarge(std::size_t wanted);
+    bool ExtendText(off_t from, off_t to);
+    bool MoveTo(off_t target);
+    void BeginEarlier(off_t start);
+
+    // Writing.
+    bool WriteText();
+    bool WriteInSteps(SteppedFlush& steps);
+    bool WriteInOneGo();
+    void PutTailBack();
+
+    /// A part of the file.
+    struct Span
+    {
+        off_t start;
+        off_t end;
+    };
+
+    OpenFile file;
+    FileTail tail{file};
+    unsigned int holds = 0;
+
+    Block block;                  // of the text: the put area begins with it
+    off_t textStart = 0;          // the text's place in the file
+    char* textHighest = nullptr;  // its end as it was before the last seek
+    char* sought = nullptr;       // where the last seek left the put pointer
+
+    std::optional<Span> pieces;  // what has been written out ahead of its flush
+
+    Block covered;  // for stepped flushes, kept from one to the next
+};
+
+}  // namespace Scrivel2
+
+#endif

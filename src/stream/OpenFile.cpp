@@ -1,0 +1,132 @@
+// The system calls on the file under a log. Tested by tests/stream/OpenFileTest.cpp and
+// tests/stream/FailingWritesTest.cpp.
+
+#include "stream/OpenFile.h"
+
+#include <cassert>
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Scrivel2
+{
+namespace
+{
+
+/// Repeats a system call that a signal has interrupted. One that is interrupted every time counts as
+/// failed: the host program must not hang in its log.
+template <typename SystemCall>
+auto Uninterrupted(SystemCall call)
+{
+    constexpr int mostAttempts = 1000;
+    auto result = call();
+    for (int attempt = 1; attempt < mostAttempts && result < 0 && errno == EINTR; ++attempt) {
+        result = call();
+    }
+    return result;
+}
+
+}  // namespace
+
+OpenFile::~OpenFile()
+{
+    if (IsOpen()) {
+        close(descriptor);
+    }
+}
+
+bool OpenFile::Open(const char* name)
+{
+    assert(!IsOpen());
+    // For reading too, so that the end of the file can be looked up when it is no longer in memory.
+    // O_NONBLOCK is for FIFOs, which are turned away: they have no place to seek back to.
+    constexpr int flags = O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+    descriptor = open(name, O_RDWR | flags, 0666);
+    if (!IsOpen() && errno == EACCES) {
+        descriptor = open(name, O_WRONLY | flags, 0666);
+    }
+    if (!IsOpen()) {
+        return false;
+    }
+    struct stat status;
+    const int reason = fstat(descriptor, &status) != 0 ? errno : S_ISFIFO(status.st_mode) ? ESPIPE : 0;
+    if (reason != 0) {
+        close(std::exchange(descriptor, -1));
+        errno = reason;
+        return false;
+    }
+    return true;
+}
+
+bool OpenFile::Close()
+{
+    assert(IsOpen() && change == nullptr);
+    return close(std::exchange(descriptor, -1)) == 0;
+}
+
+OpenFile::Change::Change(OpenFile& changed) : file(changed)
+{
+    assert(file.change == nullptr);
+    file.change = this;
+}
+
+OpenFile::Change::~Change()
+{
+    if (signalIsKeptBack) {
+        pthread_sigmask(SIG_SETMASK, &signalsBefore, nullptr);
+    }
+    file.change = nullptr;
+}
+
+void OpenFile::Change::KeepSignalBack()
+{
+    if (!signalIsKeptBack) {
+        sigset_t fileSize;
+        sigemptyset(&fileSize);
+        sigaddset(&fileSize, SIGXFSZ);
+        signalIsKeptBack = pthread_sigmask(SIG_BLOCK, &fileSize, &signalsBefore) == 0;
+    }
+}
+
+bool OpenFile::Read(char* out, std::size_t length, off_t offset) const
+{
+    while (length > 0) {
+        const ssize_t got = Uninterrupted([&] { return pread(descriptor, out, length, offset); });
+        if (got <= 0) {
+            return false;
+        }
+        out += got;
+        offset += got;
+        length -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+bool OpenFile::Write(std::string_view bytes, off_t offset)
+{
+    assert(change != nullptr);
+    while (!bytes.empty()) {
+        const ssize_t written =
+            Uninterrupted([&] { return pwrite(descriptor, bytes.data(), bytes.size(), offset); });
+        if (written <= 0) {
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+        offset += written;
+        if (!bytes.empty()) {
+            change->KeepSignalBack();
+        }
+    }
+    return true;
+}
+
+bool OpenFile::CutAt(off_t end)
+{
+    assert(change != nullptr);
+    return Uninterrupted([&] { return ftruncate(descriptor, end); }) == 0;
+}
+
+}  // namespace Scrivel2

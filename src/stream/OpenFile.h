@@ -1,0 +1,63 @@
+// The file under a log: its descriptor, and the system calls on it, each repeated when a signal has
+// interrupted it. Tested by tests/stream/OpenFileTest.cpp; what happens when one fails by
+// tests/stream/FailingWritesTest.cpp.
+
+#ifndef SCRIVEL_STREAM_OPENFILE_H
+#define SCRIVEL_STREAM_OPENFILE_H
+
+#include <csignal>
+#include <cstddef>
+#include <string_view>
+
+#include <sys/types.h>
+
+namespace Scrivel2
+{
+
+class OpenFile
+{
+public:
+    OpenFile() = default;
+    ~OpenFile();
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    /// Creates or empties the file of that name; false, with the reason in errno, when that can't be
+    /// done. A FIFO is turned away.
+    bool Open(const char* name);
+    bool IsOpen() const { return descriptor >= 0; }
+    bool Close();
+
+    /// A change of the file in progress. Once a write has come up against something, the signal of the
+    /// file-size limit is kept back until the change is over: a process that this signal kills leaves a
+    /// document too.
+    class Change
+    {
+    public:
+        explicit Change(OpenFile& changed);
+        ~Change();
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+    private:
+        friend class OpenFile;
+        void KeepSignalBack();
+
+        OpenFile& file;
+        bool signalIsKeptBack = false;
+        sigset_t signalsBefore;
+    };
+
+    // Each of these is done wholly, or false. The last two belong to a change.
+    bool Read(char* out, std::size_t length, off_t offset) const;
+    bool Write(std::string_view bytes, off_t offset);
+    bool CutAt(off_t end);
+
+private:
+    int descriptor = -1;
+    Change* change = nullptr;
+};
+
+}  // namespace Scrivel2
+
+#endif

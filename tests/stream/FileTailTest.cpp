@@ -1,0 +1,153 @@
+// The end of the file: what is known of it, what is read anew, and what becomes of a flush without it.
+
+#include "stream/StreamTest.h"
+
+#include <cerrno>
+#include <string>
+#include <utility>
+
+namespace
+{
+
+using ScrivelTest::platform;
+using ScrivelTest::refuseMemory;
+using FileTail = ScrivelTest::GrowingDocument;
+
+TEST_F(FileTail, LongTailThatMemoryCantHoldIsReadFromTheFileLater)
+{
+    Open();
+    std::string expected(20000, 'a');
+    log << expected << std::flush;
+    log.seekp(0);
+    log << "X";
+    refuseMemory = [](std::size_t) { return true; };
+    log.flush();
+    refuseMemory = nullptr;
+    log.seekp(10);
+    log << std::string(20000, 'b') << std::flush;
+    expected = "X" + std::string(9, 'a') + std::string(20000, 'b');
+    EXPECT_EQ(File(), expected);
+    log.seekp(5);
+    log << "Y" << std::flush;
+    expected[5] = 'Y';
+    EXPECT_EQ(File(), expected);
+}
+
+TEST_F(FileTail, SeekingBackBeyondWhatMemoryHoldsReadsTheFile)
+{
+    Open();
+    std::string expected(20000, 'a');
+    log << expected << std::flush;
+    log << "end" << std::flush;
+    expected += "end";
+    log << "more";
+    log.seekp(100);
+    log << "X" << std::flush;
+    expected += "more";
+    expected[100] = 'X';
+    EXPECT_EQ(File(), expected);
+}
+
+TEST_F(FileTail, TailThatCouldNotBeReadBackCantBePutBackEither)
+{
+    const std::string document = Begin(100);
+    log << "flushed" << std::flush;
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    log << "lost";
+    platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    });
+    FailWrites(1, 1);
+    log.flush();
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(File(), document + endTag + "flushed");
+}
+
+TEST_F(FileTail, EndOfTheFileThatCantBeReadBackIsOverwrittenInOneGo)
+{
+    const auto readFailures = {
+        std::pair<ssize_t, int>{-1, EIO},
+        std::pair<ssize_t, int>{0, 0},
+    };
+    for (const auto& [result, error] : readFailures) {
+        const std::string document = Begin(100);
+        log << "flushed" << std::flush;
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        platform.pread.Use([result = result, error = error](int, void*, std::size_t, off_t) {
+            errno = error;
+            return result;
+        });
+        log << Element(5000) << endTag;
+        platform.pwrite.Reset();
+        log.flush();
+        platform.pread.Reset();
+        EXPECT_EQ(platform.pwrite.Calls(), 1U);
+        EXPECT_EQ(File(), document + Element(5000) + endTag);
+    }
+}
+
+TEST_F(FileTail, EndOfTheFileThatMemoryCantHoldIsOverwrittenWithoutLookingAtIt)
+{
+    std::string expected(20000, 'a');
+    Open();
+    log << expected << std::flush << "end" << std::flush;
+    expected += "end";
+    log.seekp(100);
+    refuseMemory = [](std::size_t) { return true; };
+    log << "X" << std::flush;
+    expected[100] = 'X';
+    EXPECT_TRUE(log.good());
+    EXPECT_EQ(platform.pread.Calls(), 0U);
+    EXPECT_EQ(File(), expected);
+}
+
+TEST_F(FileTail, InterruptedAndShortReadsOfTheEndOfTheFileAreContinued)
+{
+    const std::string document = Begin(100);
+    log << "flushed" << std::flush;
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    platform.pread.Use([](int file, void* bytes, std::size_t size, off_t position) -> ssize_t {
+        if (platform.pread.Calls() % 2 == 1) {
+            errno = EINTR;
+            return -1;
+        }
+        return platform.pread.Real(file, bytes, (size + 1) / 2, position);
+    });
+    log << Element(5000) << endTag;
+    FailWrites(1, 1);
+    log.flush();
+    EXPECT_EQ(File(), document + endTag + "flushed");
+    EXPECT_GT(platform.pread.Calls(), 2U);
+}
+
+TEST_F(FileTail, SeekBackThatNeitherMemoryNorTheFileCanFollowFails)
+{
+    Begin(100);
+    log << "flushed" << std::flush << "pending";
+    platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    });
+    FailWrites(1, 1);
+    log.seekp(3);
+    EXPECT_TRUE(log.fail());
+}
+
+TEST_F(FileTail, SeekBackThatMemoryCantFollowWritesThePendingTextFirst)
+{
+    const std::string document = Begin(100);
+    log << "flushed" << std::flush << "pending";
+    platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    });
+    log.seekp(0);
+    platform.pread.Reset();
+    EXPECT_TRUE(log.good());
+    log << "<LOG>" << std::flush;
+    EXPECT_EQ(File(), "<LOG>" + document.substr(5) + endTag + "flushedpending");
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+// Flushes that span pages: each of their steps leaves a document, wherever a write is cut.
+
+#include "stream/StreamTest.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using ScrivelTest::IsDocument;
+using ScrivelTest::pageSize;
+using ScrivelTest::platform;
+using ScrivelTest::refuseMemory;
+using ScrivelTest::XPath;
+using SteppedFlush = ScrivelTest::GrowingDocument;
+
+TEST_F(SteppedFlush, TakesAtMostThreeWritesAndOneCutAndLeavesTheBytes)
+{
+    for (const std::size_t before : {6U, 100U, 4000U, 4070U, 4080U, 4085U, 4087U, 4088U, 4089U, 4090U,
+                                     4091U, 4096U, 4100U, 8185U, 12000U}) {
+        for (const std::size_t added :
+             {4090U, 4096U, 4100U, 5000U, 8180U, 8192U, 8200U, 20000U, 100000U}) {
+            const std::string document = Begin(before);
+            ResetCounts();
+            Grow(Element(added));
+            EXPECT_LE(platform.pwrite.Calls(), 3U);
+            EXPECT_LE(platform.ftruncate.Calls(), 1U);
+            EXPECT_EQ(CallsOnTheFile(), platform.pwrite.Calls() + platform.ftruncate.Calls());
+            ASSERT_EQ(File(), document + Element(added) + endTag) << before << " and " << added;
+        }
+    }
+}
+
+TEST_F(SteppedFlush, LeavesADocumentBetweenItsWrites)
+{
+    unsigned int writes = 0;
+    for (std::size_t before = pageSize - 100; before < pageSize + 20; ++before) {
+        const std::string added = Element(4500 + before % 17);
+        const std::string document = Begin(before);
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+            EXPECT_TRUE(IsDocument(File())) << "write " << writes << " after " << before << " bytes";
+            ++writes;
+            return written;
+        });
+        Grow(added);
+        platform.pwrite.Reset();
+        ASSERT_EQ(File(), document + added + endTag);
+    }
+    EXPECT_EQ(writes, 3U * 120U);
+}
+
+TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutBetweenPages)
+{
+    // With the end of the text at each of the last places on its page, and at the first ones.
+    for (std::size_t end = 3 * pageSize - 10; end < 3 * pageSize + 10; ++end) {
+        const std::string document = Begin(100);
+        const std::string added = Element(end - document.size() - std::string(endTag).size());
+        StopBetweenPages();
+        Grow(added);
+        platform.pwrite.Reset();
+        EXPECT_GE(std::exchange(stops, 0), 2U);
+        ASSERT_EQ(File(), document + added + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, LeavesADocumentWhenItsWritesAreCutWithinATailAcrossPages)
+{
+    // With the tail, or the opening of an instruction after it, at each place across the boundary; with
+    // text that grows by less than an instruction takes, and with ends at the boundary of a later page.
+    for (std::size_t before = pageSize - 14; before < pageSize; ++before) {
+        for (const std::size_t added : {7U, 300U, 4000U, 4070U, 4090U, 9000U}) {
+            for (const char* last : {"<b/>\n", "<!-- -->\n<b/>\n", "<b/>\n    "}) {
+                const std::string document = Begin(before, last);
+                StopBetweenPages();
+                Grow(Element(added));
+                EXPECT_LE(platform.pwrite.Calls(), 3U);
+                platform.pwrite.Reset();
+                ASSERT_EQ(File(), document + Element(added) + endTag);
+            }
+        }
+    }
+    EXPECT_GE(stops, 14U * 6U * 3U);
+}
+
+TEST_F(SteppedFlush, LeavesADocumentWhereverItsWritesAreCut)
+{
+    const char* const pieces[] = {"<a>text</a>\n",  "<!-- -->",    "- &amp; -", "    ",
+                                  "<c d=\"-\"/>\n", "<a>\n</a>\n", "x"};
+    constexpr unsigned int seed = 20;
+    std::minstd_rand random(seed);
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    for (int round = 0; round < 60; ++round) {
+        std::string document = Begin(pageSize - 30 + below(30));
+        for (int flush = 0; flush < 6; ++flush) {
+            std::string added;
+            for (const std::size_t length = below(3) * pageSize + below(pageSize);
+                 added.size() < length;) {
+                added += pieces[below(std::size(pieces))];
+            }
+            // Until the tail lies across two pages, or nearly so.
+            const std::size_t place = pageSize - (document.size() + added.size() + 5) % pageSize;
+            added += std::string(place - std::min<std::size_t>(place, below(20)), ' ') + "<e/>\n";
+            StopBetweenPages();
+            Grow(added);
+            platform.pwrite.Reset();
+            document += added;
+            ASSERT_EQ(File(), document + endTag) << "seed " << seed;
+        }
+    }
+    EXPECT_GT(stops, 1000U);
+}
+
+TEST_F(SteppedFlush, OldDocumentIsWholeWhileItsTailIsHidden)
+{
+    Begin(pageSize - 3, "<b>kept</b>\n");
+    std::vector<std::string> kept;
+    platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+        const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+        for (const std::string& text : XPath(File(), "concat(count(/log/a), /log/b)")) {
+            kept.push_back(text);
+        }
+        return written;
+    });
+    Grow(Element(5000));
+    EXPECT_EQ(kept, (std::vector<std::string>{"0kept", "0kept", "1kept"}));
+}
+
+TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
+{
+    const std::string longTail = std::string(250, ' ') + endTag;
+    const std::string questionAtPageEnd = "<a>?" + std::string(5000, 'x') + "</a>";
+    const struct
+    {
+        std::size_t onFirstPage;  // of the tail
+        std::string before;
+        std::string tail;
+        std::string added;
+    } cases[] = {
+        {5, "<b/>\n", "<!--x--></log>\n", Element(5000)},  // a comment would end early
+        {5, "<b/>\n", "<?x?></log>\n", Element(5000)},     // an instruction would
+        {4, "<b/>\n", endTag, questionAtPageEnd},
+        {3, "<b>?", "</b></log>\n", "></b>" + Element(5000)},
+        {3, std::string(300, ' '), endTag, Element(5000)},  // no markup nearby
+        {5, "<b/>\n", longTail, Element(5000)},             // longer than the marks can hold
+    };
+    for (const auto& [onFirstPage, before, tail, added] : cases) {
+        const std::string document = Begin(2 * pageSize - onFirstPage, before, tail);
+        RecordSizes();
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << added << endTag << std::flush;
+        platform.pwrite.Reset();
+        ASSERT_EQ(sizes.size(), 3U) << before << tail;
+        EXPECT_GE(sizes[2], tail.size() + 4) << before << tail;
+        EXPECT_EQ(File(), document + added + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenMemoryCantHoldTheMarkupBeforeIt)
+{
+    constexpr std::size_t firstCapacity = 16 * 1024;
+    const std::string document = Begin(pageSize - 3);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    const std::string added = Element(firstCapacity - std::string(endTag).size());
+    log << added << endTag;
+    refuseMemory = [](std::size_t size) { return size > firstCapacity; };
+    RecordSizes();
+    log.flush();
+    platform.pwrite.Reset();
+    ASSERT_EQ(sizes.size(), 3U);
+    EXPECT_EQ(sizes[2], std::string(endTag).size() + 4);
+    EXPECT_EQ(File(), document + added + endTag);
+}
+
+TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenTheMarkupBeforeItIsNotInMemory)
+{
+    const std::string document = Begin(pageSize - 3);
+    for (const bool refused : {false, true}) {
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << endTag << std::flush;  // all that is in memory from now on
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << Element(5000) << endTag;
+        ResetCounts();
+        if (refused) {
+            refuseMemory = [](std::size_t) { return true; };
+        }
+        log.flush();
+        refuseMemory = nullptr;
+        EXPECT_EQ(platform.pread.Calls(), 0U);
+        EXPECT_EQ(platform.pwrite.Calls(), refused ? 1U : 3U);
+        EXPECT_EQ(File(), document + Element(5000) + endTag);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+    }
+}
+
+TEST_F(SteppedFlush, TextThatHoldsAClosingMarkIsWrittenInOneGo)
+{
+    const std::string document = Begin(100);
+    ResetCounts();
+    Grow(Element(5000) + "<?y ?>");
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+    EXPECT_EQ(File(), document + Element(5000) + "<?y ?>" + endTag);
+}
+
+TEST_F(SteppedFlush, TextAfterTheEndOfTheFileIsWrittenInOneGo)
+{
+    Begin(100);
+    ResetCounts();
+    log << std::string(10000, ' ') << std::flush;
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+}
+
+TEST_F(SteppedFlush, TextThatDoesNotReachBeyondTheTailIsWrittenInOneGo)
+{
+    const struct
+    {
+        std::size_t place;
+        std::size_t length;
+    } texts[] = {{50, 8000}, {2 * pageSize - 20, 40}, {2 * pageSize - 20, 100}};
+    for (const auto& [place, length] : texts) {
+        const std::size_t end = 2 * pageSize + 80;
+        std::string expected = Begin(end - std::string(endTag).size()) + endTag;
+        log.seekp(static_cast<std::streamoff>(place));
+        ResetCounts();
+        log << std::string(length, ' ') << std::flush;
+        EXPECT_EQ(platform.pwrite.Calls(), 1U);
+        EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+        expected.replace(place, length, std::string(length, ' '));
+        EXPECT_EQ(File(), expected);
+    }
+}
+
+TEST_F(SteppedFlush, WithoutMemoryForItsMarksTheTextIsWrittenInOneGo)
+{
+    const std::string document = Begin(100);
+    log.seekp(-7, std::ios_base::end);
+    log << Element(5000) << endTag;
+    refuseMemory = [](std::size_t) { return true; };
+    ResetCounts();
+    log.flush();
+    EXPECT_EQ(platform.pwrite.Calls(), 1U);
+    EXPECT_EQ(File(), document + Element(5000) + endTag);
+}
+
+}  // namespace

@@ -1,0 +1,152 @@
+// The fixtures of tests that look at the log's stream and at its file.
+
+#ifndef SCRIVEL_TESTS_STREAM_STREAMTEST_H
+#define SCRIVEL_TESTS_STREAM_STREAMTEST_H
+
+#include "scrivel/LogStream.h"
+
+#include "support/GeneratorTest.h"
+#include "support/Memory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace ScrivelTest
+{
+
+constexpr std::size_t pageSize = 4096;
+
+/// A stream, and the file "log" that it is opened on.
+class StreamTest : public ScratchTest
+{
+protected:
+    void Open()
+    {
+        log.open("log");
+        ASSERT_TRUE(log.good());
+    }
+
+    static std::string File() { return FileText("log"); }
+
+    /// The descriptor of the open log.
+    static int Descriptor()
+    {
+        const std::filesystem::path file = std::filesystem::canonical("log");
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code gone;
+            if (std::filesystem::read_symlink(entry.path(), gone) == file) {
+                return std::stoi(entry.path().filename());
+            }
+        }
+        ADD_FAILURE() << "the log is not open";
+        return -1;
+    }
+
+    static void ResetCounts()
+    {
+        platform.write.Reset();
+        platform.pwrite.Reset();
+        platform.pread.Reset();
+        platform.lseek.Reset();
+        platform.ftruncate.Reset();
+        platform.fstat.Reset();
+    }
+
+    static unsigned int CallsOnTheFile()
+    {
+        return platform.write.Calls() + platform.pwrite.Calls() + platform.pread.Calls() +
+               platform.lseek.Calls() + platform.ftruncate.Calls() + platform.fstat.Calls();
+    }
+
+    /// Lets all writes from number `first` to number `last` fail with ENOSPC.
+    static void FailWrites(unsigned int first, unsigned int last)
+    {
+        platform.pwrite.Reset();
+        platform.pwrite.Use(
+            [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+                if (platform.pwrite.Calls() >= first && platform.pwrite.Calls() <= last) {
+                    errno = ENOSPC;
+                    return -1;
+                }
+                return platform.pwrite.Real(file, bytes, size, position);
+            });
+    }
+
+    Scrivel2::LogStream log;
+};
+
+/// A document that grows by a flush over its end tag.
+class GrowingDocument : public StreamTest
+{
+protected:
+    static constexpr const char* endTag = "</log>\n";
+
+    /// Opens a document that ends in `tail`, with about `size` bytes before it.
+    std::string Begin(std::size_t size, const std::string& lastBefore = "<b/>\n",
+                      const std::string& tail = endTag)
+    {
+        if (log.is_open()) {
+            log.close();
+        }
+        Open();
+        std::string document = "<log>\n";
+        const std::size_t rest = size - std::min(size, document.size());
+        document.append(rest - std::min(rest, lastBefore.size()), ' ');
+        document += rest < lastBefore.size() ? "" : lastBefore;
+        log << document << tail << std::flush;
+        return document;
+    }
+
+    /// Replaces the end tag by `text` and an end tag.
+    void Grow(const std::string& text)
+    {
+        log.seekp(-static_cast<std::streamoff>(std::string(endTag).size()), std::ios_base::end);
+        log << text << endTag << std::flush;
+    }
+
+    static std::string Element(std::size_t length)
+    {
+        return "<a>" + std::string(std::max<std::size_t>(length, 7) - 7, 'x') + "</a>";
+    }
+
+    /// From now on stops each write at each page boundary, where a kill can end it, and looks at the
+    /// file.
+    void StopBetweenPages()
+    {
+        ResetCounts();
+        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
+            const auto first = static_cast<std::size_t>(position);
+            for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
+                platform.pwrite.Real(file, bytes, page * pageSize - first, position);
+                EXPECT_TRUE(IsDocument(File())) << "stopped at page " << page << ":\n" << File();
+                ++stops;
+            }
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+    }
+
+    /// From now on notes the size of each write.
+    void RecordSizes()
+    {
+        sizes.clear();
+        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
+            sizes.push_back(size);
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+    }
+
+    unsigned int stops = 0;
+    std::vector<std::size_t> sizes;
+};
+
+}  // namespace ScrivelTest
+
+#endif
