@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace
 {
@@ -116,10 +117,49 @@ TEST_F(FileTail, InterruptedAndShortReadsOfTheEndOfTheFileAreContinued)
         return platform.pread.Real(file, bytes, (size + 1) / 2, position);
     });
     log << Element(5000) << endTag;
-    FailWrites(1, 1);
+    FailWrites(3, 3);  // the one over the tail, which is then put back as it was read
     log.flush();
+    EXPECT_EQ(platform.pwrite.Calls(), 4U);
     EXPECT_EQ(File(), document + endTag + "flushed");
     EXPECT_GT(platform.pread.Calls(), 2U);
+}
+
+TEST_F(FileTail, ShortReadOfTheEndOfTheFileIsNotTakenForAll)
+{
+    std::string expected = Begin(100) + endTag;
+    log << "flushed" << std::flush << "pending";
+    expected += "flushedpending";
+    platform.pread.Use([](int file, void* bytes, std::size_t, off_t position) {
+        return platform.pread.Real(file, bytes, 1, position);
+    });
+    log.seekp(20);
+    EXPECT_GT(platform.pread.Calls(), 50U);
+    log << "X" << std::flush;
+    expected[20] = 'X';
+    EXPECT_EQ(File(), expected);
+}
+
+TEST_F(FileTail, TakesNoMoreMemoryTheLongerTheFileIs)
+{
+    std::string expected;
+    Open();
+    for (int i = 0; i < 100; ++i) {
+        const std::string text(10000, static_cast<char>('a' + i % 26));
+        log << text << std::flush;
+        expected += text;
+    }
+    std::vector<std::size_t> asked;
+    refuseMemory = [&](std::size_t size) {
+        asked.push_back(size);
+        return false;
+    };
+    for (const std::size_t back : {20U, 3000U, 9000U}) {
+        log.seekp(-static_cast<std::streamoff>(back), std::ios_base::end);
+        log << "X" << std::flush;
+        expected[expected.size() - back] = 'X';
+        ASSERT_EQ(File(), expected);
+    }
+    EXPECT_EQ(asked, std::vector<std::size_t>());
 }
 
 TEST_F(FileTail, SeekBackThatNeitherMemoryNorTheFileCanFollowFails)
