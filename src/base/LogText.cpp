@@ -252,6 +252,13 @@ void AppendIndentation(LogStream& log, unsigned int levels)
         "                                                                ";
     constexpr std::size_t blanksPerLevel = 4;
 
+    if (log.width() != 0 && levels > 0) {  // the first level is the first thing inserted
+        log.Append(blanks.substr(0, blanksPerLevel));
+        --levels;
+    }
+    if (levels == 0) {
+        return;
+    }
     std::size_t left = blanksPerLevel * levels;
     for (; left > blanks.size(); left -= blanks.size()) {
         log.Append(blanks);

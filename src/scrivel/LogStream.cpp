@@ -41,12 +41,22 @@ void LogStream::close()
     }
 }
 
-/// Appends text for which there is no room yet.
+/// As any other insertion, but for the error state of a stream that has failed already.
 void LogStream::Insert(std::string_view text)
 {
     if (good()) {
-        write(text.data(), static_cast<std::streamsize>(text.size()));
+        *this << text;
     }
+}
+
+/// Gives the width to the first of `most` characters that follow; false when the stream has failed.
+bool LogStream::PadFirst(std::size_t most)
+{
+    if (good() && most > 0) {
+        width(width() - 1);
+        *this << "";
+    }
+    return good();
 }
 
 LogStream::FlushHold::FlushHold(LogStream& stream) : buffer(stream.Buffer())

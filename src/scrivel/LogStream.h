@@ -77,20 +77,22 @@ public:
     /// Flushes and closes; sets the fail state when either fails or no file is open.
     void close();
 
-    /// Appends text as it is, past the stream's formatting: the writers' way in. Like any output it
-    /// vanishes when the stream has failed.
+    /// Appends text: the writers' way in. Of the stream's formatting only the width counts, which goes to
+    /// the first text after it was set, as with any insertion. Like any output the text vanishes when the
+    /// stream has failed.
     void Append(std::string_view text)
     {
-        if (!good() || !putArea->Take(text)) {
+        if (!IsPlain() || !putArea->Take(text)) {
             Insert(text);
         }
     }
 
     /// The put position in memory with room for `most` characters, or null when the stream has failed
-    /// (or has just failed for want of memory). Advance takes the end of what was written there.
+    /// (or has just failed for want of memory). Advance takes the end of what was written there. A width
+    /// that is set goes to the first character: blanks are put before that place, or what else fills.
     char* Room(std::size_t most)
     {
-        if (!good()) {
+        if (!IsPlain() && !PadFirst(most)) {
             return nullptr;
         }
         char* const place = putArea->Room(most);
@@ -115,7 +117,11 @@ public:
     };
 
 private:
+    /// Whether text goes to the put area as it is: good, and no width is set.
+    bool IsPlain() const { return (static_cast<std::streamsize>(rdstate()) | width()) == 0; }
+
     void Insert(std::string_view text);
+    bool PadFirst(std::size_t most);
 
     static std::unique_ptr<PutArea> MakeBuffer();
     LogBuffer& Buffer() const;

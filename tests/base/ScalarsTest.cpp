@@ -215,15 +215,33 @@ TEST_F(Scalars, HexWriterLeavesZeroAsTheFillCharacter)
 )");
 }
 
-TEST_F(Scalars, HexWriterEndsAWidthThatALayerHasSet)
+TEST_F(Scalars, WidthThatALayerHasSetGoesToTheIndentationAndNumbersComeWithoutPadding)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.depth = 3;
+                  log.logFile.width(5);
+                  log.WriteDecimal("d", 7);
+                  log.depth = 1;
                   log.logFile.width(9);
                   log.WriteHex("v", 255, 4);
                   log.logFile << 5 << "\n";
               }),
-              "    <v>0x00ff</v>\n"
+              "             <d>7</d>\n"
+              "         <v>0x00ff</v>\n"
               "5\n");
+}
+
+TEST_F(Scalars, WidthThatALayerHasSetGoesToTheBracketWhereThereIsNoIndentation)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.depth = 0;
+                  log.logFile << std::setfill('.') << std::setw(4);
+                  log.WriteDecimal("d", 7);
+                  log.WriteString("s", "text");
+                  log.depth = 1;
+              }),
+              "...<d>7</d>\n"
+              "<s>text</s>\n");
 }
 
 TEST_F(Scalars, HexWriterOfNoDigitsLeavesZeroAsTheFillCharacterToo)

@@ -467,6 +467,16 @@ private:
         });
     }
 
+    void WidthOfTheLayer()
+    {
+        logs.Both([name = Name(), value = Number(), width = source.Below(20)](auto& log) {
+            if (log.logFile.good()) {
+                log.logFile.width(static_cast<std::streamsize>(width));
+            }
+            log.WriteDecimal(name, value);
+        });
+    }
+
     void FlushOfTheLayer()
     {
         logs.Both([](auto& log) { log.logFile.flush(); });
@@ -969,6 +979,7 @@ private:
         &Self::CloseElement,     &Self::Tabs,
         &Self::Timestamp,        &Self::UpdatePosition,
         &Self::SeekPosition,     &Self::TextOfTheLayer,
+        &Self::WidthOfTheLayer,  &Self::WidthOfTheLayer,
         &Self::FlushOfTheLayer,  &Self::SeekOfTheLayer,
         &Self::PassTime,         &Self::PassTime,
         &Self::ChangeProcess,    &Self::NameTables,

@@ -200,6 +200,54 @@ TEST_F(LogStream, FormattedOutputAndAppendedTextKeepTheirOrder)
     EXPECT_EQ(File(), "1abffcdefg...7truehij");
 }
 
+TEST_F(LogStream, WidthGoesToTheTextAppendedNextAndIsGone)
+{
+    Open();
+    log << std::setfill('.') << std::setw(5);
+    log.Append("ab");
+    log.Append("cd");
+    log << std::left << std::setw(5);
+    log.Append("ef");
+    log << std::setw(1);
+    log.Append("gh");
+    log << std::setw(3);
+    log.Append("");
+    log << 1 << std::flush;
+    EXPECT_EQ(File(), "...abcdef...gh...1");
+}
+
+TEST_F(LogStream, WidthGoesToTheFirstCharacterPutIntoTheRoomAndIsGone)
+{
+    const auto put = [this](char character) {
+        char* const place = log.Room(1);
+        *place = character;
+        log.Advance(place + 1);
+    };
+    Open();
+    log << std::setfill('.') << std::setw(4);
+    EXPECT_NE(log.Room(0), nullptr);
+    put('a');
+    put('b');
+    log << std::setw(1);
+    put('c');
+    log << 1 << std::flush;
+    EXPECT_EQ(File(), "...abc1");
+}
+
+TEST_F(LogStream, WidthOfAFailedStreamStays)
+{
+    Open();
+    log << std::setw(4);
+    log.setstate(std::ios_base::badbit);
+    log.Append("lost");
+    EXPECT_EQ(log.Room(1), nullptr);
+    EXPECT_EQ(log.rdstate(), std::ios_base::badbit);
+    log.clear();
+    log.Append("a");
+    log.flush();
+    EXPECT_EQ(File(), "   a");
+}
+
 TEST_F(LogStream, NumbersHaveTheClassicLocaleWhateverTheGlobalOneIs)
 {
     const std::locale before =
