@@ -69,7 +69,8 @@ public:
 
     /// Creates or empties the file and clears the stream's error state; sets the fail state, with the
     /// reason in errno, when that can't be done. When a file is open already the fail state is set
-    /// and errno left alone. The name of a FIFO fails at once.
+    /// and errno left alone. A name that leads to something without places to seek to, a FIFO or a
+    /// terminal, fails at once.
     void open(const std::string& name);
 
     bool is_open() const;

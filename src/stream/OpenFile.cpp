@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Scrivel2
@@ -42,8 +41,8 @@ bool OpenFile::Open(const char* name)
 {
     assert(!IsOpen());
     // For reading too, so that the end of the file can be looked up when it is no longer in memory.
-    // O_NONBLOCK is for FIFOs, which are turned away: they have no place to seek back to.
-    constexpr int flags = O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+    // O_NONBLOCK is for FIFOs and O_NOCTTY for terminals, which are turned away.
+    constexpr int flags = O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     descriptor = open(name, O_RDWR | flags, 0666);
     if (!IsOpen() && errno == EACCES) {
         descriptor = open(name, O_WRONLY | flags, 0666);
@@ -51,9 +50,8 @@ bool OpenFile::Open(const char* name)
     if (!IsOpen()) {
         return false;
     }
-    struct stat status;
-    const int reason = fstat(descriptor, &status) != 0 ? errno : S_ISFIFO(status.st_mode) ? ESPIPE : 0;
-    if (reason != 0) {
+    if (lseek(descriptor, 0, SEEK_CUR) < 0) {
+        const int reason = errno;
         close(std::exchange(descriptor, -1));
         errno = reason;
         return false;

@@ -23,7 +23,7 @@ public:
     OpenFile& operator=(const OpenFile&) = delete;
 
     /// Creates or empties the file of that name; false, with the reason in errno, when that can't be
-    /// done. A FIFO is turned away.
+    /// done or what the name leads to can't seek.
     bool Open(const char* name);
     bool IsOpen() const { return descriptor >= 0; }
     bool Close();

@@ -31,7 +31,7 @@ namespace
 enum class Kind
 {
     Open,
-    Fstat,
+    Seek,
     Write,
     Truncate,
     Close
@@ -66,8 +66,8 @@ public:
         platform.open.Use([this](const char* name, int flags, mode_t mode) {
             return Fails(Kind::Open) ? -1 : platform.open.Real(name, flags, mode);
         });
-        platform.fstat.Use([this](int file, struct stat* status) {
-            return Fails(Kind::Fstat) ? -1 : platform.fstat.Real(file, status);
+        platform.lseek.Use([this](int file, off_t offset, int whence) {
+            return Fails(Kind::Seek) ? -1 : platform.lseek.Real(file, offset, whence);
         });
         platform.ftruncate.Use([this](int file, off_t size) {
             return Fails(Kind::Truncate) ? -1 : platform.ftruncate.Real(file, size);
@@ -92,7 +92,7 @@ public:
     static void Uninstall()
     {
         platform.open.Reset();
-        platform.fstat.Reset();
+        platform.lseek.Reset();
         platform.ftruncate.Reset();
         platform.close.Reset();
         platform.pwrite.Reset();

@@ -3,11 +3,13 @@
 #include "stream/StreamTest.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace
@@ -70,9 +72,60 @@ TEST_F(OpenFile, FifoWithAReaderFailsToo)
     close(reader);
 }
 
-TEST_F(OpenFile, FileThatCantBeLookedAtFails)
+/// A terminal that nobody else uses.
+class Terminal
 {
-    platform.fstat.Use([](int, struct stat*) {
+public:
+    Terminal() : controller(posix_openpt(O_RDWR | O_NOCTTY))
+    {
+        EXPECT_EQ(grantpt(controller), 0);
+        EXPECT_EQ(unlockpt(controller), 0);
+    }
+    ~Terminal() { close(controller); }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    std::string Name() const { return ptsname(controller); }
+
+private:
+    int controller;
+};
+
+TEST_F(OpenFile, TerminalFailsAtOnce)
+{
+    const Terminal terminal;
+    errno = 0;
+    log.open(terminal.Name());
+    EXPECT_EQ(errno, ESPIPE);
+    EXPECT_EQ(log.rdstate(), std::ios_base::failbit);
+    EXPECT_FALSE(log.is_open());
+    EXPECT_EQ(platform.close.Calls(), 1U);
+}
+
+TEST_F(OpenFile, TerminalDoesNotBecomeThatOfTheProcess)
+{
+    const Terminal terminal;
+    const pid_t child = fork();
+    if (child == 0) {
+        setsid();  // without a terminal from here on
+        log.open(terminal.Name());
+        _exit(open("/dev/tty", O_RDWR) < 0 && errno == ENXIO ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(OpenFile, DeviceThatCanSeekIsOpened)
+{
+    log.open("/dev/null");
+    log << "text" << std::flush;
+    EXPECT_TRUE(log.good());
+}
+
+TEST_F(OpenFile, FileWhosePlaceTheSystemDoesNotTellFails)
+{
+    platform.lseek.Use([](int, off_t, int) -> off_t {
         errno = EIO;
         return -1;
     });
