@@ -1,0 +1,190 @@
+// libxml2's SAX2 push parser as the reader's XML parser. Tested by tests/reader/XmlParserTest.cpp.
+
+#include "scrivel/XmlParser.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <vector>
+
+#include <libxml/parser.h>
+#include <libxml/xmlerror.h>
+
+namespace ScrivelReader
+{
+
+namespace
+{
+
+// What the parser may hold back: a tag or a comment that is not over. A log has none of this length.
+constexpr std::uint64_t longestMarkup = 16 * 1024 * 1024;
+
+std::string_view View(const xmlChar* text)
+{
+    return {reinterpret_cast<const char*>(text), std::size_t(xmlStrlen(text))};
+}
+
+class LibXml2Parser final : public XmlParser
+{
+public:
+    explicit LibXml2Parser(XmlEvents& itsEvents) : events(&itsEvents)
+    {
+        xmlInitParser();
+        xmlSAXHandler handler{};
+        handler.initialized = XML_SAX2_MAGIC;
+        handler.startElementNs = [](void* self, const xmlChar* name, const xmlChar* prefix,
+                                    const xmlChar*, int, const xmlChar**, int count, int,
+                                    const xmlChar** attributes) {
+            static_cast<LibXml2Parser*>(self)->Start(name, prefix, count, attributes);
+        };
+        handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
+            auto& parser = *static_cast<LibXml2Parser*>(self);
+            if (parser.events != nullptr)
+                parser.events->EndElement();
+        };
+        handler.characters = handler.ignorableWhitespace =
+            handler.cdataBlock = [](void* self, const xmlChar* text, int length) {
+                auto& parser = *static_cast<LibXml2Parser*>(self);
+                if (parser.events != nullptr)
+                    parser.events->Text({reinterpret_cast<const char*>(text), std::size_t(length)});
+            };
+        handler.comment = [](void* self, const xmlChar* text) {
+            auto& parser = *static_cast<LibXml2Parser*>(self);
+            if (parser.events != nullptr)
+                parser.events->Comment(View(text));
+        };
+        handler.internalSubset = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
+            static_cast<LibXml2Parser*>(self)->Refuse("a log has no document type declaration");
+        };
+        handler.serror = [](void* self, auto* what) { static_cast<LibXml2Parser*>(self)->Note(*what); };
+        context = xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr);
+        if (context != nullptr) {
+            xmlCtxtUseOptions(context, XML_PARSE_NONET | XML_PARSE_HUGE);
+        } else {
+            error = "no memory for the XML parser";
+        }
+    }
+    ~LibXml2Parser() override { xmlFreeParserCtxt(context); }
+    LibXml2Parser(const LibXml2Parser&) = delete;
+    LibXml2Parser& operator=(const LibXml2Parser&) = delete;
+
+    bool Feed(const char* bytes, std::size_t size) override
+    {
+        while (size != 0 && error.empty()) {
+            const std::size_t piece = std::min<std::size_t>(size, 64 * 1024);
+            fed += piece;
+            xmlParseChunk(context, bytes, int(piece), 0);
+            if (error.empty() && fed - std::min(fed, Position()) > longestMarkup)
+                Refuse("a tag or a comment is longer than 16 MB");
+            bytes += piece;
+            size -= piece;
+        }
+        return error.empty();
+    }
+
+    bool Finish() override
+    {
+        if (!error.empty())
+            return false;
+        xmlParseChunk(context, nullptr, 0, 1);
+        if (error.empty() && context->wellFormed == 0)
+            Refuse("the document is not well-formed");
+        return error.empty();
+    }
+
+    void Mute() override { events = nullptr; }
+
+    Place TagBegin() const override
+    {
+        const xmlParserInput& input = *context->input;
+        const xmlChar* at = input.cur;
+        std::uint64_t line = Line();
+        while (at != input.base && *--at != '<') {
+            if (*at == '\n')
+                --line;
+        }
+        return {input.consumed + std::uint64_t(at - input.base), line};
+    }
+
+    std::uint64_t Position() const override
+    {
+        if (context == nullptr || context->input == nullptr)
+            return 0;
+        return context->input->consumed + std::uint64_t(context->input->cur - context->input->base);
+    }
+
+    std::uint64_t Line() const override
+    {
+        return context->input == nullptr ? 1 : std::uint64_t(std::max(context->input->line, 1));
+    }
+
+    const std::string& Error() const override { return error; }
+    std::uint64_t ErrorPosition() const override { return errorPosition; }
+    std::uint64_t ErrorLine() const override { return errorLine; }
+
+private:
+    void Start(const xmlChar* name, const xmlChar* prefix, int count, const xmlChar** attributes)
+    {
+        if (events == nullptr)
+            return;
+        found.clear();
+        for (int i = 0; i < count; ++i) {
+            const xmlChar** attribute = attributes + i * 5;  // name, prefix, URI, value, end of the value
+            found.push_back({View(attribute[0]),
+                             {reinterpret_cast<const char*>(attribute[3]),
+                              std::size_t(attribute[4] - attribute[3])}});
+        }
+        if (prefix == nullptr) {
+            events->StartElement(View(name), found.data(), found.size());
+        } else {
+            qualified.assign(View(prefix)).append(":").append(View(name));
+            events->StartElement(qualified, found.data(), found.size());
+        }
+    }
+
+    /// Remembers the first error that makes the document no XML.
+    void Note(const xmlError& what)
+    {
+        if (!error.empty() || what.level != XML_ERR_FATAL)
+            return;
+        std::string_view text = what.message == nullptr ? "not well-formed" : what.message;
+        while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
+            text.remove_suffix(1);
+        Fail(text);
+    }
+
+    void Fail(std::string_view what)
+    {
+        error = what;
+        errorPosition = Position();
+        errorLine = Line();
+        events = nullptr;
+    }
+
+    void Refuse(std::string_view what)
+    {
+        if (!error.empty())
+            return;
+        Fail(what);
+        if (context != nullptr)
+            xmlStopParser(context);
+    }
+
+    XmlEvents* events;
+    xmlParserCtxtPtr context = nullptr;
+    std::vector<XmlAttribute> found;
+    std::string qualified;
+    std::uint64_t fed = 0;
+    std::string error;
+    std::uint64_t errorPosition = 0;
+    std::uint64_t errorLine = 1;
+};
+
+}  // namespace
+
+std::unique_ptr<XmlParser> MakeXmlParser(XmlEvents& events)
+{
+    return std::make_unique<LibXml2Parser>(events);
+}
+
+}  // namespace ScrivelReader

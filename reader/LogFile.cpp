@@ -1,0 +1,110 @@
+// Bisection over the calls of a log file. Tested by tests/reader/LogFileTest.cpp.
+
+#include "scrivel/LogFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+namespace ScrivelReader
+{
+
+namespace
+{
+
+constexpr std::size_t window = 16 * 1024;
+constexpr std::size_t longestTag = 1024;
+
+struct Beginning
+{
+    std::uint64_t offset;
+    std::uint64_t number;
+};
+
+/// The bytes from an offset on: fewer at the end of the file, or when reading fails.
+void ReadAt(int descriptor, std::uint64_t offset, std::size_t size, std::string& bytes)
+{
+    bytes.resize(size);
+    std::size_t got = 0;
+    while (got < size) {
+        const ssize_t result = pread(descriptor, bytes.data() + got, size - got, off_t(offset + got));
+        if (result < 0 && errno == EINTR)
+            continue;
+        if (result <= 0)
+            break;
+        got += std::size_t(result);
+    }
+    bytes.resize(got);
+}
+
+/// A line that begins a call, not one that continues it:
+///     \n    <Name call_num="7"\n     call_time="    or    \n    <Name call_num="7" call_time="
+std::optional<Beginning> BeginningAt(std::string_view text, std::size_t attribute)
+{
+    constexpr std::string_view indent = "\n    <";
+    constexpr std::string_view numberBegin = " call_num=\"";
+    constexpr std::string_view timeBegin = "call_time=\"";
+    const std::size_t tag = text.rfind('<', attribute);
+    if (tag == std::string_view::npos || tag + 1 < indent.size() ||
+        text.substr(tag + 1 - indent.size(), indent.size()) != indent ||
+        text.substr(tag, attribute - tag).find_first_of(" \n>!?/") != std::string_view::npos)
+        return {};
+    std::uint64_t number = 0;
+    const char* digits = text.data() + attribute + numberBegin.size();
+    const auto [end, error] = std::from_chars(digits, text.data() + text.size(), number);
+    std::size_t after = std::size_t(end - text.data());
+    if (error != std::errc() || after >= text.size() || text[after] != '"')
+        return {};
+    after = text.find_first_not_of(" \n", after + 1);
+    if (after == std::string_view::npos || text.substr(after, timeBegin.size()) != timeBegin)
+        return {};
+    return Beginning{tag, number};
+}
+
+/// The first call that begins in [from, to).
+std::optional<Beginning> FirstIn(int descriptor, std::uint64_t from, std::uint64_t to, std::string& bytes)
+{
+    for (std::uint64_t at = from; at < to; at += window) {
+        ReadAt(descriptor, at, window + longestTag, bytes);
+        const std::string_view text = bytes;
+        for (std::size_t found = text.find(" call_num=\""); found != std::string_view::npos;
+             found = text.find(" call_num=\"", found + 1)) {
+            if (auto beginning = BeginningAt(text, found)) {
+                beginning->offset += at;
+                if (beginning->offset >= to)
+                    return {};
+                return beginning;
+            }
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> FindCall(int descriptor, std::uint64_t size, std::uint64_t number)
+{
+    // Calls that begin before low have lower numbers; the first one from high on has not.
+    std::string bytes;
+    std::uint64_t low = 0;
+    std::uint64_t high = size;
+    std::optional<std::uint64_t> best;
+    while (low < high) {
+        const std::uint64_t middle = low + (high - low) / 2;
+        const auto found = FirstIn(descriptor, middle, high, bytes);
+        if (!found) {
+            high = middle;
+        } else if (found->number < number) {
+            low = found->offset + 1;
+        } else {
+            best = found->offset;
+            high = middle;
+        }
+    }
+    return best;
+}
+
+}  // namespace ScrivelReader

@@ -1,0 +1,778 @@
+// Joins the elements of a log into calls, and takes up again after damage. Tested by
+// tests/reader/LogReaderTest.cpp and tests/reader/DamageTest.cpp.
+
+#include "scrivel/LogReader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <map>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "format/LogWords.h"
+#include "scrivel/XmlParser.h"
+
+namespace ScrivelReader
+{
+
+namespace
+{
+
+namespace Words = Scrivel2::LogWords;
+
+// After an error the bytes that the parser has already got are parsed again: not too many of them.
+constexpr std::size_t pieceSize = 16 * 1024;
+// What is kept of the element that is being read, to look for the next call in it when it is damaged.
+constexpr std::size_t mostHeld = 1024 * 1024;
+constexpr std::size_t longestBegin = 4 * 1024;  // of a line that begins a call
+constexpr std::size_t mostParts = 4096;
+constexpr std::size_t longestStatus = 256;
+constexpr std::size_t mostOthers = 256;  // lines without a number in front of a call
+constexpr std::size_t mostThreads = 64 * 1024;
+
+std::optional<std::uint64_t> ParseNumber(std::string_view text)
+{
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+        return {};
+    return number;
+}
+
+bool StartsWith(std::string_view text, std::string_view begin)
+{
+    return text.substr(0, begin.size()) == begin;
+}
+
+bool EndsWith(std::string_view text, std::string_view end)
+{
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+std::string_view Trimmed(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+bool IsStatus(std::string_view text)
+{
+    return StartsWith(text, Words::statusBegin) || StartsWith(text, Words::invalidReturnType);
+}
+
+bool IsMark(std::string_view comment)
+{
+    return StartsWith(comment, Words::continuingBegin) ||
+           (StartsWith(comment, Words::interruptedBegin) && EndsWith(comment, Words::interruptedEnd));
+}
+
+std::uint64_t Lines(std::string_view text)
+{
+    return std::uint64_t(std::count(text.begin(), text.end(), '\n'));
+}
+
+/// How often each number was given to a call. Numbers mostly rise by one, so they are kept as ranges.
+class SeenNumbers
+{
+public:
+    std::uint32_t Times(std::uint64_t number) const
+    {
+        const auto repeated = again.find(number);
+        if (repeated != again.end())
+            return repeated->second;
+        const auto after = ranges.upper_bound(number);
+        return after != ranges.begin() && std::prev(after)->second >= number ? 1 : 0;
+    }
+
+    void Add(std::uint64_t number)
+    {
+        if (const std::uint32_t times = Times(number); times != 0) {
+            if (again.size() < mostKept)
+                again[number] = times + 1;
+            return;
+        }
+        auto after = ranges.upper_bound(number);
+        if (after != ranges.begin() && std::prev(after)->second + 1 == number) {
+            const auto range = std::prev(after);
+            range->second = number;
+            if (after != ranges.end() && after->first == number + 1) {
+                range->second = after->second;
+                ranges.erase(after);
+            }
+        } else if (after != ranges.end() && after->first == number + 1) {
+            const std::uint64_t last = after->second;
+            ranges.erase(after);
+            ranges.emplace(number, last);
+        } else if (ranges.size() < mostKept) {
+            ranges.emplace(number, number);
+        }
+    }
+
+private:
+    static constexpr std::size_t mostKept = 64 * 1024;
+
+    std::map<std::uint64_t, std::uint64_t> ranges;  // first -> last
+    std::unordered_map<std::uint64_t, std::uint32_t> again;
+};
+
+}  // namespace
+
+class LogReader::Impl final : private XmlEvents
+{
+public:
+    Impl(LogHandler& itsHandler, const ReadOptions& itsOptions)
+        : handler(itsHandler), options(itsOptions), received(itsOptions.offset),
+          heldFrom(itsOptions.offset), heldLine(itsOptions.line)
+    {
+        if (options.startWithin) {
+            state = State::Searching;
+            resumed = true;
+        } else {
+            BeginParser(options.offset, options.line);
+        }
+    }
+
+    void Feed(std::string_view bytes)
+    {
+        while (!bytes.empty()) {
+            const std::string_view piece = bytes.substr(0, pieceSize);
+            received += piece.size();
+            end.empty = end.empty && Trimmed(piece).empty();
+            TakeIn(piece);
+            bytes.remove_prefix(piece.size());
+        }
+    }
+
+    LogEnd Finish()
+    {
+        while (state == State::Parsing) {
+            if (parser->Finish())
+                break;
+            FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
+            Search(true);
+            if (state == State::Parsing)
+                ParseHeld();
+        }
+        CloseDamage(received);
+        end.whole = judge == nullptr ? !damaged : judge->Finish();
+        end.size = received;
+        for (const auto& left : std::exchange(open, {}))
+            handler.Ended(*left);
+        return end;
+    }
+
+private:
+    // Parsing     a parser has the bytes; Held() are those that it may have to be given again
+    //   -> Searching   the document isn't well-formed here (FoundDamage)
+    //   -> Over        what follows the root element is none of its business
+    // Searching   for the next line that begins a call, in Held()
+    //   -> Parsing     found: a new parser gets it, after a root element of our own (BeginParser)
+    enum class State
+    {
+        Parsing,
+        Searching,
+        Over
+    };
+
+    // ---- Bytes ------------------------------------------------------------------------------------
+
+    void TakeIn(std::string_view piece)
+    {
+        if (judge != nullptr)
+            judge->Feed(piece.data(), piece.size());
+        switch (state) {
+        case State::Parsing:
+            current = piece;
+            currentFrom = received - piece.size();
+            parser->Feed(piece.data(), piece.size());
+            Hold(piece);
+            current = {};
+            AfterParsing();
+            break;
+        case State::Searching:
+            held.append(piece);
+            Search(false);
+            if (state == State::Parsing)
+                ParseHeld();
+            break;
+        case State::Over:
+            break;
+        }
+    }
+
+    /// Gives a new parser what is held. As long as it finds damage, another one begins further behind.
+    void ParseHeld()
+    {
+        while (state == State::Parsing) {
+            const std::string again = std::exchange(held, {});
+            current = again;
+            currentFrom = heldFrom;
+            parser->Feed(again.data(), again.size());
+            Hold(again);
+            current = {};
+            if (!Stopped())
+                return;
+            AfterParsing(false);
+        }
+    }
+
+    bool Stopped() const { return broken || !parser->Error().empty(); }
+
+    void AfterParsing(bool thenParse = true)
+    {
+        if (!Stopped())
+            return;
+        if (broken) {
+            FoundDamage("a call begins within another call's element", brokenAt, brokenLine);
+        } else {
+            FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
+        }
+        if (state == State::Over)
+            return;
+        Search(false);
+        if (thenParse && state == State::Parsing)
+            ParseHeld();
+    }
+
+    /// Keeps of the bytes that the parser got now what may have to be parsed again.
+    void Hold(std::string_view piece)
+    {
+        const std::uint64_t pieceFrom = currentFrom;
+        if (restart >= pieceFrom) {
+            const auto skip = std::min(std::size_t(restart - pieceFrom), piece.size());
+            held.assign(piece.substr(skip));
+            heldFrom = pieceFrom + skip;
+            heldLine = restartLine;
+        } else {
+            if (restart > heldFrom) {
+                held.erase(0, std::min(held.size(), std::size_t(restart - heldFrom)));
+                heldFrom = restart;
+                heldLine = restartLine;
+            }
+            held.append(piece);
+            if (held.size() > mostHeld)
+                Forget(held.size() - mostHeld / 2);
+        }
+    }
+
+    void Forget(std::size_t size)
+    {
+        heldLine += Lines(std::string_view(held).substr(0, size));
+        heldFrom += size;
+        held.erase(0, size);
+    }
+
+    // ---- Damage -----------------------------------------------------------------------------------
+
+    void FoundDamage(std::string_view what, std::uint64_t offset, std::uint64_t line)
+    {
+        const bool betweenCalls = depth <= 1;
+        if (resumed && betweenCalls && AtRootEnd()) {
+            state = State::Over;
+            return;
+        }
+        // A document whose calls stand within each other may be well-formed all the same: the parser that
+        // has read it so far goes on to its end, but for its judgement alone.
+        if (broken && !resumed) {
+            judge = std::move(parser);
+            judge->Mute();
+        }
+        damaged = true;
+        CloseDamage(restart);
+        damage = Damage{};
+        damage.what = what;
+        damage.offset = std::min(offset, received);
+        damage.line = broken ? line : parserLine + line - 1;
+        damage.lostFrom = depth > 1 ? childBegin.offset : restart;
+        hasDamage = true;
+        if (depth > 1)
+            TakeBackElement();
+        ++end.damages;
+        const bool overAlready = rootEnded;
+        state = overAlready ? State::Over : State::Searching;
+        broken = false;
+        resumed = true;
+        depth = 0;
+    }
+
+    /// Whether what follows the last call is an end tag: that of the root, whose name isn't known.
+    bool AtRootEnd() const
+    {
+        return rootName.empty() && restart >= heldFrom && restart - heldFrom <= held.size() &&
+               StartsWith(Trimmed(std::string_view(held).substr(std::size_t(restart - heldFrom))), "</");
+    }
+
+    void CloseDamage(std::uint64_t lostTo)
+    {
+        if (!hasDamage)
+            return;
+        hasDamage = false;
+        damage.lostTo = std::max(lostTo, damage.lostFrom);
+        handler.Damaged(damage);
+    }
+
+    /// Looks for a line that begins an element of a call:   \n    <Name call_num="
+    void Search(bool last)
+    {
+        const std::string_view text = held;
+        std::size_t from = 0;
+        while (true) {
+            const std::size_t attribute = text.find(" call_num=\"", from);
+            if (attribute == std::string_view::npos)
+                break;
+            from = attribute + 1;
+            const std::size_t lineEnd = text.rfind('\n', attribute);
+            const std::size_t line = lineEnd == std::string_view::npos ? 0 : lineEnd + 1;
+            if (lineEnd == std::string_view::npos && (heldFrom != 0 || triedStart))
+                continue;
+            triedStart = triedStart || lineEnd == std::string_view::npos;
+            const std::size_t tag = text.find_first_not_of(" \t", line);
+            if (tag >= attribute || text[tag] != '<' || text[tag + 1] == '/' || text[tag + 1] == '!' ||
+                text[tag + 1] == '?' ||
+                text.substr(tag, attribute - tag).find_first_of(" \t>\"") != std::string_view::npos)
+                continue;
+            Forget(tag);
+            CloseDamage(heldFrom);
+            BeginParser(heldFrom, heldLine);
+            return;
+        }
+        // A line that isn't whole may begin a call.
+        if (!last && held.size() > longestBegin)
+            Forget(held.size() - longestBegin);
+    }
+
+    void BeginParser(std::uint64_t offset, std::uint64_t line)
+    {
+        parser = MakeXmlParser(*this);
+        depth = 0;
+        restart = offset;
+        restartLine = line;
+        parserLine = line;
+        base = offset;
+        state = State::Parsing;
+        if (!resumed)
+            return;
+        const std::string root = "<" + (rootName.empty() ? std::string("log") : rootName) + ">";
+        inOwnRoot = true;
+        parser->Feed(root.data(), root.size());
+        inOwnRoot = false;
+        base -= root.size();  // wraps below zero and back
+        restart = offset;
+        restartLine = line;
+    }
+
+    void TakeBackElement()
+    {
+        if (child == Child::Call) {
+            damage.call = call->number;
+            damage.callName = call->name;
+            if (callIsNew) {
+                handler.TakenBack(*call);
+                --end.calls;
+                Recycle(open.size() - 1);
+            } else {
+                call->arguments.GoBack(argumentsMark);
+                call->results.GoBack(resultsMark);
+                call->returnTime.reset();
+                call->status.clear();
+            }
+        }
+        before.Clear();
+        call = nullptr;
+        child = Child::None;
+    }
+
+    // ---- Events -----------------------------------------------------------------------------------
+
+    void StartElement(std::string_view name, const XmlAttribute* attributes, std::size_t count) override
+    {
+        if (broken)
+            return;
+        ++depth;
+        if (depth == 1) {
+            Root(name, attributes, count);
+        } else if (depth == 2) {
+            BeginChild(name, attributes, count);
+        } else {
+            if (count != 0 && IsMisplacedCall(attributes, count))
+                return;
+            if (depth == 3)
+                BeginDirect(name);
+            else
+                directIsLeaf = false;
+            if (options.contents && child != Child::None)
+                Contents().Begin(name, options.limits);
+        }
+    }
+
+    void EndElement() override
+    {
+        if (broken)
+            return;
+        if (depth > 2) {
+            if (options.contents && child != Child::None)
+                Contents().End(options.limits);
+            if (depth == 3)
+                EndDirect();
+        } else if (depth == 2) {
+            EndChild();
+        } else {
+            rootEnded = true;
+        }
+        --depth;
+    }
+
+    void Text(std::string_view text) override
+    {
+        if (depth < 3 || broken)
+            return;
+        if (depth == 3 && direct.size() <= longestStatus)
+            direct.append(text.substr(0, longestStatus + 1));
+        if (options.contents && child != Child::None)
+            Contents().AddText(text, options.limits);
+    }
+
+    void Comment(std::string_view text) override
+    {
+        if (depth != 1 || rootEnded || broken)
+            return;
+        const std::uint64_t position = base + parser->Position();
+        SetRestart(position);
+        const std::string_view trimmed = Trimmed(text);
+        if (IsMark(trimmed))
+            return;
+        constexpr std::size_t markup = 7;  // <!-- and -->
+        const Part place{position - text.size() - markup, position, restartLine - Lines(text)};
+        end.lastComment.assign(trimmed.substr(0, longestBegin));
+        end.lastCommentAt = place.begin;
+        handler.Comment(text, place);
+    }
+
+    void SetRestart(std::uint64_t position)
+    {
+        restart = position;
+        restartLine = parserLine + parser->Line() - 1;
+    }
+
+    void Root(std::string_view name, const XmlAttribute* attributes, std::size_t count)
+    {
+        SetRestart(base + parser->Position());
+        if (inOwnRoot)
+            return;
+        end.isLog = true;
+        LogHeader header;
+        header.root = name;
+        header.name = name;
+        rootName = name;
+        if (const std::size_t hyphen = name.rfind('-'); hyphen != std::string_view::npos) {
+            header.processId = ParseNumber(name.substr(hyphen + 1));
+            if (header.processId)
+                header.name = name.substr(0, hyphen);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto& [key, value] = attributes[i];
+            if (key == Words::time)
+                header.time = value;
+            else if (key == Words::cadiVersion)
+                header.cadiVersion = value;
+            else if (key == Words::hostName)
+                header.hostName = value;
+            else if (key == Words::operatingSystem)
+                header.operatingSystem = value;
+        }
+        handler.Header(header);
+    }
+
+    /// An element with a number, as deep as the contents of another call, but in a call's place: the end
+    /// tag of that other call is gone.
+    bool IsMisplacedCall(const XmlAttribute* attributes, std::size_t count)
+    {
+        if (std::none_of(attributes, attributes + count,
+                         [](const XmlAttribute& a) { return a.name == Words::callNumber; }))
+            return false;
+        constexpr std::string_view indent = "\n    ";
+        XmlParser::Place place = parser->TagBegin();
+        place.offset += base;
+        std::string_view text = held;
+        std::uint64_t from = heldFrom;
+        if (place.offset >= currentFrom + indent.size()) {
+            text = current;
+            from = currentFrom;
+        }
+        // A line end and the indent may lie in two pieces; such a call is found a little later.
+        if (place.offset < from + indent.size() || place.offset > from + text.size() ||
+            text.substr(std::size_t(place.offset - from) - indent.size(), indent.size()) != indent)
+            return false;
+        broken = true;
+        brokenAt = place.offset;
+        brokenLine = parserLine + place.line - 1;
+        --depth;
+        return true;
+    }
+
+    // ---- A child of the root ------------------------------------------------------------------------
+
+    enum class Child
+    {
+        None,
+        Call,
+        Other
+    };
+
+    Tree& Contents()
+    {
+        if (child == Child::Other)
+            return before;
+        return call->Returned() ? call->results : call->arguments;
+    }
+
+    void BeginChild(std::string_view name, const XmlAttribute* attributes, std::size_t count)
+    {
+        childBegin = parser->TagBegin();
+        childBegin.offset += base;
+        childBegin.line += parserLine - 1;
+        restart = childBegin.offset + 1;  // the line of this tag is not looked at again
+        restartLine = childBegin.line;
+
+        std::optional<std::uint64_t> number;
+        std::optional<std::uint64_t> threadId;
+        const std::string_view* callTime = nullptr;
+        std::string_view address;
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto& [key, value] = attributes[i];
+            if (key == Words::callNumber)
+                number = ParseNumber(value);
+            else if (key == Words::callTime)
+                callTime = &value;
+            else if (key == Words::threadId)
+                threadId = ParseNumber(value);
+            else if (key == Words::disassemblerAddress)
+                address = value;
+        }
+        if (!number) {
+            child = Child::Other;
+            call = nullptr;
+            if (++othersBefore > mostOthers) {
+                othersBefore = 0;
+                before.Clear();
+            }
+            if (options.contents)
+                before.Begin(name, options.limits);
+            return;
+        }
+        end.isLog = true;
+        child = Child::Call;
+        call = callTime == nullptr ? FindOpen(*number, name) : nullptr;
+        callIsNew = call == nullptr;
+        if (callIsNew) {
+            call = &AddCall(*number, name, threadId);
+            call->disassemblerAddress = address;
+            call->beginningLost = callTime == nullptr;
+            if (callTime != nullptr)
+                call->callTime = ParseTime(*callTime);
+            std::swap(call->before, before);
+            othersBefore = 0;
+            handler.Entered(*call);
+        }
+        argumentsMark = call->arguments.Here();
+        resultsMark = call->results.Here();
+    }
+
+    Call* FindOpen(std::uint64_t number, std::string_view name)
+    {
+        const auto found = std::find_if(open.rbegin(), open.rend(), [&](const auto& candidate) {
+            return candidate->number == number && candidate->name == name;
+        });
+        return found == open.rend() ? nullptr : found->get();
+    }
+
+    Call& AddCall(std::uint64_t number, std::string_view name, std::optional<std::uint64_t> threadId)
+    {
+        if (open.size() >= options.openCalls) {
+            handler.Ended(*open.front());
+            Recycle(0);
+        }
+        std::unique_ptr<Call> added;
+        if (spare.empty()) {
+            added = std::make_unique<Call>();
+        } else {
+            added = std::move(spare.back());
+            spare.pop_back();
+        }
+        Renew(*added);
+        added->number = number;
+        added->name = name;
+        added->occurrence = seen.Times(number) + 1;
+        added->entry = end.calls++;
+        added->threadId = threadId;
+        if (threadId)
+            added->thread = ThreadOf(*threadId);
+
+        // In a log without threads any call that is open may have made this one.
+        for (auto parent = open.rbegin(); parent != open.rend(); ++parent) {
+            if (!threadId || (*parent)->threadId == threadId) {
+                added->ancestors = (*parent)->ancestors;
+                added->ancestors.push_back((*parent)->number);
+                break;
+            }
+        }
+        open.push_back(std::move(added));
+        return *open.back();
+    }
+
+    /// Makes a call one that knows nothing, but keeps its memory.
+    static void Renew(Call& used)
+    {
+        used.name.clear();
+        used.status.clear();
+        used.disassemblerAddress.clear();
+        used.ancestors.clear();
+        used.before.Clear();
+        used.arguments.Clear();
+        used.results.Clear();
+        used.parts.clear();
+        used.callTime.reset();
+        used.returnTime.reset();
+        used.beginningLost = false;
+    }
+
+    void Recycle(std::size_t index)
+    {
+        constexpr std::size_t mostSpare = 16;
+        if (spare.size() < mostSpare)
+            spare.push_back(std::move(open[index]));
+        open.erase(open.begin() + std::ptrdiff_t(index));
+    }
+
+    std::uint32_t ThreadOf(std::uint64_t id)
+    {
+        const auto known = threads.find(id);
+        if (known != threads.end())
+            return known->second;
+        const auto index = std::uint32_t(threads.size() + 1);
+        if (threads.size() < mostThreads)
+            threads.emplace(id, index);
+        return index;
+    }
+
+    void EndChild()
+    {
+        SetRestart(base + parser->Position());
+        if (child == Child::Call) {
+            if (call->parts.size() == mostParts)
+                call->parts.pop_back();
+            call->parts.push_back({childBegin.offset, restart, childBegin.line});
+            if (callIsNew)
+                seen.Add(call->number);
+            handler.Element(*call);
+            if (call->Returned()) {
+                handler.Ended(*call);
+                const auto at = std::find_if(open.rbegin(), open.rend(), [&](const auto& candidate) {
+                    return candidate.get() == call;
+                });
+                Recycle(std::size_t(open.rend() - at) - 1);
+            }
+        }
+        call = nullptr;
+        child = Child::None;
+    }
+
+    // ---- A child of a call's element ----------------------------------------------------------------
+
+    void BeginDirect(std::string_view name)
+    {
+        direct.clear();
+        directIsLeaf = true;
+        mayBeReturnTime = child == Child::Call && !call->Returned() && name == Words::returnTime;
+    }
+
+    void EndDirect()
+    {
+        if (child != Child::Call || !directIsLeaf)
+            return;
+        if (mayBeReturnTime) {
+            const std::optional<Time> time = ParseTime(direct);
+            if (!time)
+                return;
+            if (options.contents)
+                call->arguments.DropLast();
+            call->returnTime = time;
+        } else if (call->Returned() && direct.size() <= longestStatus && IsStatus(direct)) {
+            call->status = direct;
+        }
+    }
+
+    LogHandler& handler;
+    const ReadOptions options;
+
+    State state = State::Parsing;
+    std::unique_ptr<XmlParser> parser;
+    std::uint64_t base = 0;        // offset in the log of the parser's first byte
+    std::uint64_t parserLine = 1;  // and its line
+    std::uint64_t received;        // offset after the last byte that was fed
+
+    std::string held;
+    std::uint64_t heldFrom;
+    std::uint64_t heldLine;
+    std::string_view current;  // what the parser is being given
+    std::uint64_t currentFrom = 0;
+    std::uint64_t restart = 0;  // where to look for the next call after damage
+    std::uint64_t restartLine = 1;
+
+    bool triedStart = false;  // a log may be cut right before a call
+    bool resumed = false;     // the parser stands in a root element of our own
+    bool inOwnRoot = false;
+    bool rootEnded = false;
+    bool broken = false;  // a call begins within another one
+    std::uint64_t brokenAt = 0;
+    std::uint64_t brokenLine = 0;
+
+    bool damaged = false;
+    bool hasDamage = false;
+    Damage damage;
+    std::unique_ptr<XmlParser> judge;
+
+    std::size_t depth = 0;
+    std::string rootName;
+    Child child = Child::None;
+    XmlParser::Place childBegin{};
+    Call* call = nullptr;
+    bool callIsNew = false;
+    Tree::Mark argumentsMark{};
+    Tree::Mark resultsMark{};
+    Tree before;
+    std::size_t othersBefore = 0;
+
+    std::string direct;
+    bool directIsLeaf = false;
+    bool mayBeReturnTime = false;
+
+    std::vector<std::unique_ptr<Call>> open;  // in order of entry
+    std::vector<std::unique_ptr<Call>> spare;
+    SeenNumbers seen;
+    std::unordered_map<std::uint64_t, std::uint32_t> threads;
+    LogEnd end{false, true, false, 0, 0, 0, {}, 0};
+};
+
+LogReader::LogReader(LogHandler& handler, const ReadOptions& options)
+    : impl(std::make_unique<Impl>(handler, options))
+{
+}
+
+LogReader::~LogReader() = default;
+
+void LogReader::Feed(std::string_view bytes)
+{
+    impl->Feed(bytes);
+}
+
+LogEnd LogReader::Finish()
+{
+    return impl->Finish();
+}
+
+}  // namespace ScrivelReader

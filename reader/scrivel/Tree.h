@@ -1,0 +1,152 @@
+// What a call's element holds, as a tree in two pieces of memory: one list of elements in document order
+// and one text. A tree of a million elements is two allocations, and forgetting it is none.
+
+#ifndef SCRIVEL_READER_TREE_H
+#define SCRIVEL_READER_TREE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ScrivelReader
+{
+
+class Tree
+{
+public:
+    enum class Kind : std::uint8_t
+    {
+        Text,      ///< <bytes>4</bytes>
+        Elements,  ///< an element of elements, maybe of none
+        Bytes,     ///< an array all of whose items are <value>0xNN</value>: its bytes, not its elements
+    };
+
+    class Elements;
+
+    /// One element. It is a view: it lives as long as the tree, and until the tree changes.
+    class Element
+    {
+    public:
+        std::string_view Name() const;
+        Kind What() const;
+        /// The text of a Text; the bytes of a Bytes, one char each; otherwise empty.
+        std::string_view Text() const;
+        /// How many items stood in the log, kept or not: see Limits.
+        std::uint64_t Count() const;
+        /// Whether something was left out, as it passed a limit.
+        bool IsCut() const;
+        /// The children, in the order of the log; none of a Text and of Bytes.
+        Elements Children() const;
+        /// The first child of that name; its Exists() is false when there is none.
+        Element Find(std::string_view name) const;
+        bool Exists() const { return tree != nullptr; }
+
+    private:
+        friend class Tree;
+        Element(const Tree* itsTree, std::uint32_t itsIndex) : tree(itsTree), index(itsIndex) {}
+
+        const Tree* tree;
+        std::uint32_t index;
+    };
+
+    /// Elements that stand side by side: for (Tree::Element argument : call.arguments.Top()).
+    class Elements
+    {
+    public:
+        class Iterator
+        {
+        public:
+            Element operator*() const { return {tree, index}; }
+            Iterator& operator++();
+            bool operator!=(const Iterator& other) const { return index != other.index; }
+            bool operator==(const Iterator& other) const { return index == other.index; }
+
+        private:
+            friend class Elements;
+            Iterator(const Tree* itsTree, std::uint32_t itsIndex) : tree(itsTree), index(itsIndex) {}
+
+            const Tree* tree;
+            std::uint32_t index;
+        };
+
+        Iterator begin() const { return {tree, first}; }
+        Iterator end() const { return {tree, last}; }
+        bool Empty() const { return first == last; }
+
+    private:
+        friend class Tree;
+        Elements(const Tree* itsTree, std::uint32_t itsFirst, std::uint32_t itsLast)
+            : tree(itsTree), first(itsFirst), last(itsLast)
+        {
+        }
+
+        const Tree* tree;
+        std::uint32_t first;
+        std::uint32_t last;
+    };
+
+    /// What is kept of one tree; beyond it items are counted and texts cut, and IsCut() tells.
+    struct Limits
+    {
+        std::size_t items = std::size_t(1) << 28;  ///< of one array
+        std::size_t text = std::size_t(1) << 28;   ///< bytes of one text
+        std::size_t depth = 256;                   ///< deeper elements are left out
+    };
+
+    Elements Top() const;
+    /// The first of the outermost elements that bears that name.
+    Element Find(std::string_view name) const;
+    bool Empty() const { return records.empty(); }
+
+    // ---- Making one (the reader does) ---------------------------------------------------------------
+
+    void Begin(std::string_view name, const Limits& limits);
+    void AddText(std::string_view text, const Limits& limits);
+    /// Ends the element that was begun last. An array of bytes folds as its items end.
+    void End(const Limits& limits);
+    /// Takes back the outermost element that has just ended.
+    void DropLast();
+    /// The text of the outermost element that has just ended; empty when it is none.
+    std::string_view LastText() const;
+    void Clear();
+
+    struct Mark
+    {
+        std::size_t records;
+        std::size_t pool;
+    };
+    Mark Here() const { return {records.size(), pool.size()}; }
+    /// Forgets everything after the mark, ended or not.
+    void GoBack(Mark mark);
+
+private:
+    struct Record
+    {
+        std::uint32_t name;
+        std::uint32_t nameLength;
+        std::uint32_t text;
+        std::uint32_t textLength;
+        std::uint32_t end;  ///< index after the last element within this one
+        Kind kind;
+        bool cut;
+        std::uint64_t count;
+    };
+
+    std::string_view NameOf(const Record& record) const;
+    void Push(std::string_view name);
+    void KeepStrayText();
+    void Unfold(std::uint32_t index);
+
+    std::vector<Record> records;
+    std::string pool;
+    std::vector<std::uint32_t> open;  ///< the elements that have begun and not ended, outermost first
+    std::string text;                 ///< of the innermost of them
+    bool textCut = false;
+    std::size_t skipped = 0;  ///< levels of elements that are being left out
+};
+
+}  // namespace ScrivelReader
+
+#endif

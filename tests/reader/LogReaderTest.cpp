@@ -1,0 +1,99 @@
+// Elements joined into calls.
+
+#include <gtest/gtest.h>
+
+#include "reader/Reading.h"
+
+using namespace ScrivelReader;
+using namespace ScrivelTest;
+
+namespace
+{
+
+constexpr char interrupted[] = R"(    <CADIExecContinue call_num="1"
+     call_time="0.000011 s"
+     threadId="1234">
+        <wait>true</wait>
+    </CADIExecContinue>
+
+<!-- Call 1 ("CADIExecContinue") interrupted -->
+
+    <modeChange call_num="2"
+     call_time="0.000022 s"
+     threadId="1234">
+        <newMode>CADI_EXECMODE_Bpt</newMode>
+        <return_time>0.000033 s</return_time>
+    </modeChange>
+
+<!-- Continuing call 1 ("CADIExecContinue") -->
+
+    <CADIExecContinue call_num="1">
+        <return_time>0.000044 s</return_time>
+        <return>CADI_STATUS_OK</return>
+    </CADIExecContinue>
+)";
+
+TEST(LogReader, ReadsTheHeader)
+{
+    const Reading reading = ReadBytes(LogOf(""));
+    ASSERT_EQ(reading.headers.size(), 1u);
+    const LogHeader& header = reading.headers.front();
+    EXPECT_EQ(header.name, "run");
+    EXPECT_EQ(header.processId, 4242u);
+    EXPECT_EQ(header.time, "2026-11-21 14:03:59");
+    EXPECT_EQ(header.hostName, "lab7");
+    EXPECT_TRUE(reading.end.whole);
+}
+
+TEST(LogReader, JoinsTheElementsOfAnInterruptedCall)
+{
+    const Reading reading = ReadBytes(LogOf(interrupted));
+    EXPECT_EQ(Shown(reading.calls), "2 modeChange(newMode=CADI_EXECMODE_Bpt) -> \n"
+                                    "1 CADIExecContinue(wait=true) -> return=CADI_STATUS_OK"
+                                    " | status CADI_STATUS_OK\n");
+    EXPECT_EQ(reading.calls[0].Parent(), 1u);
+    EXPECT_EQ(reading.calls[0].entry, 1u);
+    EXPECT_EQ(reading.calls[1].parts.size(), 2u);
+    EXPECT_EQ(reading.calls[1].Took(), 33000);
+    EXPECT_TRUE(reading.comments.empty());
+}
+
+TEST(LogReader, ReadsTheSameWhateverThePieces)
+{
+    const std::string log = LogOf(interrupted);
+    const std::string expected = Shown(ReadBytes(log).calls);
+    for (std::size_t piece = 1; piece < 100; ++piece)
+        EXPECT_EQ(Shown(ReadBytes(log, {}, piece).calls), expected) << piece;
+}
+
+TEST(LogReader, TellsWhereTheElementsStand)
+{
+    const std::string log = LogOf(interrupted);
+    const Reading reading = ReadBytes(log);
+    const Part& first = reading.calls[1].parts[0];
+    const Part& second = reading.calls[1].parts[1];
+    EXPECT_EQ(log.substr(std::size_t(first.begin), 35), "<CADIExecContinue call_num=\"1\"\n    ");
+    EXPECT_EQ(log.substr(std::size_t(first.end) - 20, 20), " </CADIExecContinue>");
+    EXPECT_EQ(log.substr(std::size_t(second.begin), 32), "<CADIExecContinue call_num=\"1\">\n");
+    EXPECT_EQ(first.line, 7u);
+}
+
+TEST(LogReader, GivesACallThatNeverReturnedWhenTheLogEnds)
+{
+    const Reading reading = ReadBytes(LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n"
+                                            "        <return_time>soon</return_time>\n    </A>\n"));
+    EXPECT_EQ(Shown(reading.calls), "1 A(return_time=soon)\n");
+}
+
+TEST(LogReader, TellsANumberThatBeginsAgainAndABeginningThatIsLost)
+{
+    const std::string begun = "    <A call_num=\"1\" call_time=\"0.000001 s\"><return_time>0.000002 s"
+                              "</return_time></A>\n";
+    const std::string continued = "    <B call_num=\"2\"><return_time>0.000002 s</return_time></B>\n";
+    const Reading reading = ReadBytes(LogOf(begun + begun + continued));
+    EXPECT_EQ(Shown(reading.calls), "1 A() -> \n1#2 A() -> \n2 B() -> \n");
+    EXPECT_FALSE(reading.calls[1].beginningLost);
+    EXPECT_TRUE(reading.calls[2].beginningLost);
+}
+
+}  // namespace

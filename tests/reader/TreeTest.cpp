@@ -1,0 +1,66 @@
+// Contents of calls as trees; arrays of bytes as bytes.
+
+#include <gtest/gtest.h>
+
+#include "reader/Reading.h"
+
+using namespace ScrivelReader;
+using namespace ScrivelTest;
+
+namespace
+{
+
+/// The arguments of a call that has these contents.
+std::string Arguments(const std::string& contents, const ReadOptions& options = {})
+{
+    const Reading reading = ReadBytes(
+        LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n" + contents + "    </A>\n"), options);
+    EXPECT_TRUE(reading.end.whole);
+    return reading.calls.empty() ? "no call" : Shown(reading.calls.front().arguments);
+}
+
+TEST(Trees, KeepNamesTextsAndOrder)
+{
+    EXPECT_EQ(Arguments("<a>1</a>\n<b>\n  <c>x&lt;y</c>\n  <c></c>\n</b>\n<a>2</a>\n"),
+              "a=1 b{c=x<y c=} a=2");
+}
+
+TEST(Trees, FoldArraysOfBytes)
+{
+    EXPECT_EQ(Arguments("<data>\n <value>0x0a</value>\n <value>0xff</value>\n</data>\n"), "data[0aff]");
+}
+
+TEST(Trees, KeepTheItemsOfAnArrayInWhichOneIsNoByte)
+{
+    EXPECT_EQ(Arguments("<d><value>0x0a</value><value>0x1ff</value><value>0x01</value></d>"),
+              "d{value=0x0a value=0x1ff value=0x01}");
+    EXPECT_EQ(Arguments("<d><value>10</value><value>0x01</value></d>"), "d{value=10 value=0x01}");
+    EXPECT_EQ(Arguments("<d><value>0x0a</value><int>0x01</int><value>0x02</value></d>"),
+              "d{value=0x0a int=0x01 value=0x02}");
+    EXPECT_EQ(Arguments("<d><value>0x0a</value><value><e>5</e></value></d>"), "d{value=0x0a value{e=5}}");
+    EXPECT_EQ(Arguments("<d><value>0x0a</value>x<value>0x01</value></d>"),
+              "d{value=0x0a #text=x value=0x01}");
+    EXPECT_EQ(Arguments("<d><value>0x0a</value><value>y<e>5</e></value><f/></d>"),
+              "d{value=0x0a value{#text=y e=5} f=}");
+}
+
+TEST(Trees, TellAnArrayOfNoItemsFromAnEmptyText)
+{
+    EXPECT_EQ(Arguments("<none>\n        </none>\n<text></text>\n<blank> </blank>\n"),
+              "none{} text= blank= ");
+}
+
+TEST(Trees, CountWhatPassesALimit)
+{
+    ReadOptions options;
+    options.limits.items = 2;
+    options.limits.depth = 2;
+    EXPECT_EQ(Arguments("<d><value>0x01</value><value>0x02</value><value>0x03</value></d>", options),
+              "d[0102]...");
+    EXPECT_EQ(Arguments("<d><i>1</i><i>2</i><i>3</i></d>", options), "d{i=1 i=2}...");
+    options.limits.text = 3;
+    EXPECT_EQ(Arguments("<t>abcd</t>", options), "t=abc...");
+    EXPECT_EQ(Arguments("<a><b><c><d/></c></b></a><e/>", options), "a{b{}...} e=");
+}
+
+}  // namespace
