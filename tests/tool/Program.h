@@ -1,0 +1,44 @@
+// Runs the program scrivel as a person does, but for the terminal: what it prints and how it ends.
+
+#ifndef SCRIVEL_TESTS_TOOL_PROGRAM_H
+#define SCRIVEL_TESTS_TOOL_PROGRAM_H
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ScrivelTest
+{
+
+struct Outcome
+{
+    int status;
+    std::string out;
+    std::string error;
+};
+
+/// A test whose logs stand in a folder of their own, which is also where the program runs: what it
+/// prints bears short names of files.
+class ToolTest : public testing::Test
+{
+protected:
+    ToolTest();
+    ~ToolTest() override;
+
+    /// Writes a file into the folder.
+    void Write(const std::string& name, const std::string& bytes) const;
+    std::string Read(const std::string& name) const;
+    Outcome Run(const std::vector<std::string>& arguments, const std::string& input = "") const;
+    const std::string& Folder() const { return folder; }
+
+private:
+    std::string folder;
+};
+
+/// A document around elements of calls: run-4242, written on lab7.
+std::string LogOf(const std::string& elements);
+
+}  // namespace ScrivelTest
+
+#endif

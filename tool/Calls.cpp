@@ -1,0 +1,175 @@
+// scrivel calls: one line a call, in order of entry. Tested by tests/tool/CallsTest.cpp.
+
+#include <cstddef>
+#include <deque>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "CallLine.h"
+#include "Command.h"
+#include "EntryOrder.h"
+#include "Json.h"
+#include "LogArguments.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+/// One call's line, and whether the filter chose it or it stands by for the context.
+struct Line
+{
+    std::string text;
+    bool chosen = false;
+};
+
+class Calls final : public Action
+{
+public:
+    explicit Calls(CLI::App& options)
+    {
+        logs.AddTo(options);
+        logs.AddJsonTo(options);
+        filter.AddTo(options);
+        options.add_option("--last", last, "only the last N calls that the filter leaves")
+            ->type_name("N");
+        options
+            .add_option("-C,--context", context, "N calls before and after each that the filter leaves")
+            ->type_name("N");
+    }
+
+    Exit Run(Terminal& terminal) override
+    {
+        logs.Prepare(terminal);
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
+        bool trouble = false;
+        bool found = false;
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        for (const std::string& path : paths) {
+            OneLog log(*this, *chosen, terminal, path, paths.size() > 1);
+            ReadOptions options;
+            if (!logs.Json() && !chosen->NeedsContents())
+                options.limits = LineLimits();
+            const auto end = ReadLog(path, log, options, terminal);
+            log.PrintLast();
+            trouble = trouble || !end || !end->isLog;
+            found = found || log.Found();
+            if (end && !end->isLog)
+                terminal.Error(path, {}, "this is no log");
+        }
+        return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
+    }
+
+private:
+    class OneLog final : public LogHandler
+    {
+    public:
+        OneLog(const Calls& itsCommand, const CallFilter& itsFilter, Terminal& itsTerminal,
+               const std::string& itsPath, bool itsToNameLog)
+            : command(itsCommand), chosen(itsFilter), terminal(itsTerminal), path(itsPath),
+              toNameLog(itsToNameLog), order([this](Line&& line) { Take(std::move(line)); })
+        {
+        }
+
+        void Entered(const Call&) override { order.Entered(); }
+        void TakenBack(const Call&) override { order.TakenBack(); }
+        void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
+        void Ended(Call& call) override
+        {
+            Line line;
+            line.chosen = chosen.Matches(call);
+            if (line.chosen || command.context != 0) {
+                if (command.logs.Json()) {
+                    Json object = ToJson(call);
+                    object["log"] = path;
+                    line.text = JsonLine(object);
+                } else {
+                    line.text = CallLine(call, terminal);
+                }
+            }
+            order.Ended(call.entry, std::move(line));
+        }
+
+        bool Found() const { return found; }
+
+        void PrintLast()
+        {
+            for (const std::string& line : kept)
+                terminal.Print(line);
+        }
+
+    private:
+        void Take(Line&& line)
+        {
+            if (line.chosen) {
+                for (std::string& before : earlier)
+                    Show(std::move(before));
+                earlier.clear();
+                Show(std::move(line.text));
+                found = true;
+                toFollow = command.context;
+            } else if (toFollow != 0) {
+                --toFollow;
+                Show(std::move(line.text));
+            } else if (command.context != 0) {
+                earlier.push_back(std::move(line.text));
+                if (earlier.size() > command.context) {
+                    earlier.pop_front();
+                    gap = true;
+                }
+            }
+        }
+
+        void Show(std::string&& text)
+        {
+            if (toNameLog && !command.logs.Json()) {
+                terminal.Print("==> " + path + "\n");
+                toNameLog = false;
+            }
+            if (gap && shown && !command.logs.Json())
+                text.insert(0, "--\n");
+            gap = false;
+            shown = true;
+            if (command.last == 0) {
+                terminal.Print(text);
+                return;
+            }
+            kept.push_back(std::move(text));
+            if (kept.size() > command.last)
+                kept.pop_front();
+        }
+
+        const Calls& command;
+        const CallFilter& chosen;
+        Terminal& terminal;
+        const std::string& path;
+        bool toNameLog;
+        EntryOrder<Line> order;
+        std::deque<std::string> earlier;  // that may become context
+        std::size_t toFollow = 0;
+        std::deque<std::string> kept;  // for --last
+        bool gap = false;
+        bool shown = false;
+        bool found = false;
+    };
+
+    LogArguments logs;
+    FilterArguments filter;
+    std::size_t last = 0;
+    std::size_t context = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Action> MakeCalls(CLI::App& options)
+{
+    return std::make_unique<Calls>(options);
+}
+
+}  // namespace ScrivelTool

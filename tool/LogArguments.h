@@ -1,0 +1,72 @@
+// What the commands have in common: the logs that were named, the filter, --json, --color; and reading
+// every log.
+
+#ifndef SCRIVEL_TOOL_LOGARGUMENTS_H
+#define SCRIVEL_TOOL_LOGARGUMENTS_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "Terminal.h"
+#include "scrivel/CallFilter.h"
+#include "scrivel/LogInput.h"
+#include "scrivel/LogReader.h"
+
+namespace ScrivelTool
+{
+
+/// The logs, and how they are shown.
+class LogArguments
+{
+public:
+    void AddTo(CLI::App& options);
+    void AddJsonTo(CLI::App& options);
+
+    const std::vector<std::string>& Paths() const { return paths; }
+    bool Json() const { return json; }
+
+    /// The logs that the paths name, folders opened. Tells of what can't be read, and then has trouble.
+    std::vector<std::string> Logs(Terminal& terminal, bool& trouble) const;
+
+    /// Applies --color and the like. To be called first.
+    void Prepare(Terminal& terminal) const;
+
+private:
+    std::vector<std::string> paths;
+    std::string colour = "auto";
+    bool noPager = false;
+    bool json = false;
+};
+
+/// The filter's options, the same for every command that reads calls.
+class FilterArguments
+{
+public:
+    void AddTo(CLI::App& options);
+    /// Nothing when the filter isn't understood, which was told.
+    std::optional<ScrivelReader::CallFilter> Make(Terminal& terminal) const;
+
+private:
+    ScrivelReader::FilterText text;
+};
+
+/// Reads one log to its end and hands it to the handler. Nothing when it can't be read, which was told;
+/// what was read until then was handed out.
+std::optional<ScrivelReader::LogEnd> ReadLog(const std::string& path, ScrivelReader::LogHandler& handler,
+                                             const ScrivelReader::ReadOptions& options,
+                                             Terminal& terminal);
+std::optional<ScrivelReader::LogEnd> ReadLog(ScrivelReader::LogInput& input, const std::string& path,
+                                             ScrivelReader::LogHandler& handler,
+                                             const ScrivelReader::ReadOptions& options,
+                                             Terminal& terminal);
+
+/// Tells of a damage, or that a log is none, in one line on standard error.
+void TellDamage(Terminal& terminal, const std::string& path, const ScrivelReader::Damage& damage);
+
+}  // namespace ScrivelTool
+
+#endif

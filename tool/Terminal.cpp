@@ -1,0 +1,203 @@
+// Colours, pager, progress and errors. Tested by tests/tool/TerminalTest.cpp.
+
+#include "Terminal.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace ScrivelTool
+{
+
+namespace
+{
+
+constexpr std::size_t usualWidth = 100;
+constexpr std::size_t mostKept = 64 * 1024;
+constexpr std::chrono::milliseconds progressAfter(500);
+constexpr std::chrono::milliseconds progressEvery(100);
+
+std::string_view Environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string_view() : value;
+}
+
+void WriteAll(int descriptor, std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return;  // nobody reads on, or there is no room: there is no one to tell
+        text.remove_prefix(std::size_t(written));
+    }
+}
+
+}  // namespace
+
+Terminal::Terminal()
+    : outputIsTerminal(isatty(STDOUT_FILENO) != 0), errorIsTerminal(isatty(STDERR_FILENO) != 0),
+      width(usualWidth), started(std::chrono::steady_clock::now()), progressAt(started)
+{
+    winsize size{};
+    if (outputIsTerminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0) {
+        width = size.ws_col;
+        height = size.ws_row;
+    }
+    if (const std::string_view columns = Environment("COLUMNS"); !columns.empty()) {
+        const long asked = std::strtol(columns.data(), nullptr, 10);
+        if (asked > 0)
+            width = std::size_t(asked);
+    }
+    Choose(ColourChoice::Automatic);
+}
+
+Terminal::~Terminal()
+{
+    EndProgress();
+    Flush();
+    if (pager != 0) {
+        close(output);
+        int status = 0;
+        while (waitpid(pager, &status, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+void Terminal::Choose(ColourChoice choice)
+{
+    const bool wanted =
+        outputIsTerminal && Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+    colour = choice == ColourChoice::Always || (choice == ColourChoice::Automatic && wanted);
+}
+
+std::string Terminal::Styled(Style style, std::string_view text) const
+{
+    const auto code = [&]() -> std::string_view {
+        switch (style) {
+        case Style::Plain:
+            return {};
+        case Style::Name:
+            return "1";
+        case Style::Quiet:
+            return "2";
+        case Style::Failure:
+            return "31";
+        case Style::Damage:
+            return "33";
+        }
+        return {};
+    }();
+    if (!colour || code.empty() || text.empty())
+        return std::string(text);
+    return "\x1b[" + std::string(code) + "m" + std::string(text) + "\x1b[0m";
+}
+
+void Terminal::Print(std::string_view text)
+{
+    EndProgress();
+    kept.append(text);
+    if (outputIsTerminal && mayPage && pager == 0 && height != 0) {
+        lines += std::size_t(std::count(text.begin(), text.end(), '\n'));
+        if (lines < height)
+            return;
+        StartPager();
+    }
+    if (kept.size() >= mostKept)
+        Flush();
+}
+
+void Terminal::Flush()
+{
+    WriteAll(output, kept);
+    kept.clear();
+}
+
+void Terminal::StartPager()
+{
+    mayPage = false;
+    std::string command(Environment("SCRIVEL_PAGER"));
+    if (command.empty())
+        command = Environment("PAGER");
+    if (command.empty())
+        command = "less";
+    if (command == "cat")
+        return;
+
+    int ends[2];
+    if (pipe(ends) != 0)
+        return;
+    if (Environment("LESS").empty())
+        setenv("LESS", "FRX", 1);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
+    posix_spawn_file_actions_addclose(&actions, ends[0]);
+    posix_spawn_file_actions_addclose(&actions, ends[1]);
+    std::string shell = "sh";
+    std::string option = "-c";
+    char* const arguments[] = {shell.data(), option.data(), command.data(), nullptr};
+    pid_t process = 0;
+    if (posix_spawn(&process, "/bin/sh", &actions, nullptr, arguments, environ) == 0) {
+        pager = process;
+        output = ends[1];
+    } else {
+        close(ends[1]);
+    }
+    close(ends[0]);
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+void Terminal::Error(std::string_view file, std::optional<std::uint64_t> line, std::string_view what)
+{
+    std::string text(file == "-" ? std::string_view("standard input") : file);
+    if (line)
+        text += ":" + std::to_string(*line);
+    Error(text + ": " + std::string(what));
+}
+
+void Terminal::Error(std::string_view what)
+{
+    EndProgress();
+    Flush();
+    WriteAll(STDERR_FILENO, "scrivel: " + std::string(what) + "\n");
+}
+
+void Terminal::Progress(std::string_view file, std::uint64_t done, std::optional<std::uint64_t> size)
+{
+    if (!errorIsTerminal || (outputIsTerminal && lines != 0) || pager != 0)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - started < progressAfter || now - progressAt < progressEvery)
+        return;
+    progressAt = now;
+    progressShown = true;
+    std::string text = "\r\x1b[K" + std::string(file) + "  ";
+    if (size && *size != 0) {
+        constexpr std::uint64_t cells = 20;
+        const std::uint64_t filled = std::min(cells, cells * done / *size);
+        text += "[" + std::string(filled, '#') + std::string(cells - filled, '.') + "] " +
+                std::to_string(std::min<std::uint64_t>(100, 100 * done / *size)) + " %";
+    } else {
+        text += std::to_string(done / 1000 / 1000) + " MB";
+    }
+    WriteAll(STDERR_FILENO, text);
+}
+
+void Terminal::EndProgress()
+{
+    if (progressShown)
+        WriteAll(STDERR_FILENO, "\r\x1b[K");
+    progressShown = false;
+}
+
+}  // namespace ScrivelTool

@@ -1,0 +1,83 @@
+// The one way out of the program: text on standard output, errors and progress on standard error.
+
+#ifndef SCRIVEL_TOOL_TERMINAL_H
+#define SCRIVEL_TOOL_TERMINAL_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ScrivelTool
+{
+
+enum class Style
+{
+    Plain,
+    Name,     ///< bold
+    Quiet,    ///< dim: times, OK
+    Failure,  ///< red: failed, never returned
+    Damage,   ///< yellow
+};
+
+enum class ColourChoice
+{
+    Automatic,
+    Always,
+    Never
+};
+
+class Terminal
+{
+public:
+    Terminal();
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    // ---- Before the first text ----------------------------------------------------------------------
+    void Choose(ColourChoice choice);
+    void ForbidPager() { mayPage = false; }
+
+    // ---- Text ---------------------------------------------------------------------------------------
+    /// Text that is longer than the screen goes through a pager when a person reads it.
+    void Print(std::string_view text);
+    /// The text, with colours when there are any.
+    std::string Styled(Style style, std::string_view text) const;
+    /// How many columns a line may have.
+    std::size_t Width() const { return width; }
+    /// Writes what is kept back, as a command does that tells what happens as it happens.
+    void Flush();
+
+    // ---- Standard error -----------------------------------------------------------------------------
+    /// scrivel: FILE:LINE: what
+    void Error(std::string_view file, std::optional<std::uint64_t> line, std::string_view what);
+    /// scrivel: what
+    void Error(std::string_view what);
+    /// How far a log was read. Shows a bar when a person looks at it and half a second has passed.
+    void Progress(std::string_view file, std::uint64_t done, std::optional<std::uint64_t> size);
+    void EndProgress();
+
+private:
+    void StartPager();
+
+    bool outputIsTerminal;
+    bool errorIsTerminal;
+    bool colour = false;
+    bool mayPage = true;
+    std::size_t width;
+    std::size_t height = 0;
+    std::size_t lines = 0;  // printed so far, when a pager may still begin
+    std::string kept;
+    int output = 1;
+    int pager = 0;  // its process
+    std::chrono::steady_clock::time_point started;
+    std::chrono::steady_clock::time_point progressAt;
+    bool progressShown = false;
+};
+
+}  // namespace ScrivelTool
+
+#endif

@@ -1,0 +1,166 @@
+// The program scrivel: tells what a log says. Tested by tests/tool/CommandLineTest.cpp.
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "Command.h"
+#include "DidYouMean.h"
+#include "Terminal.h"
+#include "Version.h"
+#include "scrivel/LogInput.h"
+
+namespace ScrivelTool
+{
+
+namespace
+{
+
+constexpr Command commands[] = {
+    {"calls", "one line a call",
+     "scrivel calls --last 20 crash-4242.xml\nscrivel calls -n 'CADIMem*' --slower 1ms -C 3 run-4242.xml",
+     MakeCalls},
+    {"show", "one call whole", "scrivel show 68 crash-4242.xml\nscrivel show 68 --xml crash-4242.xml",
+     MakeShow},
+};
+
+const Command* Find(std::string_view name)
+{
+    const auto found = std::find_if(std::begin(commands), std::end(commands),
+                                    [&](const Command& command) { return command.name == name; });
+    return found == std::end(commands) ? nullptr : found;
+}
+
+std::string Help()
+{
+    std::string text = "scrivel tells what a log of CADI calls says.\n\n"
+                       "Usage: scrivel COMMAND [OPTIONS] LOG...\n\nCommands:\n";
+    for (const Command& command : commands) {
+        if (command.name.empty())
+            continue;
+        text += "  " + std::string(command.name) + std::string(12 - command.name.size(), ' ') +
+                std::string(command.summary) + "\n";
+    }
+    return text + "\nscrivel COMMAND --help tells a command's options.\n";
+}
+
+std::string VersionText()
+{
+    std::string text = "scrivel " + std::string(version) + "\n";
+    const auto list = [](const std::vector<std::string_view>& names) {
+        std::string joined;
+        for (const std::string_view name : names)
+            joined += (joined.empty() ? "" : ", ") + std::string(name);
+        return joined;
+    };
+    if (const auto formats = ScrivelReader::CompressedFormats(); !formats.empty())
+        text += "reads logs compressed by " + list(formats) + "\n";
+    if (const auto formats = ScrivelReader::MissingFormats(); !formats.empty())
+        text += "built without " + list(formats) + "\n";
+    return text;
+}
+
+/// CLI11 says what is wrong; an unknown option is answered by the nearest one that there is.
+Exit TellWrongUse(const CLI::App& options, const CLI::Error& error,
+                  const std::vector<std::string>& arguments, Terminal& terminal)
+{
+    std::string what = error.what();
+    std::vector<std::string> known;
+    for (const CLI::Option* option : options.get_options())
+        for (const std::string& name : option->get_lnames())
+            known.push_back("--" + name);
+    for (const std::string& argument : arguments) {
+        const std::string name = argument.substr(0, argument.find('='));
+        if (name.size() > 2 && name.compare(0, 2, "--") == 0 &&
+            std::find(known.begin(), known.end(), name) == known.end()) {
+            what = "there is no option " + name;
+            if (const std::string near = Nearest(name, known); !near.empty())
+                what += "; did you mean " + near + "?";
+            break;
+        }
+    }
+    std::replace(what.begin(), what.end(), '\n', ' ');
+    terminal.Error(what + " (" + options.get_name() + " --help tells more)");
+    return Exit::Trouble;
+}
+
+Exit Run(const Command& command, std::vector<std::string> arguments, Terminal& terminal)
+{
+    const std::string name = command.name.empty() ? "scrivel" : "scrivel " + std::string(command.name);
+    CLI::App options(std::string(command.summary), name);
+    const std::unique_ptr<Action> action = command.make(options);
+    options.footer("Examples:\n  " + [&] {
+        std::string examples(command.examples);
+        for (std::size_t at = examples.find('\n'); at != std::string::npos;
+             at = examples.find('\n', at + 3))
+            examples.replace(at, 1, "\n  ");
+        return examples;
+    }());
+    const std::vector<std::string> given = arguments;
+    std::reverse(arguments.begin(), arguments.end());
+    try {
+        options.parse(std::move(arguments));
+    } catch (const CLI::CallForHelp&) {
+        terminal.Print(options.help());
+        return Exit::Found;
+    } catch (const CLI::Error& error) {
+        return TellWrongUse(options, error, given, terminal);
+    }
+    return action->Run(terminal);
+}
+
+Exit Run(std::vector<std::string> arguments, Terminal& terminal)
+{
+    if (arguments.empty() || arguments.front() == "--help" || arguments.front() == "-h" ||
+        (arguments.size() == 1 && arguments.front() == "help")) {
+        terminal.Print(Help());
+        return arguments.empty() ? Exit::Trouble : Exit::Found;
+    }
+    if (arguments.front() == "--version") {
+        terminal.Print(VersionText());
+        return Exit::Found;
+    }
+    if (arguments.front() == "help") {
+        arguments.erase(arguments.begin());
+        arguments.emplace_back("--help");
+    }
+
+    const std::string first = arguments.front();
+    if (const Command* command = Find(first); command != nullptr && !first.empty()) {
+        arguments.erase(arguments.begin());
+        return Run(*command, std::move(arguments), terminal);
+    }
+    // What looks like a file or an option is meant for the command that has no name.
+    const Command* nameless = Find("");
+    if (nameless != nullptr && first.find_first_of("-./") != std::string::npos)
+        return Run(*nameless, std::move(arguments), terminal);
+
+    std::vector<std::string> names;
+    for (const Command& command : commands)
+        names.emplace_back(command.name);
+    std::string what = "there is no command \"" + first + "\"";
+    if (const std::string near = Nearest(first, names); !near.empty())
+        what += "; did you mean " + near + "?";
+    terminal.Error(what + " (scrivel --help lists them)");
+    return Exit::Trouble;
+}
+
+}  // namespace
+
+Commands AllCommands()
+{
+    return {std::begin(commands), std::end(commands)};
+}
+
+}  // namespace ScrivelTool
+
+int main(int count, char** arguments)
+{
+    ScrivelTool::Terminal terminal;
+    return int(ScrivelTool::Run(std::vector<std::string>(arguments + 1, arguments + count), terminal));
+}
