@@ -125,7 +125,9 @@ public:
 private:
     void Start(const xmlChar* name, const xmlChar* prefix, int count, const xmlChar** attributes)
     {
-        if (events == nullptr)
+        // At the end of a document a tag that was cut short is announced too.
+        const xmlChar next = *context->input->cur;
+        if (events == nullptr || (next != '>' && next != '/'))
             return;
         found.clear();
         for (int i = 0; i < count; ++i) {

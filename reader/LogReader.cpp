@@ -152,6 +152,9 @@ public:
         while (state == State::Parsing) {
             if (parser->Finish())
                 break;
+            current = {};
+            currentFrom = received;
+            Hold({});
             FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
             Search(true);
             if (state == State::Parsing)
@@ -282,18 +285,19 @@ private:
             judge->Mute();
         }
         damaged = true;
-        CloseDamage(restart);
-        damage = Damage{};
-        damage.what = what;
-        damage.offset = std::min(offset, received);
-        damage.line = broken ? line : parserLine + line - 1;
-        damage.lostFrom = depth > 1 ? childBegin.offset : restart;
-        hasDamage = true;
-        if (depth > 1)
-            TakeBackElement();
-        ++end.damages;
-        const bool overAlready = rootEnded;
-        state = overAlready ? State::Over : State::Searching;
+        // Where nothing was read since the damage before, there is still that one.
+        if (!hasDamage) {
+            hasDamage = true;
+            ++end.damages;
+            damage = Damage{};
+            damage.what = what;
+            damage.offset = std::min(offset, received);
+            damage.line = broken ? line : parserLine + line - 1;
+            damage.lostFrom = depth > 1 ? childBegin.offset : restart;
+            if (depth > 1)
+                TakeBackElement();
+        }
+        state = rootEnded ? State::Over : State::Searching;
         broken = false;
         resumed = true;
         depth = 0;
@@ -336,7 +340,6 @@ private:
                 text.substr(tag, attribute - tag).find_first_of(" \t>\"") != std::string_view::npos)
                 continue;
             Forget(tag);
-            CloseDamage(heldFrom);
             BeginParser(heldFrom, heldLine);
             return;
         }
@@ -535,6 +538,7 @@ private:
         childBegin = parser->TagBegin();
         childBegin.offset += base;
         childBegin.line += parserLine - 1;
+        CloseDamage(childBegin.offset);
         restart = childBegin.offset + 1;  // the line of this tag is not looked at again
         restartLine = childBegin.line;
 

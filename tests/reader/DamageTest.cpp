@@ -1,0 +1,172 @@
+// What is kept of a damaged log, and what is said of it.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "reader/Reading.h"
+#include "judge/LogJudge.h"
+
+using namespace ScrivelReader;
+using namespace ScrivelTest;
+
+namespace
+{
+
+/// Calls 1 to count, one element each.
+std::string Elements(int count)
+{
+    std::string text;
+    for (int number = 1; number <= count; ++number) {
+        text += "    <CADIReset call_num=\"" + std::to_string(number) +
+                "\"\n     call_time=\"0.000001 s\"\n     threadId=\"1234\">\n        <level>" +
+                std::to_string(number) +
+                "</level>\n        <return_time>0.000002 s</return_time>\n"
+                "        <return>CADI_STATUS_OK</return>\n    </CADIReset>\n";
+    }
+    return text;
+}
+
+std::string Numbers(const Reading& reading)
+{
+    std::string text;
+    for (const Call& call : reading.calls)
+        text += (text.empty() ? "" : " ") + std::to_string(call.number);
+    return text;
+}
+
+TEST(Damage, ACutAnywhereLosesOnlyTheElementThatIsCut)
+{
+    const std::string log = LogOf(Elements(3));
+    const std::string endTag = "</CADIReset>";
+    for (std::size_t size = 0; size < log.size(); ++size) {
+        const std::string cut = log.substr(0, size);
+        const Reading reading = ReadBytes(cut);
+        std::size_t complete = 0;
+        for (std::size_t at = cut.find(endTag); at != std::string::npos; at = cut.find(endTag, at + 1))
+            ++complete;
+        EXPECT_EQ(reading.calls.size(), complete) << size;
+        EXPECT_EQ(reading.end.whole, IsDocument(cut)) << size;
+        EXPECT_EQ(reading.damages.size(), reading.end.whole ? 0u : 1u) << size;
+    }
+}
+
+TEST(Damage, InOneElementLosesThatElement)
+{
+    std::string log = LogOf(Elements(5));
+    log[log.find("<level>3") + 2] = '<';
+    const Reading reading = ReadBytes(log);
+    EXPECT_EQ(Numbers(reading), "1 2 4 5");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    const Damage& damage = reading.damages.front();
+    EXPECT_EQ(damage.call, 3u);
+    EXPECT_EQ(damage.callName, "CADIReset");
+    EXPECT_EQ(log.substr(std::size_t(damage.lostFrom), 23), "<CADIReset call_num=\"3\"");
+    EXPECT_EQ(log.substr(std::size_t(damage.lostTo), 23), "<CADIReset call_num=\"4\"");
+    EXPECT_EQ(damage.line, 24u);
+    EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, OfAnEndTagLosesOneElementOnly)
+{
+    std::string log = LogOf(Elements(5));
+    log.erase(log.find("</CADIReset>", log.find("<level>3")), 13);
+    const Reading reading = ReadBytes(log);
+    EXPECT_EQ(Numbers(reading), "1 2 4 5");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().what, "a call begins within another call's element");
+    EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, IsNotWhatAStrictParserAccepts)
+{
+    // Calls within calls, in a call's place: nobody writes it, but it is XML.
+    std::string log = LogOf(Elements(5));
+    log.erase(log.find("</CADIReset>", log.find("<level>3")), 12);
+    log.insert(log.rfind("</run-4242>"), "</CADIReset>");
+    ASSERT_TRUE(IsDocument(log));
+    const Reading reading = ReadBytes(log);
+    EXPECT_TRUE(reading.end.whole);
+    EXPECT_EQ(reading.damages.size(), 2u);
+    EXPECT_EQ(Numbers(reading), "1 2 4 5");
+}
+
+TEST(Damage, OfTheHeaderLosesTheHeader)
+{
+    const std::string log = LogOf(Elements(3));
+    const Reading reading = ReadBytes(log.substr(60));
+    EXPECT_EQ(Numbers(reading), "1 2 3");
+    EXPECT_TRUE(reading.headers.empty());
+    EXPECT_EQ(reading.damages.size(), 1u);
+}
+
+TEST(Damage, IsTheSameWhateverThePieces)
+{
+    std::string log = LogOf(Elements(5));
+    log[log.find("<level>2") + 2] = '<';
+    log.erase(log.find("</CADIReset>", log.find("<level>4")), 6);
+    for (std::size_t piece = 1; piece < 200; ++piece) {
+        const Reading reading = ReadBytes(log, {}, piece);
+        EXPECT_EQ(Numbers(reading), "1 3 5") << piece;
+        EXPECT_EQ(reading.damages.size(), 2u) << piece;
+    }
+}
+
+TEST(Damage, TakesBackTheResultsOfADamagedElement)
+{
+    std::string elements = "    <A call_num=\"1\" call_time=\"0.000001 s\">\n        <a>1</a>\n    </A>\n"
+                           "    <A call_num=\"1\">\n        <return_time>0.000002 s</return_time>\n"
+                           "        <b>2<b>\n    </A>\n" +
+                           std::string("    <B call_num=\"2\" call_time=\"0.000003 s\">\n    </B>\n");
+    const Reading reading = ReadBytes(LogOf(elements));
+    EXPECT_EQ(Shown(reading.calls), "1 A(a=1)\n2 B()\n");
+}
+
+TEST(Damage, IsWhateverIsNoLog)
+{
+    for (const std::string& bytes : {std::string(), std::string("\n"), std::string(100000, '\0'),
+                                     std::string("PK\x03\x04"), std::string("<a><b></a>")}) {
+        const Reading reading = ReadBytes(bytes);
+        EXPECT_FALSE(reading.end.whole);
+        EXPECT_EQ(reading.damages.size(), 1u);
+        EXPECT_TRUE(reading.calls.empty());
+    }
+}
+
+TEST(Damage, IsADocumentTypeDeclaration)
+{
+    const Reading reading = ReadBytes("<!DOCTYPE run [<!ENTITY a \"aaaa\">]>\n<run>&a;</run>\n");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().what, "a log has no document type declaration");
+    EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, BehindTheRootElementEndsReading)
+{
+    const std::string log = LogOf(Elements(1));
+    const Reading reading = ReadBytes(log + log);
+    EXPECT_EQ(Numbers(reading), "1");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().line, 15u);
+}
+
+TEST(Damage, IsNotWhatAKilledFlushLeaves)
+{
+    const std::string log = LogOf(Elements(2)) + "<?x     <CADIReset call_num=\"3\"\n ?>"
+                                                 "<!-- ?></run-4242>\n<?x --><?x ?>";
+    const Reading reading = ReadBytes(log);
+    EXPECT_EQ(Numbers(reading), "1 2");
+    EXPECT_TRUE(reading.end.whole);
+}
+
+TEST(Damage, DoesNotGrowWithNesting)
+{
+    std::string deep;
+    for (int i = 0; i < 100000; ++i)
+        deep += "<a>";
+    const Reading reading = ReadBytes(LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n" + deep));
+    EXPECT_EQ(reading.damages.size(), 1u);
+    EXPECT_TRUE(reading.calls.empty());
+}
+
+}  // namespace
