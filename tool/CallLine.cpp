@@ -61,32 +61,6 @@ std::string BytesText(Tree::Element bytes)
     return text;
 }
 
-/// An address record, and one in its overlay: space:0x...
-std::optional<std::string> AddressText(Tree::Element element)
-{
-    const Tree::Element location = element.Find("location");
-    const Tree::Element place = location.Exists() ? location : element;
-    const Tree::Element address = place.Find("addr");
-    const Tree::Element id = place.Find("spaceId");
-    if (!address.Exists() || !id.Exists())
-        return {};
-    const Tree::Element name = place.Find("spaceName");
-    const bool hasName = name.Exists() && !name.Text().empty() && !StartsWith(name.Text(), "unknown ");
-    return std::string(hasName ? name.Text() : id.Text()) + ":" + ShortNumber(address.Text());
-}
-
-/// A register and its value: pc=0x3000
-std::optional<std::string> RegisterText(Tree::Element element)
-{
-    const Tree::Element number = element.Find("regNumber");
-    const Tree::Element bytes = element.Find("bytes");
-    if (!number.Exists() || !bytes.Exists())
-        return {};
-    const std::string name =
-        element.Name() == "reg" ? "r" + std::string(number.Text()) : std::string(element.Name());
-    return name + "=" + ShortNumber(bytes.Text());
-}
-
 std::string ValueText(Tree::Element element, std::size_t room);
 
 std::string NamedText(Tree::Element element, std::size_t room)
@@ -142,7 +116,32 @@ std::string PadLeft(const std::string& text, std::size_t columns)
     return own < columns ? std::string(columns - own, ' ') + text : text;
 }
 
-/// What a log says is shown as text, whatever it holds: no control character reaches the terminal.
+}  // namespace
+
+std::optional<std::string> AddressText(Tree::Element element)
+{
+    const Tree::Element location = element.Find("location");
+    const Tree::Element place = location.Exists() ? location : element;
+    const Tree::Element address = place.Find("addr");
+    const Tree::Element id = place.Find("spaceId");
+    if (!address.Exists() || !id.Exists())
+        return {};
+    const Tree::Element name = place.Find("spaceName");
+    const bool hasName = name.Exists() && !name.Text().empty() && !StartsWith(name.Text(), "unknown ");
+    return Printable(std::string(hasName ? name.Text() : id.Text())) + ":" + ShortNumber(address.Text());
+}
+
+std::optional<std::string> RegisterText(Tree::Element element)
+{
+    const Tree::Element number = element.Find("regNumber");
+    const Tree::Element bytes = element.Find("bytes");
+    if (!number.Exists() || !bytes.Exists())
+        return {};
+    const std::string name =
+        element.Name() == "reg" ? "r" + std::string(number.Text()) : std::string(element.Name());
+    return name + "=" + ShortNumber(bytes.Text());
+}
+
 std::string Printable(std::string text)
 {
     for (char& c : text)
@@ -150,8 +149,6 @@ std::string Printable(std::string text)
             c = '?';
     return text;
 }
-
-}  // namespace
 
 std::string ElementsText(const Tree& tree, bool results)
 {

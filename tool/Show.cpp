@@ -1,13 +1,23 @@
 // scrivel show: one call whole. Tested by tests/tool/ShowTest.cpp.
 
+#include <algorithm>
+#include <cerrno>
+#include <deque>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
+#include <unistd.h>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "CallLine.h"
+#include "CallTree.h"
 #include "Command.h"
 #include "Json.h"
 #include "LogArguments.h"
+#include "scrivel/LogFile.h"
 
 namespace ScrivelTool
 {
@@ -17,6 +27,98 @@ using namespace ScrivelReader;
 namespace
 {
 
+// How much of the log on either side of the call is read for the call that it was made in and for those
+// that name the same registers and addresses: what takes a millisecond.
+constexpr std::uint64_t neighbourhood = 96 * 1024;
+
+/// Finds the calls with one number, and where around them the places occur that they name.
+class Finder final : public LogHandler
+{
+public:
+    explicit Finder(std::uint64_t itsNumber) : number(itsNumber) {}
+
+    void Ended(Call& call) override
+    {
+        Remember(call);
+        if (call.number == number)
+            calls.push_back(std::move(call));
+    }
+    void Entered(const Call& call) override
+    {
+        if (call.number == number) {
+            entered = true;
+            name = call.name;
+        }
+    }
+    void TakenBack(const Call& call) override
+    {
+        if (call.number == number)
+            entered = false;
+    }
+
+    bool Entered() const { return entered; }
+    bool Ended() const { return !calls.empty(); }
+    const std::string& Name() const { return name; }
+    const std::vector<Call>& Calls() const { return calls; }
+
+    /// Other calls that name a place, in order of entry.
+    std::vector<std::uint64_t> Others(const std::string& place, const Call& than) const
+    {
+        std::vector<std::uint64_t> numbers;
+        const auto found = named.find(place);
+        if (found == named.end())
+            return numbers;
+        for (const std::uint64_t other : found->second)
+            if (other != than.number)
+                numbers.push_back(other);
+        return numbers;
+    }
+
+private:
+    void Remember(const Call& call)
+    {
+        constexpr std::size_t mostPlaces = 16;  // of a call: more are a description, not a use
+        for (const Tree* tree : {&call.arguments, &call.results}) {
+            const std::vector<std::string> places = Places(*tree);
+            if (places.size() > mostPlaces)
+                continue;
+            for (const std::string& place : places)
+                named[place].insert(call.number);
+        }
+    }
+
+    std::uint64_t number;
+    bool entered = false;
+    std::string name;
+    std::vector<Call> calls;
+    std::map<std::string, std::set<std::uint64_t>> named;
+};
+
+std::size_t ReadAt(int descriptor, std::uint64_t offset, char* buffer, std::size_t size)
+{
+    ssize_t got = 0;
+    do
+        got = pread(descriptor, buffer, size, off_t(offset));
+    while (got < 0 && errno == EINTR);
+    return got < 0 ? 0 : std::size_t(got);
+}
+
+/// Whether the file goes on with the call: an element of its name and number from an offset on.
+bool GoesOn(int descriptor, std::uint64_t offset, const std::string& name, std::uint64_t number)
+{
+    const std::string begin = "<" + name + " call_num=\"" + std::to_string(number) + "\"";
+    std::string bytes;
+    std::vector<char> buffer(256 * 1024);
+    while (const std::size_t got = ReadAt(descriptor, offset, buffer.data(), buffer.size())) {
+        bytes.append(buffer.data(), got);
+        if (bytes.find(begin) != std::string::npos)
+            return true;
+        bytes.erase(0, bytes.size() - std::min(bytes.size(), begin.size()));
+        offset += got;
+    }
+    return false;
+}
+
 class Show final : public Action
 {
 public:
@@ -25,6 +127,7 @@ public:
         options.add_option("N", number, "the call's number")->required();
         logs.AddTo(options);
         logs.AddJsonTo(options);
+        options.add_flag("--xml", xml, "its elements as they stand in the log");
     }
 
     Exit Run(Terminal& terminal) override
@@ -33,38 +136,166 @@ public:
         bool trouble = false;
         bool found = false;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
-            Finder finder(number, terminal, logs.Json());
-            trouble = !ReadLog(path, finder, {}, terminal) || trouble;
-            found = found || finder.Found();
+            std::string error;
+            const auto input = OpenLogAnywhere(path, error);
+            if (input == nullptr) {
+                terminal.Error(path, {}, error);
+                trouble = true;
+                continue;
+            }
+            const int descriptor = *input->Descriptor();
+            const std::uint64_t size = input->Size().value_or(0);
+            Finder finder(number);
+            bool within = FindNear(descriptor, size, finder);
+            std::optional<Finder> second;
+            if (!within) {
+                // Not laid out as the writer does it, or not there: only the whole log can tell.
+                second.emplace(number);
+                const auto end = ReadLog(*input, path, *second, {}, terminal);
+                if (end && !end->isLog)
+                    terminal.Error(path, {}, "this is no log");
+                trouble = trouble || !end || !end->isLog;
+            }
+            const Finder& used = within ? finder : *second;
+            for (const Call& call : used.Calls()) {
+                found = true;
+                if (xml)
+                    PrintXml(descriptor, call, terminal);
+                else if (logs.Json())
+                    PrintJson(call, path, terminal);
+                else
+                    Print(call, path, used, within && size > neighbourhood, terminal);
+            }
         }
+        if (!found && !trouble)
+            terminal.Error("there is no call " + std::to_string(number));
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
 private:
-    class Finder final : public LogHandler
+    /// Reads the call and what surrounds it, without reading the log. False when the call isn't there.
+    bool FindNear(int descriptor, std::uint64_t size, Finder& finder) const
     {
-    public:
-        Finder(std::uint64_t itsNumber, Terminal& itsTerminal, bool itsJson)
-            : number(itsNumber), terminal(itsTerminal), json(itsJson)
-        {
+        const auto place = FindCall(descriptor, size, number);
+        if (!place)
+            return false;
+        ReadOptions options;
+        options.offset = *place - std::min(*place, neighbourhood);
+        options.startWithin = options.offset != 0;
+        LogReader reader(finder, options);
+        std::vector<char> buffer(16 * 1024);
+        std::uint64_t at = options.offset;
+        bool goesOn = true;
+        std::uint64_t end = *place + neighbourhood;
+        while (at < end || (goesOn && finder.Entered() && !finder.Ended())) {
+            if (at >= end && end == *place + neighbourhood) {
+                goesOn = GoesOn(descriptor, at, finder.Name(), number);
+                end += 1;
+                continue;
+            }
+            const std::size_t got = ReadAt(descriptor, at, buffer.data(), buffer.size());
+            if (got == 0)
+                break;
+            reader.Feed({buffer.data(), got});
+            at += got;
+            if (at > *place + buffer.size() && !finder.Entered())
+                return false;
         }
-        void Ended(Call& call) override
-        {
-            if (call.number != number)
-                return;
-            found = true;
-            terminal.Print(json ? JsonLine(ToJson(call)) : CallLine(call, terminal));
-        }
-        bool Found() const { return found; }
+        reader.Finish();
+        return finder.Ended();
+    }
 
-    private:
-        std::uint64_t number;
-        Terminal& terminal;
-        bool json;
-        bool found = false;
-    };
+    void PrintXml(int descriptor, const Call& call, Terminal& terminal) const
+    {
+        std::vector<char> buffer(64 * 1024);
+        for (const Part& part : call.parts) {
+            terminal.Print("    ");
+            for (std::uint64_t at = part.begin; at < part.end;) {
+                const std::size_t got = ReadAt(descriptor, at, buffer.data(),
+                                               std::min<std::uint64_t>(buffer.size(), part.end - at));
+                if (got == 0)
+                    break;
+                terminal.Print({buffer.data(), got});
+                at += got;
+            }
+            terminal.Print("\n");
+        }
+    }
+
+    static void PrintJson(const Call& call, const std::string& path, Terminal& terminal)
+    {
+        Json object = ToJson(call);
+        object["log"] = path;
+        terminal.Print(JsonLine(object));
+    }
+
+    static void Print(const Call& call, const std::string& path, const Finder& finder, bool isPart,
+                      Terminal& terminal)
+    {
+        const bool isBad = call.Failed() || !call.Returned();
+        std::string text = "call " + NumberText(call) + "  " + terminal.Styled(Style::Name, call.name);
+        if (const std::string status = StatusText(call); !status.empty())
+            text += "  " + terminal.Styled(isBad ? Style::Failure : Style::Plain, status);
+        text += "\n  entered   " + TimeText(call.callTime);
+        if (call.Returned())
+            text += "\n  returned  " + TimeText(call.returnTime);
+        if (const std::string took = DurationText(call.Took()); !took.empty())
+            text += " after " + took;
+        if (call.threadId)
+            text += "\n  thread    " + (isPart ? "" : "T" + std::to_string(call.thread) + ", ") +
+                    std::to_string(*call.threadId);
+        if (const auto parent = call.Parent())
+            text += "\n  within    call " + std::to_string(*parent);
+        if (!call.disassemblerAddress.empty())
+            text += "\n  address   " + Printable(call.disassemblerAddress);
+        for (std::size_t i = 0; i < call.parts.size(); ++i) {
+            const Part& part = call.parts[i];
+            text += i == 0 ? "\n  log       " : "\n  goes on   ";
+            text += path + (isPart ? "" : ":" + std::to_string(part.line)) + ", bytes " +
+                    std::to_string(part.begin) + " to " + std::to_string(part.end);
+        }
+        if (call.beginningLost)
+            text += terminal.Styled(Style::Damage, "\n  its beginning is lost");
+        text += "\n";
+        if (!call.before.Empty())
+            text += "before it\n" + TreeText(call.before, terminal);
+        if (!call.arguments.Empty())
+            text += "arguments\n" + TreeText(call.arguments, terminal);
+        if (!call.results.Empty())
+            text += "results\n" + TreeText(call.results, terminal);
+        text += Elsewhere(call, finder, isPart);
+        terminal.Print(text);
+    }
+
+    static std::string Elsewhere(const Call& call, const Finder& finder, bool isPart)
+    {
+        std::vector<std::string> places = Places(call.arguments);
+        const std::vector<std::string> more = Places(call.results);
+        places.insert(places.end(), more.begin(), more.end());
+        std::string text;
+        std::set<std::string> told;
+        constexpr std::size_t mostPlaces = 8;
+        constexpr std::size_t mostNumbers = 10;
+        for (const std::string& place : places) {
+            if (told.size() == mostPlaces || !told.insert(place).second)
+                continue;
+            const std::vector<std::uint64_t> others = finder.Others(place, call);
+            if (others.empty())
+                continue;
+            text += "  " + Printable(place) + " ";
+            for (std::size_t i = 0; i < std::min(others.size(), mostNumbers); ++i)
+                text += " #" + std::to_string(others[i]);
+            if (others.size() > mostNumbers)
+                text += " and " + std::to_string(others.size() - mostNumbers) + " more";
+            text += "\n";
+        }
+        if (text.empty())
+            return "";
+        return (isPart ? "also in the calls around it\n" : "also in\n") + text;
+    }
 
     std::uint64_t number = 0;
+    bool xml = false;
     LogArguments logs;
 };
 

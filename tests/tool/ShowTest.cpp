@@ -1,0 +1,108 @@
+// One call whole.
+
+#include <gmock/gmock.h>
+
+#include "tool/Program.h"
+#include "tool/Session.h"
+
+using namespace ScrivelTest;
+using testing::HasSubstr;
+
+namespace
+{
+
+class Show : public ToolTest
+{
+protected:
+    Show() { Write("run.xml", LogOf(session)); }
+};
+
+TEST_F(Show, TellsEverythingAboutACall)
+{
+    EXPECT_EQ(Run({"show", "4", "run.xml"}).out, R"(call 4  CADIMemWrite  NEVER RETURNED
+  entered   0.012560
+  thread    T1, 1234
+  log       run.xml:40, bytes 1089 to 1563
+arguments
+  startAddress
+    overlay  0
+    location
+      spaceId    1
+      spaceName  Memory
+      addr       0x0000000040000000
+  bytes  4
+  data   2 bytes
+    0000  e8 03                                             ..
+)");
+}
+
+TEST_F(Show, NamesTheCallThatACallbackCameFrom)
+{
+    EXPECT_THAT(Run({"show", "2", "run.xml"}).out, HasSubstr("\n  within    call 1\n"));
+}
+
+TEST_F(Show, PrintsTheElementsAsTheyStand)
+{
+    EXPECT_EQ(Run({"show", "1", "--xml", "run.xml"}).out, R"(    <CADIExecContinue call_num="1"
+     call_time="0.000011 s"
+     threadId="1234">
+    </CADIExecContinue>
+    <CADIExecContinue call_num="1">
+        <return_time>0.012544 s</return_time>
+        <return>CADI_STATUS_OK</return>
+    </CADIExecContinue>
+)");
+}
+
+TEST_F(Show, ReadsStandardInput)
+{
+    const Outcome outcome = Run({"show", "1", "--xml", "-"}, LogOf(session));
+    EXPECT_EQ(outcome.out, Run({"show", "1", "--xml", "run.xml"}).out);
+    EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(Show, FindsACallInALogThatWasReformatted)
+{
+    Write("flat.xml", "<run-1><A call_num='7' call_time='0.000001 s'><a>1</a></A></run-1>");
+    EXPECT_EQ(Run({"show", "7", "--json", "flat.xml"}).out,
+              R"({"schema":1,"call":7,"name":"A","thread":null,"call_time":1e-06,"return_time":null,)"
+              R"("status":null,"parent":null,"parts":1,"arguments":[{"name":"a","value":"1"}],)"
+              R"("results":[],"occurrence":1,"offset":7,"log":"flat.xml"})"
+              "\n");
+}
+
+TEST_F(Show, TellsThatACallIsntThere)
+{
+    const Outcome outcome = Run({"show", "99", "run.xml"});
+    EXPECT_EQ(outcome.error, "scrivel: there is no call 99\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+/// A log whose calls fill megabytes: number `continued` goes on far behind its beginning.
+std::string LongLog(int count, int continued)
+{
+    std::string elements;
+    for (int number = 1; number <= count; ++number) {
+        const bool isLong = number == continued;
+        elements += "    <A call_num=\"" + std::to_string(number) +
+                    "\"\n     call_time=\"0.000001 s\"\n" + "     threadId=\"" + (isLong ? "1" : "2") +
+                    "\">\n        <text>" + std::string(200, 'x') + "</text>\n" +
+                    (isLong ? "" : "        <return_time>0.000002 s</return_time>\n") + "    </A>\n";
+    }
+    return LogOf(elements + "    <A call_num=\"" + std::to_string(continued) +
+                 "\">\n        <return_time>0.500000 s</return_time>\n    </A>\n");
+}
+
+TEST_F(Show, FindsEveryCallOfALongLog)
+{
+    Write("long.xml", LongLog(5000, 100));
+    for (const int number : {1, 2, 99, 101, 2500, 4999, 5000}) {
+        const std::string out = Run({"show", std::to_string(number), "long.xml"}).out;
+        EXPECT_THAT(out, testing::StartsWith("call " + std::to_string(number) + "  A\n"));
+        EXPECT_THAT(out, HasSubstr("returned  0.000002"));
+    }
+    EXPECT_THAT(Run({"show", "100", "long.xml"}).out, HasSubstr("\n  returned  0.500000 after 500 ms\n"));
+    EXPECT_EQ(Run({"show", "5001", "long.xml"}).status, 1);
+}
+
+}  // namespace
