@@ -1,4 +1,4 @@
-// Bisection over the calls of a log file. Tested by tests/reader/LogFileTest.cpp.
+// Bisection over the calls of a log file. Tested by tests/reader/LogInputTest.cpp.
 
 #include "scrivel/LogFile.h"
 
@@ -67,13 +67,17 @@ std::optional<Beginning> BeginningAt(std::string_view text, std::size_t attribut
 /// The first call that begins in [from, to).
 std::optional<Beginning> FirstIn(int descriptor, std::uint64_t from, std::uint64_t to, std::string& bytes)
 {
-    for (std::uint64_t at = from; at < to; at += window) {
+    // The line end and the indent in front of a tag may lie before the range.
+    const std::uint64_t start = from - std::min<std::uint64_t>(from, 8);
+    for (std::uint64_t at = start; at < to; at += window) {
         ReadAt(descriptor, at, window + longestTag, bytes);
         const std::string_view text = bytes;
         for (std::size_t found = text.find(" call_num=\""); found != std::string_view::npos;
              found = text.find(" call_num=\"", found + 1)) {
             if (auto beginning = BeginningAt(text, found)) {
                 beginning->offset += at;
+                if (beginning->offset < from)
+                    continue;
                 if (beginning->offset >= to)
                     return {};
                 return beginning;

@@ -1,0 +1,82 @@
+// The XML parser's events, and where in the document they are.
+
+#include <gtest/gtest.h>
+
+#include "scrivel/XmlParser.h"
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+class Recorder final : public XmlEvents
+{
+public:
+    void StartElement(std::string_view name, const XmlAttribute* attributes, std::size_t count) override
+    {
+        text += "<" + std::string(name);
+        for (std::size_t i = 0; i < count; ++i)
+            text += " " + std::string(attributes[i].name) + "=" + std::string(attributes[i].value);
+        const XmlParser::Place place = parser->TagBegin();
+        text += "@" + std::to_string(place.offset) + ":" + std::to_string(place.line) + ">";
+    }
+    void EndElement() override { text += "</@" + std::to_string(parser->Position()) + ">"; }
+    void Text(std::string_view more) override { text += more; }
+    void Comment(std::string_view comment) override { text += "!" + std::string(comment) + "!"; }
+
+    XmlParser* parser = nullptr;
+    std::string text;
+};
+
+/// The events of a document that is fed in pieces, then its error if it has one.
+std::string Events(std::string_view document, std::size_t piece = 1000)
+{
+    Recorder recorder;
+    const auto parser = MakeXmlParser(recorder);
+    recorder.parser = parser.get();
+    for (std::size_t at = 0; at < document.size(); at += piece) {
+        const std::string_view bytes = document.substr(at, piece);
+        parser->Feed(bytes.data(), bytes.size());
+    }
+    if (!parser->Finish())
+        recorder.text += " error at " + std::to_string(parser->ErrorLine()) + ": " + parser->Error();
+    return recorder.text;
+}
+
+TEST(XmlParser, TellsWhereTagsBeginAndEnd)
+{
+    constexpr std::string_view document = "<a>\n <b c='1'\n d=\"&lt;\">x&amp;y</b>\n <e/></a>";
+    constexpr std::string_view events = "<a@0:1>\n <b c=1 d=<@5:2>x&y</@35>\n <e@37:4></@41></@45>";
+    for (std::size_t piece = 1; piece <= document.size(); ++piece)
+        EXPECT_EQ(Events(document, piece), events) << piece;
+}
+
+TEST(XmlParser, KeepsPrefixesAsTheyStand)
+{
+    EXPECT_EQ(Events("<a:b/>"), "<a:b@0:1></@6>");
+}
+
+TEST(XmlParser, TellsTheFirstError)
+{
+    EXPECT_EQ(Events("<a>\n<b>\n</a>"),
+              "<a@0:1>\n<b@4:2>\n error at 3: Opening and ending tag mismatch: b line 2 and a");
+}
+
+TEST(XmlParser, DoesNotAnnounceATagThatIsCutShort)
+{
+    EXPECT_EQ(Events("<a><b c='1'").substr(0, 14), "<a@0:1> error ");
+}
+
+TEST(XmlParser, RefusesDeclaredEntitiesAndFetchesNone)
+{
+    EXPECT_EQ(Events("<!DOCTYPE a [<!ENTITY x SYSTEM \"file:///etc/hostname\">]><a>&x;</a>"),
+              " error at 1: a log has no document type declaration");
+}
+
+TEST(XmlParser, RefusesATagThatDoesNotEnd)
+{
+    const std::string events = Events("<a b='" + std::string(40 * 1024 * 1024, 'x'), 1024 * 1024);
+    EXPECT_EQ(events, " error at 1: a tag or a comment is longer than 16 MB");
+}
+
+}  // namespace
