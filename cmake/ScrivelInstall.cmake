@@ -22,25 +22,31 @@ function(scrivel_export_only target version_script)
 endfunction()
 
 # Installs a library target and its files for find_package and pkg-config. Its headers are the caller's.
+# The components are those of the libraries that write logs, unless others are named.
 function(scrivel_install target)
   if(NOT SCRIVEL_INSTALL)
     return()
+  endif()
+  cmake_parse_arguments(arg "" "RUNTIME;DEVELOPMENT" "" ${ARGN})
+  if(NOT arg_RUNTIME)
+    set(arg_RUNTIME runtime)
+    set(arg_DEVELOPMENT development)
   endif()
   target_include_directories(${target} PUBLIC $<INSTALL_INTERFACE:${SCRIVEL_INSTALL_INCLUDEDIR}>)
   # Wherever the folder is moved, its libraries find each other.
   set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
   install(TARGETS ${target} EXPORT ${target}Targets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_RUNTIME} NAMELINK_COMPONENT ${arg_DEVELOPMENT}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_DEVELOPMENT})
   install(EXPORT ${target}Targets NAMESPACE ScrivelXmlGen::
-    DESTINATION ${SCRIVEL_INSTALL_CMAKEDIR} COMPONENT development)
+    DESTINATION ${SCRIVEL_INSTALL_CMAKEDIR} COMPONENT ${arg_DEVELOPMENT})
 
   set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
   file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${pkgconfig_dir} /prefix)
   string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/${target}.pc.in ${PROJECT_BINARY_DIR}/${target}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${target}.pc
-    DESTINATION ${pkgconfig_dir} COMPONENT development)
+    DESTINATION ${pkgconfig_dir} COMPONENT ${arg_DEVELOPMENT})
 endfunction()
 
 if(SCRIVEL_INSTALL)
