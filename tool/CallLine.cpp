@@ -3,8 +3,9 @@
 #include "CallLine.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
+#include <charconv>
+#include <cstdlib>
+#include <iterator>
 #include <string_view>
 
 #include "scrivel/CallFilter.h"
@@ -41,9 +42,9 @@ std::string ShortNumber(std::string_view text)
     const auto number = ParseLogNumber(text);
     if (!number || text.size() < 10)
         return std::string(text);
-    char digits[32];
-    std::snprintf(digits, sizeof digits, "0x%llx", static_cast<unsigned long long>(*number));
-    return digits;
+    char digits[16];
+    char* const end = std::to_chars(std::begin(digits), std::end(digits), *number, 16).ptr;
+    return "0x" + std::string(std::begin(digits), end);
 }
 
 std::string BytesText(Tree::Element bytes)
@@ -101,6 +102,20 @@ std::string ValueText(Tree::Element element, std::size_t room)
                                                : NamedText(child, room - std::min(room, text.size()));
     }
     return isRegisters ? text : "{" + text + "}";
+}
+
+/// A number with a decimal point in front of its last digits: 1255, 2 -> 12.55
+std::string Decimal(std::int64_t number, std::size_t digits)
+{
+    std::string text = std::to_string(number);
+    if (text.size() <= digits)
+        text.insert(0, digits + 1 - text.size(), '0');
+    return text.insert(text.size() - digits, 1, '.');
+}
+
+std::int64_t Rounded(std::int64_t number, std::int64_t unit)
+{
+    return (number + unit / 2) / unit;
 }
 
 /// How many columns a text takes: every byte of a UTF-8 character but the first takes none.
@@ -197,12 +212,12 @@ std::string TimeText(const std::optional<Time>& time)
 {
     if (!time)
         return "?";
-    constexpr std::int64_t second = 1000 * 1000 * 1000;
-    const std::int64_t value = std::abs(time->nanoseconds);
-    char text[64];
-    std::snprintf(text, sizeof text, "%s%lld.%06lld%s", time->nanoseconds < 0 ? "-" : "",
-                  static_cast<long long>(value / second), static_cast<long long>(value % second / 1000),
-                  time->wrapped ? "!" : "");
+    const std::int64_t microseconds = std::abs(time->nanoseconds) / 1000;
+    std::string text = Decimal(microseconds, 6);
+    if (time->nanoseconds < 0)
+        text.insert(0, 1, '-');
+    if (time->wrapped)
+        text += '!';
     return text;
 }
 
@@ -210,16 +225,18 @@ std::string DurationText(std::optional<std::int64_t> nanoseconds)
 {
     if (!nanoseconds)
         return "";
-    const double value = double(*nanoseconds);
-    const double size = std::abs(value);
-    char text[64];
-    if (size < 1e6)
-        std::snprintf(text, sizeof text, "%.0f us", value / 1e3);
-    else if (size < 1e9)
-        std::snprintf(text, sizeof text, size < 1e8 ? "%.2f ms" : "%.0f ms", value / 1e6);
-    else
-        std::snprintf(text, sizeof text, "%.2f s", value / 1e9);
-    return text;
+    constexpr std::int64_t microsecond = 1000;
+    constexpr std::int64_t millisecond = 1000 * microsecond;
+    constexpr std::int64_t second = 1000 * millisecond;
+    const std::int64_t size = std::abs(*nanoseconds);
+    const std::string sign = *nanoseconds < 0 ? "-" : "";
+    if (size < millisecond)
+        return sign + std::to_string(Rounded(size, microsecond)) + " us";
+    if (size < 100 * millisecond)
+        return sign + Decimal(Rounded(size, millisecond / 100), 2) + " ms";
+    if (size < second)
+        return sign + std::to_string(Rounded(size, millisecond)) + " ms";
+    return sign + Decimal(Rounded(size, second / 100), 2) + " s";
 }
 
 std::string CallLine(const Call& call, const Terminal& terminal)

@@ -1,4 +1,4 @@
-// Calls as JSON. Tested by tests/tool/JsonTest.cpp.
+// Calls as JSON. Tested by tests/tool/CallsTest.cpp and ShowTest.cpp.
 
 #include "Json.h"
 

@@ -1,4 +1,4 @@
-// What the commands have in common. Tested by tests/tool/LogArgumentsTest.cpp.
+// What the commands have in common. Tested by tests/tool/CommandLineTest.cpp and CallsTest.cpp.
 
 #include "LogArguments.h"
 

@@ -1,4 +1,4 @@
-// Colours, pager, progress and errors. Tested by tests/tool/TerminalTest.cpp.
+// Colours, pager, progress and errors. Tested by tests/tool/CommandLineTest.cpp.
 
 #include "Terminal.h"
 

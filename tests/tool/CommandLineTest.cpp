@@ -1,5 +1,7 @@
 // The choice of a command, and what is said when there is none.
 
+#include <filesystem>
+
 #include <gmock/gmock.h>
 
 #include "tool/Program.h"
@@ -41,6 +43,40 @@ TEST_F(CommandLine, TellsWhichLogCantBeRead)
 {
     const Outcome outcome = Run({"calls", "none.xml"});
     EXPECT_EQ(outcome.error, "scrivel: none.xml: No such file or directory\n");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(CommandLine, ColoursWhenItIsAskedTo)
+{
+    Write("run.xml", LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n    </A>\n"));
+    EXPECT_EQ(Run({"calls", "--color", "always", "run.xml"}).out,
+              "   1\x1b[2m  0.000001            \x1b[0m\x1b[1mA\x1b[0m()" + std::string(37, ' ') +
+                  "\x1b[31mNEVER RETURNED\x1b[0m\n");
+    EXPECT_EQ(Run({"calls", "--color", "never", "run.xml"}).out, Run({"calls", "run.xml"}).out);
+}
+
+TEST_F(CommandLine, TellsDamageInOneLineWithItsPlace)
+{
+    Write("cut.xml", LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n    </B>\n"));
+    EXPECT_EQ(
+        Run({"calls", "cut.xml"}).error,
+        "scrivel: cut.xml:8: Opening and ending tag mismatch: A line 7 and B (byte 184, in call 1 A)\n");
+}
+
+TEST_F(CommandLine, SaysWhatIsNoLog)
+{
+    std::filesystem::create_directory(Folder() + "/empty");
+    EXPECT_EQ(Run({"calls", "empty"}).error, "scrivel: empty: there is no log in this folder\n");
+    Write("notes.xml", "hello\n");
+    const Outcome outcome = Run({"calls", "notes.xml"});
+    EXPECT_THAT(outcome.error, HasSubstr("scrivel: notes.xml: this is no log\n"));
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(CommandLine, SaysWhatTheFilterDoesntUnderstand)
+{
+    const Outcome outcome = Run({"calls", "-w", "nam = 1", "run.xml"});
+    EXPECT_EQ(outcome.error, "scrivel: there is no field \"nam\" in \"nam = 1\"\n");
     EXPECT_EQ(outcome.status, 2);
 }
 

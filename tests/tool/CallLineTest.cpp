@@ -1,0 +1,37 @@
+// The pieces of a call's line.
+
+#include <gtest/gtest.h>
+
+#include "CallLine.h"
+
+using namespace ScrivelReader;
+using namespace ScrivelTool;
+
+namespace
+{
+
+TEST(CallLines, ShowDurationsInTheUnitThatFits)
+{
+    EXPECT_EQ(DurationText(0), "0 us");
+    EXPECT_EQ(DurationText(999000), "999 us");
+    EXPECT_EQ(DurationText(1000000), "1.00 ms");
+    EXPECT_EQ(DurationText(12554000), "12.55 ms");
+    EXPECT_EQ(DurationText(123456000), "123 ms");
+    EXPECT_EQ(DurationText(41000000000), "41.00 s");
+    EXPECT_EQ(DurationText(-2000), "-2 us");
+    EXPECT_EQ(DurationText(std::nullopt), "");
+}
+
+TEST(CallLines, ShowTimesAsTheLogDoesAndMarkThoseBeforeItsStart)
+{
+    EXPECT_EQ(TimeText(Time{16720000, false}), "0.016720");
+    EXPECT_EQ(TimeText(Time{-100000000, true}), "-0.100000!");
+    EXPECT_EQ(TimeText(std::nullopt), "?");
+}
+
+TEST(CallLines, LetNoControlCharacterReachTheTerminal)
+{
+    EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");
+}
+
+}  // namespace
