@@ -63,20 +63,20 @@ TEST_F(LogFile, StartingWritesHeaderAndRootEndTag)
 TEST_F(LogFile, StartingReadsThePlatformInTheOrderOfTheHeader)
 {
     std::string order;
-    platform.getpid.Use([&order] {
+    const auto process = platform.getpid.Use([&order] {
         order += "getpid ";
         return 4242;
     });
-    platform.gettimeofday.Use([&order](timeval* clock, void*) {
+    const auto time = platform.gettimeofday.Use([&order](timeval* clock, void*) {
         order += "gettimeofday ";
         *clock = {};
         return 0;
     });
-    platform.time.Use([&order](std::time_t*) {
+    const auto date = platform.time.Use([&order](std::time_t*) {
         order += "time ";
         return std::time_t{0};
     });
-    platform.gethostname.Use([&order](char* name, std::size_t length) {
+    const auto host = platform.gethostname.Use([&order](char* name, std::size_t length) {
         order += "gethostname(" + std::to_string(length) + ") ";
         *name = '\0';
         return 0;
@@ -175,7 +175,7 @@ TEST_F(LogFile, HostNameThatCantBeReadIsTheTimeFollowedByAnAsterisk)
 TEST_F(LogFile, HostNameOfSixtyFourCharactersIsWrittenInFull)
 {
     const std::string host = "lab7." + std::string(59, 'h');
-    platform.gethostname.Use([&](char* name, std::size_t) {
+    const auto stub = platform.gethostname.Use([&](char* name, std::size_t) {
         std::strcpy(name, host.c_str());
         return 0;
     });
@@ -187,7 +187,7 @@ TEST_F(LogFile, HostNameOfSixtyFourCharactersIsWrittenInFull)
 TEST_F(LogFile, HostNameIsAskedForWithALengthOf255)
 {
     const std::string host(254, 'h');
-    platform.gethostname.Use([&](char* name, std::size_t size) {
+    const auto stub = platform.gethostname.Use([&](char* name, std::size_t size) {
         EXPECT_EQ(size, 255U);
         std::strcpy(name, host.c_str());
         return 0;
@@ -230,7 +230,7 @@ TEST_F(LogFile, TextOfTheErrorIsThatOfStrerror)
 {
     static char text[] = "told otherwise";
     int asked = 0;
-    platform.strerror.Use([&](int error) {
+    const auto stub = platform.strerror.Use([&](int error) {
         asked = error;
         return text;
     });
@@ -581,7 +581,7 @@ TEST_F(LogFile, FileEndTagNamesLogAndProcess)
 TEST_F(LogFile, ProcessIdIsReadEachTimeItIsWritten)
 {
     int next = 0;
-    platform.getpid.Use([&] { return ++next; });
+    const auto stub = platform.getpid.Use([&] { return ++next; });
     const auto log = Make();
     log->StartLogging();
     std::string header = Header();
@@ -594,7 +594,7 @@ TEST_F(LogFile, ProcessIdIsReadEachTimeItIsWritten)
 TEST_F(LogFile, ProcessIdThatChangesMakesTheRootEndTagInTheFileCountAsAProvisionalTail)
 {
     int process = 4242;
-    platform.getpid.Use([&] { return process; });
+    const auto stub = platform.getpid.Use([&] { return process; });
     const auto log = Make();
     log->StartLogging();
     process = 7;

@@ -484,7 +484,7 @@ TEST_F(Escaping, IsprintIsAskedForUnsignedBytes)
 {
     int lowest = 0;
     int highest = 0;
-    platform.isprint.Use([&](int c) {
+    const auto stub = platform.isprint.Use([&](int c) {
         lowest = std::min(lowest, c);
         highest = std::max(highest, c);
         return 1;

@@ -57,18 +57,17 @@ std::vector<Step> Record(Log log)
 {
     std::vector<Step> steps;
     Progress progress{};
-    platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t offset) {
-        steps.push_back({true, static_cast<std::size_t>(offset),
-                         std::string(static_cast<const char*>(bytes), size), progress.done});
-        return platform.pwrite.Real(file, bytes, size, offset);
-    });
-    platform.ftruncate.Use([&](int file, off_t size) {
+    const auto writes =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t offset) {
+            steps.push_back({true, static_cast<std::size_t>(offset),
+                             std::string(static_cast<const char*>(bytes), size), progress.done});
+            return platform.pwrite.Real(file, bytes, size, offset);
+        });
+    const auto cuts = platform.ftruncate.Use([&](int file, off_t size) {
         steps.push_back({false, static_cast<std::size_t>(size), {}, progress.done});
         return platform.ftruncate.Real(file, size);
     });
     log(progress);
-    platform.pwrite.Reset();
-    platform.ftruncate.Reset();
     return steps;
 }
 

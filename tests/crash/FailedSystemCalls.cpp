@@ -48,7 +48,7 @@ constexpr Fault faults[] = {
     {"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EINTR", EINTR}, {"one byte written", 0}, {"half written", 0, 2},
 };
 
-/// The system calls of a log, counted and failed.
+/// The system calls of a log, counted and failed as long as this lives.
 class SystemCalls
 {
 public:
@@ -58,44 +58,6 @@ public:
         fault = &with;
         begin = first;
         end = always ? std::string::npos : first + 1;
-    }
-
-    /// Takes the place of the system calls from now on.
-    void Install()
-    {
-        platform.open.Use([this](const char* name, int flags, mode_t mode) {
-            return Fails(Kind::Open) ? -1 : platform.open.Real(name, flags, mode);
-        });
-        platform.lseek.Use([this](int file, off_t offset, int whence) {
-            return Fails(Kind::Seek) ? -1 : platform.lseek.Real(file, offset, whence);
-        });
-        platform.ftruncate.Use([this](int file, off_t size) {
-            return Fails(Kind::Truncate) ? -1 : platform.ftruncate.Real(file, size);
-        });
-        platform.close.Use([this](int file) {
-            const bool fails = Fails(Kind::Close);
-            const int error = errno;
-            const int result = platform.close.Real(file);  // the descriptor is gone in any case
-            errno = error;
-            return fails ? -1 : result;
-        });
-        platform.pwrite.Use(
-            [this](int file, const void* bytes, std::size_t size, off_t offset) -> ssize_t {
-                const bool broken = Fails(Kind::Write);
-                if (broken && fault->error != 0) {
-                    return -1;
-                }
-                return platform.pwrite.Real(file, bytes, broken ? Shortened(size) : size, offset);
-            });
-    }
-
-    static void Uninstall()
-    {
-        platform.open.Reset();
-        platform.lseek.Reset();
-        platform.ftruncate.Reset();
-        platform.close.Reset();
-        platform.pwrite.Reset();
     }
 
     const std::vector<Kind>& Made() const { return made; }
@@ -122,6 +84,33 @@ private:
     const Fault* fault = nullptr;
     std::size_t begin = std::string::npos;
     std::size_t end = std::string::npos;
+
+    const StubOf<& Platform::open> opening =
+        platform.open.Use([this](const char* name, int flags, mode_t mode) {
+            return Fails(Kind::Open) ? -1 : platform.open.Real(name, flags, mode);
+        });
+    const StubOf<& Platform::lseek> seeking =
+        platform.lseek.Use([this](int file, off_t offset, int whence) {
+            return Fails(Kind::Seek) ? -1 : platform.lseek.Real(file, offset, whence);
+        });
+    const StubOf<& Platform::ftruncate> cutting = platform.ftruncate.Use([this](int file, off_t size) {
+        return Fails(Kind::Truncate) ? -1 : platform.ftruncate.Real(file, size);
+    });
+    const StubOf<& Platform::close> closing = platform.close.Use([this](int file) {
+        const bool fails = Fails(Kind::Close);
+        const int error = errno;
+        const int result = platform.close.Real(file);  // the descriptor is gone in any case
+        errno = error;
+        return fails ? -1 : result;
+    });
+    const StubOf<& Platform::pwrite> writing = platform.pwrite.Use(
+        [this](int file, const void* bytes, std::size_t size, off_t offset) -> ssize_t {
+            const bool broken = Fails(Kind::Write);
+            if (broken && fault->error != 0) {
+                return -1;
+            }
+            return platform.pwrite.Real(file, bytes, broken ? Shortened(size) : size, offset);
+        });
 };
 
 struct Figures
@@ -139,10 +128,8 @@ public:
         : session(sessionToBreak), progress(told), figures(counted), scratch(keeper)
     {
         session.Documents();
-        SystemCalls calls;
-        calls.Install();
+        const SystemCalls calls;
         session.Run(progress);
-        SystemCalls::Uninstall();
         made = calls.Made();
     }
 
@@ -159,7 +146,6 @@ public:
         const ChildEnd end = InChild([&] {
             SystemCalls calls;
             calls.Break(fault, call, always);
-            calls.Install();
             session.Run(progress);
         });
         ++figures.cases;

@@ -26,6 +26,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <regex>
 #include <utility>
 
@@ -77,7 +78,7 @@ protected:
     Documentation()
     {
         // Each look at the clock is a little later than the last one.
-        ScrivelTest::platform.gettimeofday.Use([this](timeval* moment, void*) {
+        clock.emplace(ScrivelTest::platform.gettimeofday, [this](timeval* moment, void*) {
             *moment = {1000, microseconds};
             microseconds += 11;
             return 0;
@@ -173,6 +174,7 @@ private:
     Snippets snippets;
     std::map<std::string, Outcome> outcomes;  // of the page's recipes
     long microseconds = 0;
+    std::optional<ScrivelTest::StubOf<&ScrivelTest::Platform::gettimeofday>> clock;
 };
 
 TEST_P(Documentation, ShowsWhatWasCompiledAndRun)

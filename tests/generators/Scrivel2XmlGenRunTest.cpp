@@ -60,7 +60,7 @@ TEST_F(RunGenerator, NullTargetInfoPointerIsANullElement)
 TEST_F(RunGenerator, FloatFormatIsALineOnStandardOutputAndNothingInTheLog)
 {
     std::vector<std::string> lines;
-    platform.puts.Use([&](const char* line) {
+    const auto standardOutput = platform.puts.Use([&](const char* line) {
         lines.emplace_back(line);
         return 0;
     });

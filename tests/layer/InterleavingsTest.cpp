@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <vector>
 
@@ -57,12 +58,13 @@ protected:
     void CheckEveryState(const std::string& fileName)
     {
         using ScrivelTest::platform;
-        platform.pwrite.Use([=](int file, const void* bytes, std::size_t length, off_t offset) {
-            const ssize_t written = platform.pwrite.Real(file, bytes, length, offset);
-            CheckState(fileName);
-            return written;
-        });
-        platform.ftruncate.Use([=](int file, off_t length) {
+        writes.emplace(platform.pwrite,
+                       [=](int file, const void* bytes, std::size_t length, off_t offset) {
+                           const ssize_t written = platform.pwrite.Real(file, bytes, length, offset);
+                           CheckState(fileName);
+                           return written;
+                       });
+        cuts.emplace(platform.ftruncate, [=](int file, off_t length) {
             const int result = platform.ftruncate.Real(file, length);
             CheckState(fileName);
             return result;
@@ -90,6 +92,8 @@ protected:
 
     unsigned int states = 0;
     unsigned int broken = 0;
+    std::optional<ScrivelTest::StubOf<&ScrivelTest::Platform::pwrite>> writes;
+    std::optional<ScrivelTest::StubOf<&ScrivelTest::Platform::ftruncate>> cuts;
 };
 
 template <typename Generator>

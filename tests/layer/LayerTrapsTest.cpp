@@ -493,7 +493,7 @@ TEST_F(Traps, GlobalLocaleThatGroupsDigitsChangesNothing)
 TEST_F(Traps, HostNameOfAnyLengthHasRoom)
 {
     const std::string host(200, 'h');
-    platform.gethostname.Use([&](char* name, std::size_t size) {
+    const auto stub = platform.gethostname.Use([&](char* name, std::size_t size) {
         name[host.copy(name, size - 1)] = '\0';
         return 0;
     });

@@ -244,7 +244,7 @@ TEST_F(NumberedFiles, LogGoesOnWhereItIsWhenTheNextFileCannotBeMade)
 {
     RunLog log("run", Limit(400));
     unsigned int attempts = 0;
-    platform.open.Use([&](const char*, int, mode_t) {
+    const auto stub = platform.open.Use([&](const char*, int, mode_t) {
         ++attempts;
         errno = EACCES;
         return -1;
@@ -323,12 +323,13 @@ TEST_F(NumberedFiles, EveryFileIsCompleteAfterEveryWrite)
             ++states;
         }
     };
-    platform.pwrite.Use([&](int file, const void* bytes, std::size_t length, off_t offset) {
-        const ssize_t written = platform.pwrite.Real(file, bytes, length, offset);
-        checkAll();
-        return written;
-    });
-    platform.close.Use([&](int file) {
+    const auto writing =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t length, off_t offset) {
+            const ssize_t written = platform.pwrite.Real(file, bytes, length, offset);
+            checkAll();
+            return written;
+        });
+    const auto closing = platform.close.Use([&](int file) {
         const int result = platform.close.Real(file);
         checkAll();
         return result;

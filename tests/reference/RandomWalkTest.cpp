@@ -47,22 +47,7 @@ class Comparison
 public:
     using Generator = ScrivelTest::Unprotected<Library>;
 
-    explicit Comparison(const char* name) : log(Made<Generator>(name)), plain(Made<Plain>(name))
-    {
-        platform.getpid.Use([this] { return process; });
-        platform.pthread_self.Use([this] { return thread; });
-        platform.gettimeofday.Use([this](timeval* moment, void*) {
-            *moment = now;
-            return 0;
-        });
-        platform.gethostname.Use([this](char* text, std::size_t size) {
-            if (host.empty() || host.size() >= size) {
-                return -1;
-            }
-            std::strcpy(text, host.c_str());
-            return 0;
-        });
-    }
+    explicit Comparison(const char* name) : log(Made<Generator>(name)), plain(Made<Plain>(name)) {}
 
     template <typename Operation>
     void Both(Operation operation)
@@ -106,7 +91,7 @@ private:
     std::string Seen(Log& one, Operation operation)
     {
         std::string printed;
-        platform.puts.Use([&](const char* text) {
+        const auto output = platform.puts.Use([&](const char* text) {
             printed += text;
             printed += '\n';
             return 0;
@@ -124,7 +109,6 @@ private:
             seen << "threw\n";
         }
         std::cerr.rdbuf(before);
-        platform.puts.Reset();  // GoogleTest prints through it
         seen << messages.str() << printed << "call " << one.GetCallNo() << ", depth " << one.depth
              << ", at " << one.GetCurrentFilePointerPosition() << ", last "
              << one.GetLastFilePointerPosition() << ", state " << one.logFile.rdstate() << ", "
@@ -155,6 +139,24 @@ private:
     unsigned long thread = 1234;
     timeval now = {1000, 0};
     std::string host = "lab7";
+
+    const ScrivelTest::StubOf<& ScrivelTest::Platform::getpid> processStub =
+        platform.getpid.Use([this] { return process; });
+    const ScrivelTest::StubOf<& ScrivelTest::Platform::pthread_self> threadStub =
+        platform.pthread_self.Use([this] { return thread; });
+    const ScrivelTest::StubOf<& ScrivelTest::Platform::gettimeofday> clockStub =
+        platform.gettimeofday.Use([this](timeval* moment, void*) {
+            *moment = now;
+            return 0;
+        });
+    const ScrivelTest::StubOf<& ScrivelTest::Platform::gethostname> hostStub =
+        platform.gethostname.Use([this](char* text, std::size_t size) {
+            if (host.empty() || host.size() >= size) {
+                return -1;
+            }
+            std::strcpy(text, host.c_str());
+            return 0;
+        });
 };
 
 unsigned long FromEnvironment(const char* name, unsigned long otherwise)

@@ -221,12 +221,12 @@ TEST_F(RunFrame, ThreadIdIsTheLowHalfOfPthreadSelf)
 TEST_F(RunFrame, ThreadIsAskedForAnewByEachCallAndAfterTheTime)
 {
     std::vector<std::string> asked;
-    platform.gettimeofday.Use([&](timeval* moment, void*) {
+    const auto time = platform.gettimeofday.Use([&](timeval* moment, void*) {
         asked.emplace_back("time");
         *moment = {1000, 0};
         return 0;
     });
-    platform.pthread_self.Use([&]() -> pthread_t {
+    const auto thread = platform.pthread_self.Use([&]() -> pthread_t {
         asked.emplace_back("thread");
         return asked.size();
     });

@@ -21,17 +21,17 @@ class FailingWrites : public ScrivelTest::GrowingDocument
 {
 protected:
     /// A disk that is full after `limit` bytes of the file.
-    static void FullAfter(off_t limit)
+    void FullAfter(off_t limit)
     {
-        platform.pwrite.Use(
-            [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
-                if (position >= limit) {
-                    errno = ENOSPC;
-                    return -1;
-                }
-                const auto room = static_cast<std::size_t>(limit - position);
-                return platform.pwrite.Real(file, bytes, std::min(size, room), position);
-            });
+        failing.emplace(platform.pwrite,
+                        [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+                            if (position >= limit) {
+                                errno = ENOSPC;
+                                return -1;
+                            }
+                            const auto room = static_cast<std::size_t>(limit - position);
+                            return platform.pwrite.Real(file, bytes, std::min(size, room), position);
+                        });
     }
 
     static bool FileSizeSignalIsHeld()
@@ -225,14 +225,15 @@ TEST_F(FailingWrites, SignalOfTheFileSizeLimitIsHeldUntilTheTailIsBack)
 {
     Begin(100);
     std::vector<bool> held;
-    platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
-        held.push_back(FileSizeSignalIsHeld());
-        if (held.size() == 2) {
-            errno = EFBIG;
-            return -1;
-        }
-        return platform.pwrite.Real(file, bytes, held.size() == 1 ? size / 2 : size, position);
-    });
+    const auto stub = platform.pwrite.Use(
+        [&](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+            held.push_back(FileSizeSignalIsHeld());
+            if (held.size() == 2) {
+                errno = EFBIG;
+                return -1;
+            }
+            return platform.pwrite.Real(file, bytes, held.size() == 1 ? size / 2 : size, position);
+        });
     Grow(Element(50));
     EXPECT_EQ(held, (std::vector<bool>{false, true, true}));
     EXPECT_FALSE(FileSizeSignalIsHeld());

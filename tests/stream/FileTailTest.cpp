@@ -76,10 +76,11 @@ TEST_F(FileTail, EndOfTheFileThatCantBeReadBackIsOverwrittenInOneGo)
         const std::string document = Begin(100);
         log << "flushed" << std::flush;
         log.seekp(static_cast<std::streamoff>(document.size()));
-        platform.pread.Use([result = result, error = error](int, void*, std::size_t, off_t) {
-            errno = error;
-            return result;
-        });
+        const auto stub =
+            platform.pread.Use([returned = result, code = error](int, void*, std::size_t, off_t) {
+                errno = code;
+                return returned;
+            });
         log << Element(5000) << endTag;
         platform.pwrite.Reset();
         log.flush();
@@ -148,8 +149,9 @@ TEST_F(FileTail, TakesNoMoreMemoryTheLongerTheFileIs)
         log << text << std::flush;
         expected += text;
     }
-    std::vector<std::size_t> asked;
-    refuseMemory = [&](std::size_t size) {
+    static std::vector<std::size_t> asked;
+    asked.clear();
+    refuseMemory = [](std::size_t size) {
         asked.push_back(size);
         return false;
     };

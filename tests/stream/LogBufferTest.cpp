@@ -17,9 +17,11 @@ using LogBuffer = ScrivelTest::StreamTest;
 
 TEST_F(LogBuffer, OpeningWithoutMemoryFails)
 {
-    for (int left = 0; left < 2; ++left) {
-        int asked = 0;
-        refuseMemory = [&](std::size_t) { return asked++ == left; };
+    static int left;
+    static int asked;
+    for (left = 0; left < 2; ++left) {
+        asked = 0;
+        refuseMemory = [](std::size_t) { return asked++ == left; };
         log.open("log");
         EXPECT_EQ(log.rdstate(), std::ios_base::failbit);
         EXPECT_FALSE(log.is_open());

@@ -41,12 +41,13 @@ TEST_F(SteppedFlush, LeavesADocumentBetweenItsWrites)
     for (std::size_t before = pageSize - 100; before < pageSize + 20; ++before) {
         const std::string added = Element(4500 + before % 17);
         const std::string document = Begin(before);
-        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
-            const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
-            EXPECT_TRUE(IsDocument(File())) << "write " << writes << " after " << before << " bytes";
-            ++writes;
-            return written;
-        });
+        const auto stub =
+            platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+                const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+                EXPECT_TRUE(IsDocument(File())) << "write " << writes << " after " << before << " bytes";
+                ++writes;
+                return written;
+            });
         Grow(added);
         platform.pwrite.Reset();
         ASSERT_EQ(File(), document + added + endTag);
@@ -119,13 +120,14 @@ TEST_F(SteppedFlush, OldDocumentIsWholeWhileItsTailIsHidden)
 {
     Begin(pageSize - 3, "<b>kept</b>\n");
     std::vector<std::string> kept;
-    platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
-        const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
-        for (const std::string& text : XPath(File(), "concat(count(/log/a), /log/b)")) {
-            kept.push_back(text);
-        }
-        return written;
-    });
+    const auto stub =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+            for (const std::string& text : XPath(File(), "concat(count(/log/a), /log/b)")) {
+                kept.push_back(text);
+            }
+            return written;
+        });
     Grow(Element(5000));
     EXPECT_EQ(kept, (std::vector<std::string>{"0kept", "0kept", "1kept"}));
 }

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -67,20 +68,21 @@ protected:
     }
 
     /// Lets all writes from number `first` to number `last` fail with ENOSPC.
-    static void FailWrites(unsigned int first, unsigned int last)
+    void FailWrites(unsigned int first, unsigned int last)
     {
         platform.pwrite.Reset();
-        platform.pwrite.Use(
-            [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
-                if (platform.pwrite.Calls() >= first && platform.pwrite.Calls() <= last) {
-                    errno = ENOSPC;
-                    return -1;
-                }
-                return platform.pwrite.Real(file, bytes, size, position);
-            });
+        failing.emplace(platform.pwrite,
+                        [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+                            if (platform.pwrite.Calls() >= first && platform.pwrite.Calls() <= last) {
+                                errno = ENOSPC;
+                                return -1;
+                            }
+                            return platform.pwrite.Real(file, bytes, size, position);
+                        });
     }
 
     Scrivel2::LogStream log;
+    std::optional<StubOf<&Platform::pwrite>> failing;
 };
 
 /// A document that grows by a flush over its end tag.
@@ -122,29 +124,32 @@ protected:
     void StopBetweenPages()
     {
         ResetCounts();
-        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
-            const auto first = static_cast<std::size_t>(position);
-            for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
-                platform.pwrite.Real(file, bytes, page * pageSize - first, position);
-                EXPECT_TRUE(IsDocument(File())) << "stopped at page " << page << ":\n" << File();
-                ++stops;
-            }
-            return platform.pwrite.Real(file, bytes, size, position);
-        });
+        watching.emplace(
+            platform.pwrite, [this](int file, const void* bytes, std::size_t size, off_t position) {
+                const auto first = static_cast<std::size_t>(position);
+                for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
+                    platform.pwrite.Real(file, bytes, page * pageSize - first, position);
+                    EXPECT_TRUE(IsDocument(File())) << "stopped at page " << page << ":\n" << File();
+                    ++stops;
+                }
+                return platform.pwrite.Real(file, bytes, size, position);
+            });
     }
 
     /// From now on notes the size of each write.
     void RecordSizes()
     {
         sizes.clear();
-        platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t position) {
-            sizes.push_back(size);
-            return platform.pwrite.Real(file, bytes, size, position);
-        });
+        watching.emplace(platform.pwrite,
+                         [this](int file, const void* bytes, std::size_t size, off_t position) {
+                             sizes.push_back(size);
+                             return platform.pwrite.Real(file, bytes, size, position);
+                         });
     }
 
     unsigned int stops = 0;
     std::vector<std::size_t> sizes;
+    std::optional<StubOf<&Platform::pwrite>> watching;
 };
 
 }  // namespace ScrivelTest

@@ -28,7 +28,7 @@ ScratchTest::ScratchTest() : startFolder(fs::current_path())
     platform.Reset();
     platform.getpid.Use([] { return 4242; });
     platform.pthread_self.Use([]() -> pthread_t { return 1234; });
-    platform.gettimeofday.Use([this](timeval* moment, void*) {
+    timeOfDay.emplace(platform.gettimeofday, [this](timeval* moment, void*) {
         *moment = now;
         return 0;
     });

@@ -21,6 +21,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -59,6 +60,7 @@ private:
     std::filesystem::path startFolder;
     std::filesystem::path scratch;
     timeval now{1000, 0};
+    std::optional<StubOf<&Platform::gettimeofday>> timeOfDay;
 };
 
 /// A generator whose data a test reaches as a derived generator does.

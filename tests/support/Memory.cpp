@@ -7,13 +7,13 @@
 namespace ScrivelTest
 {
 
-std::function<bool(std::size_t)> refuseMemory;
+bool (*refuseMemory)(std::size_t) = nullptr;
 
 }  // namespace ScrivelTest
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
-    if (ScrivelTest::refuseMemory && ScrivelTest::refuseMemory(size)) {
+    if (ScrivelTest::refuseMemory != nullptr && ScrivelTest::refuseMemory(size)) {
         return nullptr;
     }
     try {

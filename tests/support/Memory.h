@@ -4,14 +4,14 @@
 #define SCRIVEL_TESTS_SUPPORT_MEMORY_H
 
 #include <cstddef>
-#include <functional>
 
 namespace ScrivelTest
 {
 
-/// Asked before each `new (std::nothrow) ...[]` whether a block of that size is to be refused; empty, as
-/// at first and after each test of ScratchTest, for never.
-extern std::function<bool(std::size_t)> refuseMemory;
+/// Asked before each `new (std::nothrow) ...[]` whether a block of that size is to be refused; null, as
+/// at first and after each test of ScratchTest, for never. It is asked long after the test that set it
+/// may have ended, so it can refer to nothing of that test's.
+extern bool (*refuseMemory)(std::size_t);
 
 }  // namespace ScrivelTest
 

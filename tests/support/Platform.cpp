@@ -29,7 +29,10 @@ template <typename Result, typename... Arguments>
 Result Replaceable<Result(Arguments...)>::Call(Arguments... arguments)
 {
     ++calls;
-    return replacement != nullptr ? (*replacement)(arguments...) : Real(arguments...);
+    if (newest != nullptr) {
+        return newest->function(arguments...);
+    }
+    return standing != nullptr ? standing(arguments...) : Real(arguments...);
 }
 
 template class Replaceable<pid_t()>;

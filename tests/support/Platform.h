@@ -2,10 +2,15 @@
 //
 // Each forwards to the C library until a test gives it something else to do, and counts its calls.
 //
-//     platform.getpid.Use([] { return 4242; });
+//     platform.getpid.Use([] { return 4242; });                       // until another or Reset
+//     const auto stub = platform.time.Use([&](auto*) { return now; }); // until the end of the block
 //     ...
 //     EXPECT_EQ(platform.pwrite.Calls(), 2U);
 //     platform.Reset();
+//
+// Everything in the process calls these functions, the test framework and the sanitizers too. So what
+// refers to a variable is in force only while a stub that the test holds lives, and the compiler insists
+// that it holds one.
 //
 // The definitions stand in the executable, so they come before the C library's for the library under
 // test, static or shared, and for everything else in the process.
@@ -16,7 +21,7 @@
 #include <atomic>
 #include <ctime>
 #include <functional>
-#include <memory>
+#include <type_traits>
 #include <utility>
 
 #include <pthread.h>
@@ -37,18 +42,31 @@ template <typename Result, typename... Arguments>
 class Replaceable<Result(Arguments...)>
 {
 public:
+    using Pointer = Result (*)(Arguments...);
+
+    class Stub;
+
     constexpr explicit Replaceable(const char* symbol) : name(symbol) {}
 
-    /// From now on calls go to `function`, which may call Real. It must not throw.
-    void Use(std::function<Result(Arguments...)> function)
+    /// From now on calls go to `function`, in place of whatever was in force. It may call Real and must
+    /// not throw.
+    void Use(Pointer function)
     {
-        replacement = std::make_unique<std::function<Result(Arguments...)>>(std::move(function));
+        newest = nullptr;
+        standing = function;
+    }
+
+    /// The same for a function that refers to something: as long as the stub lives that is returned.
+    template <typename Function, typename = std::enable_if_t<!std::is_convertible_v<Function, Pointer>>>
+    Stub Use(Function function)
+    {
+        return Stub(*this, std::move(function));
     }
 
     /// Forwards again and counts from 0.
     void Reset()
     {
-        replacement.reset();
+        Use(nullptr);
         calls = 0;
     }
 
@@ -61,12 +79,44 @@ public:
     Result Call(Arguments... arguments);
 
 private:
-    using Pointer = Result (*)(Arguments...);
-
     const char* name;
-    std::unique_ptr<std::function<Result(Arguments...)>> replacement;
+    Pointer standing = nullptr;
+    Stub* newest = nullptr;  // each knows the one before it; comes before what is standing
     std::atomic<Pointer> real{nullptr};
     std::atomic<unsigned int> calls{0};
+};
+
+/// Something else for a function to do, until the end of the stub's life. What was in force before it is
+/// then in force again.
+template <typename Result, typename... Arguments>
+class [[nodiscard]] Replaceable<Result(Arguments...)>::Stub
+{
+public:
+    Stub(Replaceable& replaced, std::function<Result(Arguments...)> with)
+        : function(std::move(with)), before(replaced.newest), owner(replaced)
+    {
+        owner.newest = this;
+    }
+    Stub(const Stub&) = delete;
+    Stub& operator=(const Stub&) = delete;
+
+    /// Does nothing when another Use or a Reset has ended the stub already.
+    ~Stub()
+    {
+        for (Stub** link = &owner.newest; *link != nullptr; link = &(*link)->before) {
+            if (*link == this) {
+                *link = before;
+                return;
+            }
+        }
+    }
+
+private:
+    friend class Replaceable;
+
+    std::function<Result(Arguments...)> function;
+    Stub* before;
+    Replaceable& owner;
 };
 
 struct Platform
@@ -96,6 +146,10 @@ struct Platform
 };
 
 extern Platform platform;
+
+/// The type of a function's stub: StubOf<&Platform::getpid>.
+template <auto function>
+using StubOf = typename std::remove_reference_t<decltype(std::declval<Platform&>().*function)>::Stub;
 
 }  // namespace ScrivelTest
 
