@@ -53,7 +53,7 @@ LogFiles::LogFiles(const Settings& settings)
         MakeFolder(folder);
     }
     const std::string wanted = LegalName(settings.name);
-    const std::string end = "-" + std::to_string(getpid()) + ".xml";
+    const std::string end = std::string("-").append(std::to_string(getpid())).append(".xml");
     logName = wanted;
     // When no file can be made for another reason the generator that opens the log reports it.
     for (unsigned int next = 2; !MakeFile(folder / (logName + end)) && errno == EEXIST; ++next) {

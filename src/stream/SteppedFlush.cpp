@@ -273,7 +273,8 @@ void SteppedFlush::ForEachMark(std::string_view lead, Visit visit) const
     for (off_t from = tail.End(), to; from < text.end; from = to) {
         to = std::min(PageEnd(from), text.end);
         if (to - from < Shortest(lead)) {
-            visit(text.At(from), {newlines.data(), static_cast<std::size_t>(to - from)});
+            const auto length = static_cast<std::size_t>(to - from);
+            visit(text.At(from), std::string_view(newlines.data(), newlines.size()).substr(0, length));
         } else {
             visit(text.At(from), lead);
             visit(text.At(to) - closing.size(), closing);
