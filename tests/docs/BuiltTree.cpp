@@ -35,7 +35,7 @@ BuiltTree::BuiltTree() : root(fs::absolute("tree")), tools(fs::absolute("tools")
     fs::create_symlink(SCRIVEL_DEBUG_SESSION, session / "debug_session");
 
     fs::create_directory(tools);
-    WriteTool(tools / "cmake", ":");
+    WriteTool(tools / "cmake", "echo cmake version 99.9");
     WriteTool(tools / "dpkg-query", "printf installed");
     WriteTool(tools / "g++", "exec " SCRIVEL_COMPILER " \"$@\"");
 }
