@@ -6,7 +6,7 @@ struct Broker
     static eslapi::CADIReturn_t GetSimulationInfos(eslapi::CADISimulationInfo_t* infos,
                                                    unsigned int* actual)
     {
-        infos[0] = {7, "board", "a core and a timer"};
+        infos[0] = eslapi::CADISimulationInfo_t{7, "board", "a core and a timer"};
         *actual = 1;
         return eslapi::CADI_STATUS_OK;
     }
