@@ -22,8 +22,10 @@ void ScrivelXmlGenRunBase::WriteValueDataType(std::string ident, eslapi::CADIVal
 void ScrivelXmlGenRunBase::WriteFactoryErrorCode(std::string ident, eslapi::CADIFactoryErrorCode_t value)
 {
     const auto index = static_cast<std::uint32_t>(value);
-    const std::string* name = index < factoryErrorNames.size() ? &factoryErrorNames[index] : nullptr;
-    WriteName(ident, name, LogWords::invalidFactoryErrorCode, value);
+    const bool named = index < factoryErrorNames.size();
+    // A copy, since a frame operation may change the list.
+    const std::string name = named ? factoryErrorNames[index] : std::string();
+    WriteName(ident, named ? &name : nullptr, LogWords::invalidFactoryErrorCode, value);
 }
 
 void ScrivelXmlGenRunBase::WriteFactorySeverityCode(std::string ident,

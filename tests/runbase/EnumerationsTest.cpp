@@ -96,6 +96,31 @@ TEST_F(Enumerations, FactoryErrorNamesAreWrittenInFullLengthAsTheyAre)
               std::string("    <code>a<\0>b</code>\n", 23));
 }
 
+/// Empties its list of names whenever an element begins.
+class Forgetful : public Scrivel2XmlGenRun
+{
+public:
+    using Scrivel2XmlGenRun::Scrivel2XmlGenRun;
+
+    void WriteIdent(std::string name, bool openTag, bool newline) override
+    {
+        if (openTag) {
+            factoryErrorNames.clear();
+        }
+        Scrivel2XmlGenRun::WriteIdent(name, openTag, newline);
+    }
+};
+
+TEST_F(Enumerations, FactoryErrorIsWrittenAsItWasNamedWhenItWasLookedUp)
+{
+    EXPECT_EQ(Written<Forgetful>([](auto& log) {
+                  log.WriteFactoryErrorCode("code", CADIFACT_ERROR_PARAMETER_OUT_OF_RANGE);
+                  log.WriteFactoryErrorCode("code", CADIFACT_ERROR_PARAMETER_OUT_OF_RANGE);
+              }),
+              "    <code>CADIFACT_ERROR_PARAMETER_OUT_OF_RANGE</code>\n"
+              "    <code>Invalid factory error code: 0x5</code>\n");
+}
+
 /// Knows no factory error.
 class NoErrorName : public Scrivel2XmlGenRun
 {
