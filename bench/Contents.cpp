@@ -27,7 +27,7 @@ std::string LogOf(const ContenderKind& contender, const Workload& workload)
         log->LogCall();
     }
     log.reset();  // some write the root end tag only now
-    return Contents(LogFileName());
+    return ScrivelTest::FileBytes(LogFileName());
 }
 
 /// The times of the calls and of the header, made equal digit by digit.

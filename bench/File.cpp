@@ -5,8 +5,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include <fcntl.h>
@@ -41,12 +39,6 @@ std::string RootName()
 std::string LogFileName()
 {
     return RootName() + ".xml";
-}
-
-std::string Contents(const std::string& fileName)
-{
-    std::ifstream file(fileName, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 FloorFile::FloorFile()

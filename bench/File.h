@@ -30,8 +30,6 @@ constexpr const char* logName = "bench";
 std::string RootName();
 std::string LogFileName();
 
-std::string Contents(const std::string& fileName);
-
 /// A file written with one pwrite a flush, at the place where the closing text of the last flush begins.
 class FloorFile
 {

@@ -5,6 +5,8 @@
 
 #include "ScrivelXmlGen.h"
 
+#include "judge/LogJudge.h"
+
 namespace ScrivelBench
 {
 namespace
@@ -37,7 +39,9 @@ private:
     {
         Scrivel2::Scrivel2XmlGenRun log(logName);
         Text text;
-        const auto written = [&](std::size_t from) { return Contents(LogFileName()).substr(from); };
+        const auto written = [&](std::size_t from) {
+            return ScrivelTest::FileBytes(LogFileName()).substr(from);
+        };
         const auto place = [&] { return static_cast<std::size_t>(log.GetLastFilePointerPosition()); };
 
         log.StartLogging();

@@ -4,8 +4,6 @@
 #include "crash/LogReader.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 namespace ScrivelTest
 {
@@ -105,14 +103,6 @@ LogContents ReadLog(std::string_view bytes, const Load* load)
 LogContents ReadLogFile(const std::string& fileName, const Load* load)
 {
     return ReadAndCount(load, [&](LogVisitor& counter) { return VisitFile(fileName, counter); });
-}
-
-std::string FileBytes(const std::string& fileName)
-{
-    std::ifstream file(fileName, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
 }
 
 }  // namespace ScrivelTest

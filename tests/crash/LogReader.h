@@ -39,9 +39,6 @@ LogContents ReadLog(std::string_view bytes, const Load* load);
 /// As ReadLog, without holding the file in memory.
 LogContents ReadLogFile(const std::string& fileName, const Load* load);
 
-/// The bytes of a file; empty when there is none.
-std::string FileBytes(const std::string& fileName);
-
 }  // namespace ScrivelTest
 
 #endif

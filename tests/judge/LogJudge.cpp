@@ -7,7 +7,9 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xpath.h>
 
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 namespace ScrivelTest
@@ -169,6 +171,14 @@ std::string ValueOf(std::string_view name, const std::vector<Attribute>& attribu
         }
     }
     return {};
+}
+
+std::string FileBytes(const std::string& fileName)
+{
+    std::ifstream file(fileName, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
 }
 
 Verdict Visit(std::string_view bytes, LogVisitor& visitor)

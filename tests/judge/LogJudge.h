@@ -40,6 +40,9 @@ public:
     virtual void Text(std::string_view piece) = 0;
 };
 
+/// The bytes of a file; empty when there is none.
+std::string FileBytes(const std::string& fileName);
+
 /// Shows all that the bytes hold before the first error. Keeps none of it, however long the log.
 Verdict Visit(std::string_view bytes, LogVisitor& visitor);
 

@@ -11,9 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -71,7 +69,7 @@ public:
         const std::string flushed = plain->logFile.Flushed();
         log.reset();
         if (!name.empty()) {
-            ASSERT_EQ(FileText(name), flushed);
+            ASSERT_EQ(ScrivelTest::FileBytes(name), flushed);
         }
     }
 
@@ -122,15 +120,8 @@ private:
         if (name.empty()) {
             ASSERT_TRUE(fs::is_empty("."));
         } else {
-            ASSERT_EQ(FileText(name), plain->logFile.Flushed());
+            ASSERT_EQ(ScrivelTest::FileBytes(name), plain->logFile.Flushed());
         }
-    }
-
-    static std::string FileText(const std::string& name)
-    {
-        std::ifstream file(name, std::ios::binary);
-        EXPECT_TRUE(file.is_open()) << name;
-        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     std::unique_ptr<Generator> log;

@@ -5,8 +5,6 @@
 #include "support/Memory.h"
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 #include <stdlib.h>
@@ -84,11 +82,8 @@ std::string ScratchTest::StartTag(const std::string& callName, unsigned int numb
 
 std::string ScratchTest::FileText(const std::string& fileName)
 {
-    std::ifstream file(fileName, std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << "no file " << fileName;
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    EXPECT_TRUE(fs::exists(fileName)) << "no file " << fileName;
+    return FileBytes(fileName);
 }
 
 }  // namespace ScrivelTest
