@@ -25,7 +25,7 @@ using testing::internal::GetCapturedStderr;
 
 using OpenLog = ScrivelTest::Unprotected<ScrivelXmlGenBase>;
 
-class LogFile : public ScrivelTest::GeneratorTest<ScrivelXmlGenBase>
+class LogLife : public ScrivelTest::GeneratorTest<ScrivelXmlGenBase>
 {
 protected:
     /// Enters a call as the connection phase does.
@@ -39,13 +39,13 @@ protected:
 
 // ---- Starting -----------------------------------------------------------------------------------
 
-TEST_F(LogFile, ConstructorTouchesNoFile)
+TEST_F(LogLife, ConstructorTouchesNoFile)
 {
     const auto log = Make();
     EXPECT_TRUE(fs::is_empty("."));
 }
 
-TEST_F(LogFile, StartingWritesHeaderAndRootEndTag)
+TEST_F(LogLife, StartingWritesHeaderAndRootEndTag)
 {
     const auto log = Make();
     log->StartLogging();
@@ -60,7 +60,7 @@ TEST_F(LogFile, StartingWritesHeaderAndRootEndTag)
     EXPECT_TRUE(IsDocument(WholeFile()));
 }
 
-TEST_F(LogFile, StartingReadsThePlatformInTheOrderOfTheHeader)
+TEST_F(LogLife, StartingReadsThePlatformInTheOrderOfTheHeader)
 {
     std::string order;
     const auto process = platform.getpid.Use([&order] {
@@ -86,14 +86,14 @@ TEST_F(LogFile, StartingReadsThePlatformInTheOrderOfTheHeader)
     EXPECT_EQ(order, "getpid getpid gettimeofday time gethostname(255) getpid ");
 }
 
-TEST_F(LogFile, HeaderShowsTheVersionGivenToTheConstructor)
+TEST_F(LogLife, HeaderShowsTheVersionGivenToTheConstructor)
 {
     ScrivelXmlGenBase log("trace", "CADI 7 <beta>");
     log.StartLogging();
     EXPECT_EQ(WholeFile(), Header("trace", "CADI 7 <beta>") + EndTag());
 }
 
-TEST_F(LogFile, LogNameMayCarryAFolderWhichIsThenPartOfTheRootElement)
+TEST_F(LogLife, LogNameMayCarryAFolderWhichIsThenPartOfTheRootElement)
 {
     fs::create_directory("logs");
     const auto log = Make("logs/trace");
@@ -101,7 +101,7 @@ TEST_F(LogFile, LogNameMayCarryAFolderWhichIsThenPartOfTheRootElement)
     EXPECT_EQ(FileText("logs/trace-4242.xml"), Header("logs/trace") + EndTag("logs/trace"));
 }
 
-TEST_F(LogFile, NamesGivenToTheConstructorAreCopied)
+TEST_F(LogLife, NamesGivenToTheConstructorAreCopied)
 {
     char name[] = "trace";
     char version[] = "CADI 2.0";
@@ -112,7 +112,7 @@ TEST_F(LogFile, NamesGivenToTheConstructorAreCopied)
     EXPECT_EQ(WholeFile(), Header() + EndTag());
 }
 
-TEST_F(LogFile, StartingEmptiesAFileOfThatName)
+TEST_F(LogLife, StartingEmptiesAFileOfThatName)
 {
     std::ofstream("trace-4242.xml") << std::string(10000, 'x');
     const auto log = Make();
@@ -120,7 +120,7 @@ TEST_F(LogFile, StartingEmptiesAFileOfThatName)
     EXPECT_EQ(WholeFile(), Header() + EndTag());
 }
 
-TEST_F(LogFile, StartingResetsCallNumberAndDepth)
+TEST_F(LogLife, StartingResetsCallNumberAndDepth)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -135,7 +135,7 @@ TEST_F(LogFile, StartingResetsCallNumberAndDepth)
     EXPECT_EQ(log.GetCallNo(), 0U);
 }
 
-TEST_F(LogFile, HeaderTimeIsTheLocalTime)
+TEST_F(LogLife, HeaderTimeIsTheLocalTime)
 {
     platform.time.Use([](std::time_t*) -> std::time_t { return 86400; });
     platform.localtime.Use([](const std::time_t* moment) {
@@ -157,7 +157,7 @@ TEST_F(LogFile, HeaderTimeIsTheLocalTime)
 
 // ---- Host name ----------------------------------------------------------------------------------
 
-TEST_F(LogFile, HostNameThatCantBeReadIsTheTimeFollowedByAnAsterisk)
+TEST_F(LogLife, HostNameThatCantBeReadIsTheTimeFollowedByAnAsterisk)
 {
     platform.gethostname.Use([](char*, std::size_t) { return -1; });
     const auto log = Make();
@@ -172,7 +172,7 @@ TEST_F(LogFile, HostNameThatCantBeReadIsTheTimeFollowedByAnAsterisk)
 )");
 }
 
-TEST_F(LogFile, HostNameOfSixtyFourCharactersIsWrittenInFull)
+TEST_F(LogLife, HostNameOfSixtyFourCharactersIsWrittenInFull)
 {
     const std::string host = "lab7." + std::string(59, 'h');
     const auto stub = platform.gethostname.Use([&](char* name, std::size_t) {
@@ -184,7 +184,7 @@ TEST_F(LogFile, HostNameOfSixtyFourCharactersIsWrittenInFull)
     EXPECT_NE(WholeFile().find("\n hostname=\"" + host + "\"\n"), std::string::npos);
 }
 
-TEST_F(LogFile, HostNameIsAskedForWithALengthOf255)
+TEST_F(LogLife, HostNameIsAskedForWithALengthOf255)
 {
     const std::string host(254, 'h');
     const auto stub = platform.gethostname.Use([&](char* name, std::size_t size) {
@@ -199,7 +199,7 @@ TEST_F(LogFile, HostNameIsAskedForWithALengthOf255)
 
 // ---- A file that can't be opened ----------------------------------------------------------------
 
-TEST_F(LogFile, FileThatCantBeOpenedIsReportedOnStandardErrorAndNothingIsThrown)
+TEST_F(LogLife, FileThatCantBeOpenedIsReportedOnStandardErrorAndNothingIsThrown)
 {
     const auto log = Make("missing/trace");
     CaptureStderr();
@@ -226,7 +226,7 @@ TEST_F(LogFile, FileThatCantBeOpenedIsReportedOnStandardErrorAndNothingIsThrown)
     EXPECT_TRUE(fs::is_empty("."));
 }
 
-TEST_F(LogFile, TextOfTheErrorIsThatOfStrerror)
+TEST_F(LogLife, TextOfTheErrorIsThatOfStrerror)
 {
     static char text[] = "told otherwise";
     int asked = 0;
@@ -242,7 +242,7 @@ TEST_F(LogFile, TextOfTheErrorIsThatOfStrerror)
     EXPECT_EQ(asked, ENOENT);
 }
 
-TEST_F(LogFile, ErrorNumberIsLookedAtAfterTheFirstMessage)
+TEST_F(LogLife, ErrorNumberIsLookedAtAfterTheFirstMessage)
 {
     class SpoilingBuffer : public std::stringbuf
     {
@@ -262,7 +262,7 @@ TEST_F(LogFile, ErrorNumberIsLookedAtAfterTheFirstMessage)
                             "    Error given by OS: Input/output error\n");
 }
 
-TEST_F(LogFile, LogCanBeStartedAgainAfterAFailedOpen)
+TEST_F(LogLife, LogCanBeStartedAgainAfterAFailedOpen)
 {
     const auto log = Make("later/trace");
     CaptureStderr();
@@ -273,7 +273,7 @@ TEST_F(LogFile, LogCanBeStartedAgainAfterAFailedOpen)
     EXPECT_EQ(FileText("later/trace-4242.xml"), Header("later/trace") + EndTag("later/trace"));
 }
 
-TEST_F(LogFile, DoubleStartIsReportedWithoutAnErrorOfTheSystem)
+TEST_F(LogLife, DoubleStartIsReportedWithoutAnErrorOfTheSystem)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -295,7 +295,7 @@ TEST_F(LogFile, DoubleStartIsReportedWithoutAnErrorOfTheSystem)
 
 // ---- Flushing -----------------------------------------------------------------------------------
 
-TEST_F(LogFile, FinalFlushWritesTheRootEndTag)
+TEST_F(LogLife, FinalFlushWritesTheRootEndTag)
 {
     const auto log = Make();
     log->StartLogging();
@@ -305,7 +305,7 @@ TEST_F(LogFile, FinalFlushWritesTheRootEndTag)
     EXPECT_EQ(WholeFile(), Complete("    <d>1</d>\n"));
 }
 
-TEST_F(LogFile, NonFinalFlushWritesTheProvisionalEndTagOfTheCall)
+TEST_F(LogLife, NonFinalFlushWritesTheProvisionalEndTagOfTheCall)
 {
     const auto log = Make();
     log->StartLogging();
@@ -316,7 +316,7 @@ TEST_F(LogFile, NonFinalFlushWritesTheProvisionalEndTagOfTheCall)
                                "    </GetSimulationFactories>\n");
 }
 
-TEST_F(LogFile, ProvisionalEndTagIsIndentedByFourBlanksAndNamedAsGiven)
+TEST_F(LogLife, ProvisionalEndTagIsIndentedByFourBlanksAndNamedAsGiven)
 {
     const auto log = Make();
     log->StartLogging();
@@ -332,7 +332,7 @@ TEST_F(LogFile, ProvisionalEndTagIsIndentedByFourBlanksAndNamedAsGiven)
 )");
 }
 
-TEST_F(LogFile, TailThatIsLongerThanTheTextAboveItStaysBehindIt)
+TEST_F(LogLife, TailThatIsLongerThanTheTextAboveItStaysBehindIt)
 {
     const auto log = Make();
     log->StartLogging();
@@ -341,7 +341,7 @@ TEST_F(LogFile, TailThatIsLongerThanTheTextAboveItStaysBehindIt)
     EXPECT_EQ(WholeFile(), Header() + "    </x>\n" + EndTag().substr(9));
 }
 
-TEST_F(LogFile, FlushRemembersWhereTheTailBegins)
+TEST_F(LogLife, FlushRemembersWhereTheTailBegins)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -354,7 +354,7 @@ TEST_F(LogFile, FlushRemembersWhereTheTailBegins)
     EXPECT_EQ(log.pendingTail, "    </Connect>\n");
 }
 
-TEST_F(LogFile, TailIsOverwrittenNotRepeatedByTwoFlushesWithASeekBetween)
+TEST_F(LogLife, TailIsOverwrittenNotRepeatedByTwoFlushesWithASeekBetween)
 {
     const auto log = Make();
     log->StartLogging();
@@ -363,7 +363,7 @@ TEST_F(LogFile, TailIsOverwrittenNotRepeatedByTwoFlushesWithASeekBetween)
     EXPECT_EQ(WholeFile(), Header() + EndTag());
 }
 
-TEST_F(LogFile, WritersDoNotSeekByThemselves)
+TEST_F(LogLife, WritersDoNotSeekByThemselves)
 {
     const auto log = Make();
     log->StartLogging();
@@ -374,7 +374,7 @@ TEST_F(LogFile, WritersDoNotSeekByThemselves)
 
 // ---- Ending -------------------------------------------------------------------------------------
 
-TEST_F(LogFile, EndingDirectlyAfterStartingLeavesOneRootEndTag)
+TEST_F(LogLife, EndingDirectlyAfterStartingLeavesOneRootEndTag)
 {
     const auto log = Make();
     log->StartLogging();
@@ -382,7 +382,7 @@ TEST_F(LogFile, EndingDirectlyAfterStartingLeavesOneRootEndTag)
     EXPECT_EQ(WholeFile(), Header() + EndTag());
 }
 
-TEST_F(LogFile, EndingOverALongerProvisionalTailLeavesItsRemainingBytes)
+TEST_F(LogLife, EndingOverALongerProvisionalTailLeavesItsRemainingBytes)
 {
     const auto log = Make();
     log->StartLogging();
@@ -396,7 +396,7 @@ ationFactories>
 )");
 }
 
-TEST_F(LogFile, EndingTwiceChangesNothing)
+TEST_F(LogLife, EndingTwiceChangesNothing)
 {
     const auto log = Make();
     log->StartLogging();
@@ -405,14 +405,14 @@ TEST_F(LogFile, EndingTwiceChangesNothing)
     EXPECT_EQ(WholeFile(), Header() + EndTag());
 }
 
-TEST_F(LogFile, EndingBeforeStartingTouchesNoFile)
+TEST_F(LogLife, EndingBeforeStartingTouchesNoFile)
 {
     const auto log = Make();
     EXPECT_NO_THROW(log->EndLogging());
     EXPECT_TRUE(fs::is_empty("."));
 }
 
-TEST_F(LogFile, RestartWritesTheFileAnewAndCountsCallsFromOne)
+TEST_F(LogLife, RestartWritesTheFileAnewAndCountsCallsFromOne)
 {
     const auto log = Make();
     log->StartLogging();
@@ -434,7 +434,7 @@ TEST_F(LogFile, RestartWritesTheFileAnewAndCountsCallsFromOne)
 )"));
 }
 
-TEST_F(LogFile, RestartKeepsTheOpenCallAndThePlaceOfTheLastFlush)
+TEST_F(LogLife, RestartKeepsTheOpenCallAndThePlaceOfTheLastFlush)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -450,7 +450,7 @@ TEST_F(LogFile, RestartKeepsTheOpenCallAndThePlaceOfTheLastFlush)
     EXPECT_EQ(log.lastFilePos, place);
 }
 
-TEST_F(LogFile, DestructionWithoutEndLeavesTheFileAsTheLastFlushLeftIt)
+TEST_F(LogLife, DestructionWithoutEndLeavesTheFileAsTheLastFlushLeftIt)
 {
     {
         const auto log = Make();
@@ -463,7 +463,7 @@ TEST_F(LogFile, DestructionWithoutEndLeavesTheFileAsTheLastFlushLeftIt)
                                       "    </Connect>\n");
 }
 
-TEST_F(LogFile, DestructionClosesTheFile)
+TEST_F(LogLife, DestructionClosesTheFile)
 {
     {
         const auto log = Make();
@@ -474,12 +474,12 @@ TEST_F(LogFile, DestructionClosesTheFile)
 
 // ---- Write-secure mode off ----------------------------------------------------------------------
 
-TEST_F(LogFile, SecureModeIsOnAtFirst)
+TEST_F(LogLife, SecureModeIsOnAtFirst)
 {
     EXPECT_TRUE(OpenLog("trace", "CADI 2.0").writeSecure);
 }
 
-TEST_F(LogFile, InsecureLogHasNoRootEndTagNotEvenAtItsEnd)
+TEST_F(LogLife, InsecureLogHasNoRootEndTagNotEvenAtItsEnd)
 {
     const auto log = Make();
     log->SetWriteSecure(false);
@@ -493,7 +493,7 @@ TEST_F(LogFile, InsecureLogHasNoRootEndTagNotEvenAtItsEnd)
     EXPECT_EQ(WholeFile(), Header() + "    <d>1</d>\n");
 }
 
-TEST_F(LogFile, InsecureFlushEmptiesTheTailAndKeepsTheRememberedPlace)
+TEST_F(LogLife, InsecureFlushEmptiesTheTailAndKeepsTheRememberedPlace)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -503,7 +503,7 @@ TEST_F(LogFile, InsecureFlushEmptiesTheTailAndKeepsTheRememberedPlace)
     EXPECT_EQ(log.lastFilePos, static_cast<std::streamoff>(Header().size()));
 }
 
-TEST_F(LogFile, SecureModeCanBeTurnedOnAgainWithinALog)
+TEST_F(LogLife, SecureModeCanBeTurnedOnAgainWithinALog)
 {
     const auto log = Make();
     log->SetWriteSecure(false);
@@ -517,7 +517,7 @@ TEST_F(LogFile, SecureModeCanBeTurnedOnAgainWithinALog)
 
 // ---- Positions ----------------------------------------------------------------------------------
 
-TEST_F(LogFile, PutPositionIsMinusOneWhileNoFileIsOpen)
+TEST_F(LogLife, PutPositionIsMinusOneWhileNoFileIsOpen)
 {
     const auto log = Make();
     EXPECT_EQ(log->GetCurrentFilePointerPosition(), -1);
@@ -529,7 +529,7 @@ TEST_F(LogFile, PutPositionIsMinusOneWhileNoFileIsOpen)
     EXPECT_EQ(log->GetCurrentFilePointerPosition(), -1);
 }
 
-TEST_F(LogFile, RememberedPlaceIsMinusOneAfterAFailedOpen)
+TEST_F(LogLife, RememberedPlaceIsMinusOneAfterAFailedOpen)
 {
     const auto log = Make("missing/trace");
     CaptureStderr();
@@ -539,7 +539,7 @@ TEST_F(LogFile, RememberedPlaceIsMinusOneAfterAFailedOpen)
     EXPECT_EQ(log->GetCurrentFilePointerPosition(), -1);
 }
 
-TEST_F(LogFile, LayerSavesAndRestoresThePlaceAroundTextOfItsOwn)
+TEST_F(LogLife, LayerSavesAndRestoresThePlaceAroundTextOfItsOwn)
 {
     OpenLog log("trace", "CADI 2.0");
     log.StartLogging();
@@ -556,7 +556,7 @@ TEST_F(LogFile, LayerSavesAndRestoresThePlaceAroundTextOfItsOwn)
               Complete("    <!-- the layer's own text -->\n"));
 }
 
-TEST_F(LogFile, PositionsStayOutsideSecureMode)
+TEST_F(LogLife, PositionsStayOutsideSecureMode)
 {
     const auto log = Make();
     log->SetWriteSecure(false);
@@ -570,7 +570,7 @@ TEST_F(LogFile, PositionsStayOutsideSecureMode)
 
 // ---- Process id ---------------------------------------------------------------------------------
 
-TEST_F(LogFile, FileEndTagNamesLogAndProcess)
+TEST_F(LogLife, FileEndTagNamesLogAndProcess)
 {
     const auto log = Make();
     EXPECT_EQ(log->GetFileEndTag(), "</trace-4242>\n");
@@ -578,7 +578,7 @@ TEST_F(LogFile, FileEndTagNamesLogAndProcess)
     EXPECT_EQ(log->GetFileEndTag(), "</trace-7>\n");
 }
 
-TEST_F(LogFile, ProcessIdIsReadEachTimeItIsWritten)
+TEST_F(LogLife, ProcessIdIsReadEachTimeItIsWritten)
 {
     int next = 0;
     const auto stub = platform.getpid.Use([&] { return ++next; });
@@ -591,7 +591,7 @@ TEST_F(LogFile, ProcessIdIsReadEachTimeItIsWritten)
     EXPECT_EQ(FileText("trace-1.xml"), header + "</trace-4>\n");
 }
 
-TEST_F(LogFile, ProcessIdThatChangesMakesTheRootEndTagInTheFileCountAsAProvisionalTail)
+TEST_F(LogLife, ProcessIdThatChangesMakesTheRootEndTagInTheFileCountAsAProvisionalTail)
 {
     int process = 4242;
     const auto stub = platform.getpid.Use([&] { return process; });
@@ -607,7 +607,7 @@ TEST_F(LogFile, ProcessIdThatChangesMakesTheRootEndTagInTheFileCountAsAProvision
 
 // ---- Locale -------------------------------------------------------------------------------------
 
-TEST_F(LogFile, GlobalLocaleThatGroupsDigitsChangesNoNumber)
+TEST_F(LogLife, GlobalLocaleThatGroupsDigitsChangesNoNumber)
 {
     class Grouping : public std::numpunct<char>
     {
@@ -651,7 +651,7 @@ TEST_F(LogFile, GlobalLocaleThatGroupsDigitsChangesNoNumber)
 
 // ---- Names of factory errors --------------------------------------------------------------------
 
-TEST_F(LogFile, ConstructorMakesFourteenFactoryErrorNamesThatAllDiffer)
+TEST_F(LogLife, ConstructorMakesFourteenFactoryErrorNamesThatAllDiffer)
 {
     const OpenLog log("trace", "CADI 2.0");
     EXPECT_EQ(log.factoryErrorNames.size(), 14U);

@@ -3,7 +3,7 @@
 #include "LoggedCall.h"
 
 #include "layer/CallReader.h"
-#include "support/GeneratorTest.h"
+#include "layer/LayerTest.h"
 
 #include <cstring>
 #include <thread>
@@ -13,10 +13,9 @@ using namespace Scrivel2;
 namespace
 {
 
-class CallLogs : public ScrivelTest::ScratchTest
+class CallLogs : public ScrivelTest::LayerTest
 {
 protected:
-    static std::string RunFile(const std::string& body) { return Header("run") + body + EndTag("run"); }
     static std::string EndedRunFile(const std::string& body)
     {
         return RunFile(body + "\n<!-- Log ended -->\n\n");

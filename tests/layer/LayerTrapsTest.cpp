@@ -4,7 +4,7 @@
 #include "LoggedCall.h"
 
 #include "layer/CallReader.h"
-#include "support/GeneratorTest.h"
+#include "layer/LayerTest.h"
 
 #include <atomic>
 #include <csignal>
@@ -26,11 +26,8 @@ using ScrivelTest::ReadCalls;
 namespace
 {
 
-class Traps : public ScrivelTest::ScratchTest
+class Traps : public ScrivelTest::LayerTest
 {
-protected:
-    static std::string RunFile(const std::string& body) { return Header("run") + body + EndTag("run"); }
-    static std::string InRunFile() { return FileText("run-4242.xml"); }
 };
 
 // ---- The order of operations --------------------------------------------------------------------

@@ -3,7 +3,7 @@
 #include "LoggedCall.h"
 
 #include "layer/CallReader.h"
-#include "support/GeneratorTest.h"
+#include "layer/LayerTest.h"
 
 #include <stdexcept>
 #include <type_traits>
@@ -13,15 +13,13 @@ using namespace Scrivel2;
 namespace
 {
 
-class LoggedCalls : public ScrivelTest::ScratchTest
+class LoggedCalls : public ScrivelTest::LayerTest
 {
 protected:
-    static std::string RunFile(const std::string& body) { return Header("run") + body + EndTag("run"); }
     static std::string ConnectFile(const std::string& body)
     {
         return Header("connect") + body + EndTag("connect");
     }
-    static std::string InRunFile() { return FileText("run-4242.xml"); }
 
     RunLog log{"run"};
     ConnectLog connectLog{"connect"};

@@ -4,7 +4,7 @@
 
 #include "layer/CallReader.h"
 #include "layer/Environment.h"
-#include "support/GeneratorTest.h"
+#include "layer/LayerTest.h"
 
 #include <csignal>
 #include <cstring>
@@ -27,7 +27,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-class NumberedFiles : public ScrivelTest::ScratchTest
+class NumberedFiles : public ScrivelTest::LayerTest
 {
 protected:
     static LogOptions Limit(std::uint64_t size)
@@ -65,7 +65,6 @@ protected:
     }
 
     static std::string Comment(const std::string& text) { return "\n<!-- " + text + " -->\n\n"; }
-    static std::string File(const std::string& body) { return Header("run") + body + EndTag("run"); }
 };
 
 using Numbers = std::vector<std::set<unsigned int>>;
@@ -78,11 +77,11 @@ TEST_F(NumberedFiles, FullFileNamesTheNextOneInWhichTheNumbersOfCallsGoOn)
     }
     log.EndLogging();
     EXPECT_EQ(log.FileName(), "run-4242.xml");
-    EXPECT_EQ(FileText("run-4242.xml"), File(Call(1) + Comment("Log continued in run-4242.2.xml")));
-    EXPECT_EQ(FileText("run-4242.2.xml"), File(Comment("Log continued from run-4242.xml") + Call(2) +
-                                               Comment("Log continued in run-4242.3.xml")));
+    EXPECT_EQ(FileText("run-4242.xml"), RunFile(Call(1) + Comment("Log continued in run-4242.2.xml")));
+    EXPECT_EQ(FileText("run-4242.2.xml"), RunFile(Comment("Log continued from run-4242.xml") + Call(2) +
+                                                  Comment("Log continued in run-4242.3.xml")));
     EXPECT_EQ(FileText("run-4242.3.xml"),
-              File(Comment("Log continued from run-4242.2.xml") + Call(3) + Comment("Log ended")));
+              RunFile(Comment("Log continued from run-4242.2.xml") + Call(3) + Comment("Log ended")));
 }
 
 TEST_F(NumberedFiles, FileIsFullOnceItHasTheSize)
@@ -152,20 +151,20 @@ TEST_F(NumberedFiles, CallThatStaysOpenGoesOnInTheNextFileAtTwiceTheSize)
         const LoggedCall next(log, "c");
     }
     open.Results([](auto& xml) { xml.WriteDecimal("r", 1); });
-    EXPECT_EQ(FileText("run-4242.xml"), File("    <open call_num=\"1\"\n"
-                                             "     call_time=\"0.000000 s\"\n"
-                                             "     threadId=\"1234\">\n"
-                                             "        <a>" +
-                                             std::string(1900, 'a') +
-                                             "</a>\n"
-                                             "    </open>\n" +
-                                             Comment("Log continued in run-4242.2.xml")));
-    EXPECT_EQ(FileText("run-4242.2.xml"), File(Comment("Log continued from run-4242.xml") + Call(2) +
-                                               Comment("Continuing call 1 (\"open\")") +
-                                               "    <open call_num=\"1\">\n"
-                                               "        <return_time>0.000000 s</return_time>\n"
-                                               "        <r>1</r>\n"
-                                               "    </open>\n"));
+    EXPECT_EQ(FileText("run-4242.xml"), RunFile("    <open call_num=\"1\"\n"
+                                                "     call_time=\"0.000000 s\"\n"
+                                                "     threadId=\"1234\">\n"
+                                                "        <a>" +
+                                                std::string(1900, 'a') +
+                                                "</a>\n"
+                                                "    </open>\n" +
+                                                Comment("Log continued in run-4242.2.xml")));
+    EXPECT_EQ(FileText("run-4242.2.xml"), RunFile(Comment("Log continued from run-4242.xml") + Call(2) +
+                                                  Comment("Continuing call 1 (\"open\")") +
+                                                  "    <open call_num=\"1\">\n"
+                                                  "        <return_time>0.000000 s</return_time>\n"
+                                                  "        <r>1</r>\n"
+                                                  "    </open>\n"));
 }
 
 TEST_F(NumberedFiles, ArgumentsOfACallMayComeInTheNextFile)
@@ -221,8 +220,8 @@ TEST_F(NumberedFiles, NumberThatIsInUseIsLeftOut)
         const LoggedCall call(log, "c");
     }
     EXPECT_EQ(FileText("run-4242.2.xml"), "<old/>");
-    EXPECT_EQ(FileText("run-4242.xml"), File(Call(1) + Comment("Log continued in run-4242.3.xml")));
-    EXPECT_EQ(FileText("run-4242.3.xml"), File(Comment("Log continued from run-4242.xml") + Call(2)));
+    EXPECT_EQ(FileText("run-4242.xml"), RunFile(Call(1) + Comment("Log continued in run-4242.3.xml")));
+    EXPECT_EQ(FileText("run-4242.3.xml"), RunFile(Comment("Log continued from run-4242.xml") + Call(2)));
 }
 
 TEST_F(NumberedFiles, StandInTheFolderOfTheFirstWhereverTheProcessGoes)
