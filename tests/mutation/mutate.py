@@ -12,6 +12,7 @@ fault is missed or no longer fits the sources.
 
 import argparse
 import concurrent.futures
+import contextlib
 import json
 import os
 import queue
@@ -79,23 +80,50 @@ def chosen(faults, selection):
     return [fault for fault in faults if not numbers or fault.number in numbers]
 
 
-def limit_memory():
-    resource.setrlimit(resource.RLIMIT_AS, (BYTES_A_PROGRAM, BYTES_A_PROGRAM))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+# What runs now. Each leads a process group of its own, which nothing ends unless this script does.
+running = set()
+
+
+def limited(seconds):
+    """Limits that hold for a program and all that it starts, also when this script is gone."""
+    def limit():
+        resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+        resource.setrlimit(resource.RLIMIT_AS, (BYTES_A_PROGRAM, BYTES_A_PROGRAM))
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    return limit
+
+
+def kill(process):
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(process.pid, signal.SIGKILL)
 
 
 def run(command, folder, seconds=SECONDS_A_PROGRAM):
     """Status and output of a command; null status when it had to be ended."""
     process = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                stderr=subprocess.STDOUT, text=True, errors="replace",
-                               start_new_session=True, preexec_fn=limit_memory)
+                               start_new_session=True, preexec_fn=limited(seconds))
+    running.add(process)
     try:
         output, _ = process.communicate(timeout=seconds)
         return process.returncode, output
     except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
+        kill(process)
         process.communicate()
         return None, ""
+    finally:
+        running.discard(process)
+
+
+def end_when_told(scratch):
+    """Lets a signal that ends this script end what it has started, and clear away its copies."""
+    def end(number, _):
+        for process in list(running):
+            kill(process)
+        shutil.rmtree(scratch, ignore_errors=True)
+        os._exit(128 + number)
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, end)
 
 
 class DoesNotBuild(Exception):
@@ -200,6 +228,7 @@ def main():
 
     missed = []
     with tempfile.TemporaryDirectory(prefix="scrivel-mutate-") as scratch:
+        end_when_told(scratch)
         places = queue.Queue()
         for i in range(min(options.j, len(faults))):
             places.put(Workplace(Path(scratch) / str(i), options.E))
