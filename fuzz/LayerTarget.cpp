@@ -200,7 +200,7 @@ private:
         calls.erase(ending);
     }
 
-    /// Writes some values through the guard; sometimes the callable throws behind them, and they are
+    /// Writes some values through the guard; sometimes the callable throws after them, and they are
     /// blanked out.
     template <typename Give>
     void Write(unsigned int number, Give give)

@@ -1,4 +1,4 @@
-// The classic C locale, for one thread and a while. Tested by tests/layer/TrapsTest.cpp.
+// The classic C locale, for one thread and a while. Tested by tests/layer/LayerTrapsTest.cpp.
 
 #include "scrivel/ClassicLocale.h"
 

@@ -1,5 +1,5 @@
 // How many forks this process is away from the first. Tested by the forked children of
-// tests/layer/TrapsTest.cpp.
+// tests/layer/LayerTrapsTest.cpp.
 
 #include "scrivel/ForkCount.h"
 

@@ -47,7 +47,7 @@ public:
 
     // ---- Frame operations ---------------------------------------------------------------------
 
-    /// As the generator's own, and the root end tag behind the provisional end tag of an open call.
+    /// As the generator's own, and the root end tag after the provisional end tag of an open call.
     void FlushOutput(bool finalTag, std::string callName) override
     {
         endsInCallTag = !finalTag;
@@ -62,10 +62,10 @@ public:
             const LogStream::FlushHold hold(this->logFile);
             Generator::FlushOutput(false, std::move(callName));
         }
-        const auto behindCallTag = this->logFile.tellp();
+        const auto afterCallTag = this->logFile.tellp();
         this->logFile.Append(this->FileEndTag());
         this->logFile.flush();
-        this->logFile.seekp(behindCallTag);
+        this->logFile.seekp(afterCallTag);
     }
 
     void WriteCloseInterruptedFunction(std::string callName) override

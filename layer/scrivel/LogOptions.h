@@ -36,10 +36,9 @@ struct LogOptions
     /// turns every log off, SCRIVEL_LOG=on every log on.
     bool on = true;
 
-    /// The calls that are logged, by their names: any number of patterns with commas between them, in
-    /// which
-    /// "*" stands for any characters and "?" for one. A call is logged when it fits one of them, or there
-    /// is none, and fits none of those that begin with "!". Calls that are left out have no number.
+    /// The calls that are logged, by their names: any number of patterns with commas between them. "*"
+    /// stands for any characters, "?" for one. A call is logged when it fits one of them, or there is
+    /// none, and fits none of those that begin with "!". Calls that are left out have no number.
     /// SCRIVEL_LOG_CALLS takes the place of this.
     ///
     ///     CADIMem*,CADIReg*            of memory and registers

@@ -322,7 +322,7 @@ TEST_F(CallFrame, ContinuingWithoutAFlushSinceOverwritesTheCallInSecureMode)
     log->WriteDecimal("port", 1);
     Continue(*log, 1, "Connect");
     log->FlushOutput(true, "");
-    // What is left of the start tag and its argument stands behind the root end tag.
+    // What is left of the start tag and its argument stands after the root end tag.
     EXPECT_EQ(WholeFile(), Header() + R"(        <return_time>0.200000 s</return_time>
 </trace-4242>
 ort>1</port>
@@ -349,7 +349,7 @@ TEST_F(CallFrame, InterruptedCallKeepsItsProvisionalEndTagAndIsMarked)
     log->IncCallNo();
     log->WriteDetailedIdent("ModeChange");
     log->FlushOutput(false, "ModeChange");
-    // The comment is not remembered as a place to write on: the text goes on behind it.
+    // The comment is not remembered as a place to write on: the text goes on after it.
     EXPECT_EQ(WholeFile(), Header() + run +
                                "    <ModeChange call_num=\"2\" call_time=\"0.200000 s\">\n"
                                "    </ModeChange>\n");

@@ -203,7 +203,7 @@ private:
     }
 
     /// Whether a write covers the end of the old document and at most the opening of an instruction
-    /// behind it, which may stand a few newlines further on.
+    /// after it, which may stand a few newlines further on.
     bool ReplacesTail(const Step& step, const std::string& file) const
     {
         constexpr std::size_t mostBehind = 9;

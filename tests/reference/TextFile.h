@@ -14,7 +14,7 @@
 namespace ScrivelTest
 {
 
-/// A string with a put position. Text behind the end leaves a hole of zeros.
+/// A string with a put position. Text after the end leaves a hole of zeros.
 class TextFileBuffer : public std::streambuf
 {
 public:
@@ -36,7 +36,7 @@ protected:
             return 0;
         }
         if (length == 0) {
-            return 0;  // behind the end of the file no text makes no hole
+            return 0;  // after the end of the file no text makes no hole
         }
         const auto count = static_cast<std::size_t>(length);
         text.resize(std::max(text.size(), position + count), '\0');

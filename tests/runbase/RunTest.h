@@ -63,7 +63,7 @@ protected:
                   "    <value>" + text + "</value>\n    <next>255</next>\n");
     }
 
-    /// So have the first value behind the table, and values far from it.
+    /// So have the first value after the table, and values far from it.
     template <typename Enumeration, typename Writer>
     static void ExpectMessages(Writer write, std::int64_t first, const std::string& message,
                                const std::string& firstDigits)

@@ -15,7 +15,7 @@
 namespace ScrivelTest
 {
 
-/// Fills a text field: the text, its NUL, and behind it characters that must never be read.
+/// Fills a text field: the text, its NUL, and after it characters that must never be read.
 template <std::size_t size>
 void SetText(char (&field)[size], std::string_view text)
 {

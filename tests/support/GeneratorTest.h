@@ -96,7 +96,7 @@ protected:
     }
 
     /// What `write` writes, starting at depth 1 inside the root element. The log is secure, the put
-    /// position stands behind the header, and nothing is added but the root end tag.
+    /// position stands after the header, and nothing is added but the root end tag.
     template <typename Made = Generator, typename Write>
     static std::string Written(Write write)
     {
