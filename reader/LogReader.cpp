@@ -433,7 +433,7 @@ private:
     {
         if (depth < 3 || broken)
             return;
-        if (depth == 3 && direct.size() <= longestStatus)
+        if (depth == 3 && mayBeTimeOrStatus && direct.size() <= longestStatus)
             direct.append(text.substr(0, longestStatus + 1));
         if (options.contents && child != Child::None)
             Contents().AddText(text, options.limits);
@@ -691,21 +691,21 @@ private:
     {
         direct.clear();
         directIsLeaf = true;
-        mayBeReturnTime = child == Child::Call && !call->Returned() && name == Words::returnTime;
+        mayBeTimeOrStatus = child == Child::Call && (call->Returned() || name == Words::returnTime);
     }
 
     void EndDirect()
     {
-        if (child != Child::Call || !directIsLeaf)
+        if (!mayBeTimeOrStatus || !directIsLeaf)
             return;
-        if (mayBeReturnTime) {
+        if (!call->Returned()) {
             const std::optional<Time> time = ParseTime(direct);
             if (!time)
                 return;
             if (options.contents)
                 call->arguments.DropLast();
             call->returnTime = time;
-        } else if (call->Returned() && direct.size() <= longestStatus && IsStatus(direct)) {
+        } else if (direct.size() <= longestStatus && IsStatus(direct)) {
             call->status = direct;
         }
     }
@@ -753,7 +753,7 @@ private:
 
     std::string direct;
     bool directIsLeaf = false;
-    bool mayBeReturnTime = false;
+    bool mayBeTimeOrStatus = false;
 
     std::vector<std::unique_ptr<Call>> open;  // in order of entry
     std::vector<std::unique_ptr<Call>> spare;

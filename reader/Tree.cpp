@@ -17,7 +17,14 @@ constexpr std::size_t mostInATree = 0xf0000000;  // positions have 32 bits
 
 bool IsBlank(std::string_view text)
 {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    // By eights: the indent is much of a log.
+    constexpr std::string_view indent = "        ";
+    std::size_t at = text.substr(0, 1) == "\n" ? 1 : 0;
+    while (text.size() - at >= indent.size() && text.compare(at, indent.size(), indent) == 0) {
+        at += indent.size();
+    }
+    return std::all_of(text.begin() + std::ptrdiff_t(at), text.end(),
+                       [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
 int HexDigit(char c)
@@ -43,59 +50,12 @@ int ByteOf(std::string_view text)
 
 // ---- Walking it -----------------------------------------------------------------------------------
 
-std::string_view Tree::NameOf(const Record& record) const
-{
-    return {pool.data() + record.name, record.nameLength};
-}
-
-std::string_view Tree::Element::Name() const
-{
-    return tree->NameOf(tree->records[index]);
-}
-
-Tree::Kind Tree::Element::What() const
-{
-    return tree->records[index].kind;
-}
-
-std::string_view Tree::Element::Text() const
-{
-    const Record& record = tree->records[index];
-    return {tree->pool.data() + record.text, record.textLength};
-}
-
-std::uint64_t Tree::Element::Count() const
-{
-    return tree->records[index].count;
-}
-
-bool Tree::Element::IsCut() const
-{
-    return tree->records[index].cut;
-}
-
-Tree::Elements Tree::Element::Children() const
-{
-    return {tree, index + 1, tree->records[index].end};
-}
-
 Tree::Element Tree::Element::Find(std::string_view name) const
 {
     for (Element child : Children())
         if (child.Name() == name)
             return child;
     return {nullptr, 0};
-}
-
-Tree::Elements::Iterator& Tree::Elements::Iterator::operator++()
-{
-    index = tree->records[index].end;
-    return *this;
-}
-
-Tree::Elements Tree::Top() const
-{
-    return {this, 0, std::uint32_t(records.size())};
 }
 
 Tree::Element Tree::Find(std::string_view name) const

@@ -27,6 +27,15 @@ bool StartsWith(std::string_view text, std::string_view begin)
     return text.substr(0, begin.size()) == begin;
 }
 
+void MakePrintable(std::string& text, std::size_t from)
+{
+    for (; from < text.size(); ++from) {
+        if (static_cast<unsigned char>(text[from]) < ' ' || text[from] == 0x7f) {
+            text[from] = '?';
+        }
+    }
+}
+
 /// Whether a value is an enumerator that says enough without its field's name.
 std::string_view Enumerator(std::string_view text)
 {
@@ -37,71 +46,158 @@ std::string_view Enumerator(std::string_view text)
 }
 
 /// 0x0000000040000000 -> 0x40000000
-std::string ShortNumber(std::string_view text)
+void AddShortNumber(std::string& out, std::string_view text)
 {
-    const auto number = ParseLogNumber(text);
-    if (!number || text.size() < 10)
-        return std::string(text);
+    constexpr std::size_t shortEnough = 9;
+    const auto number = text.size() > shortEnough ? ParseLogNumber(text) : std::nullopt;
+    if (!number) {
+        out.append(text);
+        return;
+    }
     char digits[16];
     char* const end = std::to_chars(std::begin(digits), std::end(digits), *number, 16).ptr;
-    return "0x" + std::string(std::begin(digits), end);
+    out.append("0x").append(digits, end);
 }
 
-std::string BytesText(Tree::Element bytes)
+void AddBytes(std::string& out, Tree::Element bytes)
 {
     constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
+    bool isFirst = true;
     for (const char byte : bytes.Text().substr(0, mostBytesShown)) {
         const auto value = static_cast<unsigned char>(byte);
-        if (!text.empty())
-            text += ' ';
-        text.append(1, digits[value / 16]).append(1, digits[value % 16]);
+        if (!isFirst) {
+            out += ' ';
+        }
+        isFirst = false;
+        out += digits[value / 16];
+        out += digits[value % 16];
     }
-    if (bytes.Count() > mostBytesShown)
-        text += " ... (" + std::to_string(bytes.Count()) + " bytes)";
-    return text;
+    if (bytes.Count() > mostBytesShown) {
+        out += " ... (" + std::to_string(bytes.Count()) + " bytes)";
+    }
 }
 
-std::string ValueText(Tree::Element element, std::size_t room);
-
-std::string NamedText(Tree::Element element, std::size_t room)
+/// Where in an element an address is, and in a register's value what of it.
+struct Address
 {
-    if (const auto text = AddressText(element))
-        return *text;
-    if (const auto text = RegisterText(element))
-        return *text;
-    if (const std::string_view name = Enumerator(element.Text()); !name.empty())
-        return std::string(name);
+    Tree::Element id;
+    Tree::Element name;
+    Tree::Element address;
+};
+
+std::optional<Address> FindAddress(Tree::Element element)
+{
+    if (element.What() != Tree::Kind::Elements) {
+        return {};
+    }
+    const Tree::Element location = element.Find("location");
+    const Tree::Element place = location.Exists() ? location : element;
+    const Address found{place.Find("spaceId"), place.Find("spaceName"), place.Find("addr")};
+    return found.address.Exists() && found.id.Exists() ? std::make_optional(found) : std::nullopt;
+}
+
+void Add(std::string& out, const Address& address)
+{
+    const std::size_t begin = out.size();
+    const bool hasName = address.name.Exists() && !address.name.Text().empty() &&
+                         !StartsWith(address.name.Text(), "unknown ");
+    out.append(hasName ? address.name.Text() : address.id.Text());
+    MakePrintable(out, begin);
+    out += ':';
+    AddShortNumber(out, address.address.Text());
+}
+
+struct Register
+{
+    Tree::Element number;
+    Tree::Element bytes;
+};
+
+std::optional<Register> FindRegister(Tree::Element element)
+{
+    if (element.What() != Tree::Kind::Elements) {
+        return {};
+    }
+    const Register found{element.Find("regNumber"), element.Find("bytes")};
+    return found.number.Exists() && found.bytes.Exists() ? std::make_optional(found) : std::nullopt;
+}
+
+void Add(std::string& out, std::string_view name, const Register& found)
+{
+    if (name == "reg") {
+        out.append("r").append(found.number.Text());
+    } else {
+        out.append(name);
+    }
+    out += '=';
+    AddShortNumber(out, found.bytes.Text());
+}
+
+void AddValue(std::string& out, Tree::Element element, std::size_t room);
+
+bool BeginsWithRegister(Tree::Element element)
+{
     const Tree::Elements children = element.Children();
-    if (!children.Empty() && RegisterText(*children.begin()))
-        return ValueText(element, room);
-    return std::string(element.Name()) + "=" + ValueText(element, room);
+    return !children.Empty() && FindRegister(*children.begin());
 }
 
-std::string ValueText(Tree::Element element, std::size_t room)
+void AddNamed(std::string& out, Tree::Element element, std::size_t room)
 {
-    if (element.What() == Tree::Kind::Bytes)
-        return BytesText(element);
-    if (element.What() == Tree::Kind::Text)
-        return ShortNumber(element.Text().substr(0, room)) +
-               (element.Text().size() > room || element.IsCut() ? "..." : "");
+    if (const auto address = FindAddress(element)) {
+        Add(out, *address);
+    } else if (const auto found = FindRegister(element)) {
+        Add(out, element.Name(), *found);
+    } else if (const std::string_view name = Enumerator(element.Text()); !name.empty()) {
+        out.append(name);
+    } else {
+        if (!BeginsWithRegister(element)) {
+            out.append(element.Name()).append("=");
+        }
+        AddValue(out, element, room);
+    }
+}
 
-    const bool isRegisters = !element.Children().Empty() && RegisterText(*element.Children().begin());
-    std::string text;
+void AddValue(std::string& out, Tree::Element element, std::size_t room)
+{
+    if (element.What() == Tree::Kind::Bytes) {
+        AddBytes(out, element);
+        return;
+    }
+    if (element.What() == Tree::Kind::Text) {
+        AddShortNumber(out, element.Text().substr(0, room));
+        if (element.Text().size() > room || element.IsCut()) {
+            out += "...";
+        }
+        return;
+    }
+
+    const bool isRegisters = BeginsWithRegister(element);
+    if (!isRegisters) {
+        out += '{';
+    }
+    const std::size_t begin = out.size();
     std::size_t count = 0;
     for (Tree::Element child : element.Children()) {
-        if (count != 0)
-            text += isRegisters ? " " : ", ";
-        if (count == mostItemsShown || text.size() > room) {
-            text += "... (" + std::to_string(element.Count()) + ")";
+        if (count != 0) {
+            out += isRegisters ? " " : ", ";
+        }
+        const std::size_t used = out.size() - begin;
+        if (count == mostItemsShown || used > room) {
+            out += "... (" + std::to_string(element.Count()) + ")";
             break;
         }
         ++count;
+        const std::size_t left = room - std::min(room, used);
         const bool isItem = child.Name() == "value" || child.Name() == element.Name();
-        text += isItem && !RegisterText(child) ? ValueText(child, room - std::min(room, text.size()))
-                                               : NamedText(child, room - std::min(room, text.size()));
+        if (isItem && !FindRegister(child)) {
+            AddValue(out, child, left);
+        } else {
+            AddNamed(out, child, left);
+        }
     }
-    return isRegisters ? text : "{" + text + "}";
+    if (!isRegisters) {
+        out += '}';
+    }
 }
 
 /// A number with a decimal point in front of its last digits: 1255, 2 -> 12.55
@@ -125,64 +221,73 @@ std::size_t Columns(std::string_view text)
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
 }
 
-std::string PadLeft(const std::string& text, std::size_t columns)
+void AddRight(std::string& out, std::string_view text, std::size_t columns)
 {
     const std::size_t own = Columns(text);
-    return own < columns ? std::string(columns - own, ' ') + text : text;
+    out.append(columns - std::min(columns, own), ' ').append(text);
+}
+
+/// What tree holds, as ElementsText says, after what is in the text already.
+void AddElements(std::string& text, const Tree& tree, bool results)
+{
+    const std::size_t begin = text.size();
+    for (Tree::Element element : tree.Top()) {
+        const std::string_view value = element.Text();
+        if (results &&
+            (StartsWith(value, "CADI_STATUS_") || StartsWith(value, "Invalid return type: "))) {
+            continue;
+        }
+        if (element.Name() == "regCount" && value == "1") {
+            continue;
+        }
+        const std::size_t used = text.size() - begin;
+        if (used > longestText) {
+            text += ", ...";
+            break;
+        }
+        if (used != 0) {
+            text += ", ";
+        }
+        AddNamed(text, element, longestText - std::min(longestText, text.size() - begin));
+    }
+    MakePrintable(text, begin);
 }
 
 }  // namespace
 
 std::optional<std::string> AddressText(Tree::Element element)
 {
-    const Tree::Element location = element.Find("location");
-    const Tree::Element place = location.Exists() ? location : element;
-    const Tree::Element address = place.Find("addr");
-    const Tree::Element id = place.Find("spaceId");
-    if (!address.Exists() || !id.Exists())
+    const auto address = FindAddress(element);
+    if (!address) {
         return {};
-    const Tree::Element name = place.Find("spaceName");
-    const bool hasName = name.Exists() && !name.Text().empty() && !StartsWith(name.Text(), "unknown ");
-    return Printable(std::string(hasName ? name.Text() : id.Text())) + ":" + ShortNumber(address.Text());
+    }
+    std::string text;
+    Add(text, *address);
+    return text;
 }
 
 std::optional<std::string> RegisterText(Tree::Element element)
 {
-    const Tree::Element number = element.Find("regNumber");
-    const Tree::Element bytes = element.Find("bytes");
-    if (!number.Exists() || !bytes.Exists())
+    const auto found = FindRegister(element);
+    if (!found) {
         return {};
-    const std::string name =
-        element.Name() == "reg" ? "r" + std::string(number.Text()) : std::string(element.Name());
-    return name + "=" + ShortNumber(bytes.Text());
+    }
+    std::string text;
+    Add(text, element.Name(), *found);
+    return text;
 }
 
 std::string Printable(std::string text)
 {
-    for (char& c : text)
-        if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
-            c = '?';
+    MakePrintable(text, 0);
     return text;
 }
 
 std::string ElementsText(const Tree& tree, bool results)
 {
     std::string text;
-    for (Tree::Element element : tree.Top()) {
-        const std::string_view value = element.Text();
-        if (results && (StartsWith(value, "CADI_STATUS_") || StartsWith(value, "Invalid return type: ")))
-            continue;
-        if (element.Name() == "regCount" && value == "1")
-            continue;
-        if (text.size() > longestText) {
-            text += ", ...";
-            break;
-        }
-        if (!text.empty())
-            text += ", ";
-        text += NamedText(element, longestText - std::min(longestText, text.size()));
-    }
-    return Printable(std::move(text));
+    AddElements(text, tree, results);
+    return text;
 }
 
 std::string CallText(const Call& call)
@@ -242,17 +347,32 @@ std::string DurationText(std::optional<std::int64_t> nanoseconds)
 std::string CallLine(const Call& call, const Terminal& terminal)
 {
     const std::string status = StatusText(call);
-    const std::string number = PadLeft(NumberText(call), 4);
-    const std::string times =
-        "  " + PadLeft(TimeText(call.callTime), 8) + "  " + PadLeft(DurationText(call.Took()), 9) + " ";
+    std::string number;
+    AddRight(number, NumberText(call), 4);
+    std::string times;
+    times.reserve(32);
+    times += "  ";
+    AddRight(times, TimeText(call.callTime), 8);
+    times += "  ";
+    AddRight(times, DurationText(call.Took()), 9);
+    times += ' ';
     std::string thread = call.thread == 0 ? "" : "T" + std::to_string(call.thread) + " ";
     std::string indent;
     if (!call.ancestors.empty())
         indent = std::string(std::min<std::size_t>(call.ancestors.size(), 8) * 2 - 1, ' ') + "└ ";
 
-    std::string rest = "(" + ElementsText(call.arguments, false) + ")";
-    if (const std::string results = ElementsText(call.results, true); !results.empty())
-        rest += " -> " + results;
+    constexpr std::string_view arrow = " -> ";
+    std::string rest;
+    rest.reserve(2 * longestText);
+    rest += '(';
+    AddElements(rest, call.arguments, false);
+    rest += ')';
+    rest += arrow;
+    const std::size_t withoutResults = rest.size();
+    AddElements(rest, call.results, true);
+    if (rest.size() == withoutResults) {
+        rest.resize(withoutResults - arrow.size());
+    }
 
     const std::size_t before =
         number.size() + Columns(times) + thread.size() + Columns(indent) + call.name.size();
@@ -263,19 +383,23 @@ std::string CallLine(const Call& call, const Terminal& terminal)
         std::size_t cut = std::max(room, leastRoom) - 3;
         while (cut > 0 && (static_cast<unsigned char>(rest[cut]) & 0xc0) == 0x80)
             --cut;
-        rest = rest.substr(0, cut) + "...";
+        rest.resize(cut);
+        rest += "...";
     }
-    std::string line = number + terminal.Styled(Style::Quiet, times) + thread + indent +
-                       terminal.Styled(Style::Name, Printable(call.name)) + rest;
+    std::string line;
+    line.reserve(terminal.Width() + 64);
+    line.append(number).append(terminal.Styled(Style::Quiet, times)).append(thread).append(indent);
+    line.append(terminal.Styled(Style::Name, Printable(call.name))).append(rest);
     if (!status.empty()) {
         const bool isBad = call.Failed() || !call.Returned();
         const std::size_t used = before + Columns(rest);
         const std::size_t column =
             terminal.Width() > used + after ? terminal.Width() - status.size() : used + 2;
-        line += std::string(column - used, ' ') +
-                terminal.Styled(isBad ? Style::Failure : Style::Quiet, status);
+        line.append(column - used, ' ');
+        line.append(terminal.Styled(isBad ? Style::Failure : Style::Quiet, status));
     }
-    return line + "\n";
+    line += '\n';
+    return line;
 }
 
 Tree::Limits LineLimits()

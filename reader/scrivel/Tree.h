@@ -147,6 +147,55 @@ private:
     std::size_t skipped = 0;  ///< levels of elements that are being left out
 };
 
+// ---- What is looked at for every element of a log -------------------------------------------------
+
+inline std::string_view Tree::NameOf(const Record& record) const
+{
+    return {pool.data() + record.name, record.nameLength};
+}
+
+inline std::string_view Tree::Element::Name() const
+{
+    return tree->NameOf(tree->records[index]);
+}
+
+inline Tree::Kind Tree::Element::What() const
+{
+    return tree->records[index].kind;
+}
+
+inline std::string_view Tree::Element::Text() const
+{
+    const Record& record = tree->records[index];
+    return {tree->pool.data() + record.text, record.textLength};
+}
+
+inline std::uint64_t Tree::Element::Count() const
+{
+    return tree->records[index].count;
+}
+
+inline bool Tree::Element::IsCut() const
+{
+    return tree->records[index].cut;
+}
+
+inline Tree::Elements Tree::Element::Children() const
+{
+    return {tree, index + 1, tree->records[index].end};
+}
+
+inline Tree::Elements::Iterator& Tree::Elements::Iterator::operator++()
+{
+    index = tree->records[index].end;
+    return *this;
+}
+
+inline Tree::Elements Tree::Top() const
+{
+    return {this, 0, std::uint32_t(records.size())};
+}
+
 }  // namespace ScrivelReader
 
 #endif
