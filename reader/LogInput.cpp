@@ -211,21 +211,30 @@ std::unique_ptr<LogInput> OpenLog(const std::string& path, std::string& error)
     return std::make_unique<CompressedInput>(std::move(file), std::move(decompressor));
 }
 
+int MakeUnnamedFile(std::string& error)
+{
+    const char* folder = std::getenv("TMPDIR");
+    std::string name =
+        std::string(folder == nullptr || *folder == '\0' ? "/tmp" : folder) + "/scrivel-XXXXXX";
+    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) {
+        error = "no temporary file: " + ErrorText(errno);
+    } else {
+        unlink(name.c_str());
+    }
+    return descriptor;
+}
+
 std::unique_ptr<LogInput> OpenLogAnywhere(const std::string& path, std::string& error)
 {
     std::unique_ptr<LogInput> input = OpenLog(path, error);
     if (input == nullptr || input->Descriptor())
         return input;
 
-    const char* folder = std::getenv("TMPDIR");
-    std::string name =
-        std::string(folder == nullptr || *folder == '\0' ? "/tmp" : folder) + "/scrivel-XXXXXX";
-    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+    const int descriptor = MakeUnnamedFile(error);
     if (descriptor < 0) {
-        error = "no file for the decompressed log: " + ErrorText(errno);
         return nullptr;
     }
-    unlink(name.c_str());
     std::vector<char> buffer(64 * 1024);
     while (true) {
         const std::optional<std::size_t> got = input->Read(buffer.data(), buffer.size());

@@ -20,13 +20,6 @@ using namespace ScrivelReader;
 namespace
 {
 
-/// One call's line, and whether the filter chose it or it stands by for the context.
-struct Line
-{
-    std::string text;
-    bool chosen = false;
-};
-
 class Calls final : public Action
 {
 public:
@@ -58,8 +51,11 @@ public:
                 options.limits = LineLimits();
             const auto end = ReadLog(path, log, options, terminal);
             log.PrintLast();
-            trouble = trouble || !end || !end->isLog;
+            trouble = trouble || !end || !end->isLog || !log.Error().empty();
             found = found || log.Found();
+            if (!log.Error().empty()) {
+                terminal.Error(path, {}, log.Error());
+            }
             if (end && !end->isLog)
                 terminal.Error(path, {}, "this is no log");
         }
@@ -97,6 +93,7 @@ private:
         }
 
         bool Found() const { return found; }
+        const std::string& Error() const { return order.Error(); }
 
         void PrintLast()
         {
@@ -150,7 +147,7 @@ private:
         Terminal& terminal;
         const std::string& path;
         bool toNameLog;
-        EntryOrder<Line> order;
+        EntryOrder order;
         std::deque<std::string> earlier;  // that may become context
         std::size_t toFollow = 0;
         std::deque<std::string> kept;  // for --last

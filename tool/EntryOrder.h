@@ -4,39 +4,63 @@
 #define SCRIVEL_TOOL_ENTRYORDER_H
 
 #include <cstdint>
+#include <cstdio>
 #include <deque>
 #include <functional>
+#include <map>
 #include <optional>
-#include <utility>
+#include <string>
 
 namespace ScrivelTool
 {
 
-template <typename Item>
+/// One call's line, and whether the filter chose it or it stands by for the context.
+struct Line
+{
+    std::string text;
+    bool chosen = false;
+};
+
+/// Lines wait for those of earlier calls that have not ended. A call may stay open through a whole log:
+/// lines that wait long wait in a file without a name, and memory stays as it is.
 class EntryOrder
 {
 public:
-    explicit EntryOrder(std::function<void(Item&&)> itsTake) : take(std::move(itsTake)) {}
+    explicit EntryOrder(std::function<void(Line&&)> itsTake) : take(std::move(itsTake)) {}
+    ~EntryOrder();
+    EntryOrder(const EntryOrder&) = delete;
+    EntryOrder& operator=(const EntryOrder&) = delete;
 
     /// Calls are entered one after another, as the reader counts them.
-    void Entered() { waiting.emplace_back(); }
+    void Entered();
     /// The call that was entered last never was one.
     void TakenBack() { waiting.pop_back(); }
-    /// Hands on this item and those after it, as far as all before them have ended.
-    void Ended(std::uint64_t entry, Item item)
-    {
-        waiting[std::size_t(entry - first)] = std::move(item);
-        while (!waiting.empty() && waiting.front()) {
-            take(std::move(*waiting.front()));
-            waiting.pop_front();
-            ++first;
-        }
-    }
+    /// Hands on this line and those after it, as far as all before them have ended.
+    void Ended(std::uint64_t entry, Line line);
+
+    /// Why lines are missing; empty when none is.
+    const std::string& Error() const { return error; }
 
 private:
-    std::function<void(Item&&)> take;
-    std::deque<std::optional<Item>> waiting;
-    std::uint64_t first = 0;  // the entry of the foremost
+    void MoveToFile();
+    bool Write(const std::optional<Line>& line);
+    bool TakeFromFile();
+    void Lose();
+
+    std::function<void(Line&&)> take;
+
+    // Entries, in their order:   [foremost, first) in the file   [first, ...) in waiting
+    std::uint64_t foremost = 0;
+    std::uint64_t first = 0;
+    std::deque<std::optional<Line>> waiting;
+    std::size_t bytes = 0;               // of the lines in waiting
+    std::map<std::uint64_t, Line> late;  // of calls that were open when they went into the file
+
+    std::FILE* file = nullptr;
+    bool noFile = false;
+    long readAt = 0;
+    long writeAt = 0;
+    std::string error;
 };
 
 }  // namespace ScrivelTool

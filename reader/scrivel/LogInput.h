@@ -38,6 +38,10 @@ std::unique_ptr<LogInput> OpenLog(const std::string& path, std::string& error);
 /// The same, decompressed into a file without a name when it can't be read at any place.
 std::unique_ptr<LogInput> OpenLogAnywhere(const std::string& path, std::string& error);
 
+/// A file for reading and writing that is gone when it is closed, in TMPDIR or /tmp. -1 when there is no
+/// place for it, and error says why.
+int MakeUnnamedFile(std::string& error);
+
 /// The logs that a path names: itself, or the .xml, .xml.gz and .xml.zst files in a folder and below,
 /// sorted by name. Nothing when the folder can't be read, and error says why.
 std::optional<std::vector<std::string>> LogsAt(const std::string& path, std::string& error);
