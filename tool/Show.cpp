@@ -128,6 +128,8 @@ public:
         logs.AddTo(options);
         logs.AddJsonTo(options);
         options.add_flag("--xml", xml, "its elements as they stand in the log");
+        options.add_flag("--scan", scan,
+                         "read the whole log: for line, thread, and every call it is within");
     }
 
     Exit Run(Terminal& terminal) override
@@ -146,7 +148,7 @@ public:
             const int descriptor = *input->Descriptor();
             const std::uint64_t size = input->Size().value_or(0);
             Finder finder(number);
-            bool within = FindNear(descriptor, size, finder);
+            const bool within = !scan && FindNear(descriptor, size, finder);
             std::optional<Finder> second;
             if (!within) {
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
@@ -157,14 +159,15 @@ public:
                 trouble = trouble || !end || !end->isLog;
             }
             const Finder& used = within ? finder : *second;
+            const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
                 found = true;
                 if (xml)
                     PrintXml(descriptor, call, terminal);
                 else if (logs.Json())
-                    PrintJson(call, path, terminal);
+                    PrintJson(call, path, isPart, terminal);
                 else
-                    Print(call, path, used, within && size > neighbourhood, terminal);
+                    Print(call, path, used, isPart, terminal);
             }
         }
         if (!found && !trouble)
@@ -222,10 +225,13 @@ private:
         }
     }
 
-    static void PrintJson(const Call& call, const std::string& path, Terminal& terminal)
+    static void PrintJson(const Call& call, const std::string& path, bool isPart, Terminal& terminal)
     {
         Json object = ToJson(call);
         object["log"] = path;
+        if (isPart) {
+            object["scanned"] = false;
+        }
         terminal.Print(JsonLine(object));
     }
 
@@ -264,6 +270,12 @@ private:
         if (!call.results.Empty())
             text += "results\n" + TreeText(call.results, terminal);
         text += Elsewhere(call, finder, isPart);
+        if (isPart) {
+            text +=
+                terminal.Styled(Style::Quiet, "the calls around it were read; --scan reads the whole log "
+                                              "for line, thread and parent") +
+                "\n";
+        }
         terminal.Print(text);
     }
 
@@ -296,6 +308,7 @@ private:
 
     std::uint64_t number = 0;
     bool xml = false;
+    bool scan = false;
     LogArguments logs;
 };
 

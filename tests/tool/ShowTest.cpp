@@ -105,4 +105,26 @@ TEST_F(Show, FindsEveryCallOfALongLog)
     EXPECT_EQ(Run({"show", "5001", "long.xml"}).status, 1);
 }
 
+TEST_F(Show, TellsOfALongLogWhatOnlyTheWholeOfItTells)
+{
+    Write("long.xml", LongLog(5000, 100));
+    const std::string near = Run({"show", "4000", "long.xml"}).out;
+    EXPECT_THAT(near, HasSubstr("\n  thread    2\n  log       long.xml, bytes "));
+    EXPECT_THAT(near, testing::EndsWith("\nthe calls around it were read; --scan reads the whole log for "
+                                        "line, thread and parent\n"));
+    EXPECT_THAT(Run({"show", "4000", "--json", "long.xml"}).out, HasSubstr("\"scanned\":false"));
+
+    const std::string scanned = Run({"show", "4000", "--scan", "long.xml"}).out;
+    EXPECT_THAT(scanned, HasSubstr("\n  thread    T1, 2\n  log       long.xml:"));
+    EXPECT_THAT(scanned, testing::Not(HasSubstr("--scan")));
+}
+
+TEST_F(Show, FindsEveryCallOfANumberByScanning)
+{
+    Write("long.xml", LongLog(5000, 100).replace(LongLog(5000, 100).find("call_num=\"5000\""), 15,
+                                                 "call_num=\"700\""));
+    EXPECT_THAT(Run({"show", "700", "long.xml"}).out, testing::StartsWith("call 700  A\n"));
+    EXPECT_THAT(Run({"show", "700", "--scan", "long.xml"}).out, HasSubstr("\ncall 700#2  A\n"));
+}
+
 }  // namespace
