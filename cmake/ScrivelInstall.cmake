@@ -7,12 +7,6 @@ if(SCRIVEL_INSTALL)
   set(SCRIVEL_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/ScrivelXmlGen)
 endif()
 
-if(SCRIVEL_CADI_INCLUDE_DIR STREQUAL "${PROJECT_SOURCE_DIR}/src/cadi")
-  set(SCRIVEL_CADI_IS_OURS ON)
-else()
-  set(SCRIVEL_CADI_IS_OURS OFF)
-endif()
-
 # A shared library shows the symbols that the version script names and no other. A pattern can't tell a
 # member of a class from a lambda inside it, which is inline.
 function(scrivel_export_only target version_script)
