@@ -46,6 +46,7 @@ class ScrivelXmlGenConan(ConanFile):
         toolchain.cache_variables["SCRIVEL_BUILD_LAYER"] = bool(self.options.layer)
         toolchain.cache_variables["SCRIVEL_BUILD_TESTS"] = False
         toolchain.cache_variables["SCRIVEL_BUILD_EXAMPLES"] = False
+        toolchain.cache_variables["SCRIVEL_BUILD_TOOL"] = False
         toolchain.generate()
 
     def build(self):

@@ -11,4 +11,4 @@ for program in generators:ScrivelXmlGen layer:ScrivelXmlGenLayer; do
 done
 [[ " $(pkg-config --cflags --libs ScrivelXmlGen) " == *" -pthread "*" -pthread "* ]] ||
   fail "Compiler and linker aren't told of threads"
-pkg-config --exact-version=1.0.0 ScrivelXmlGen ScrivelXmlGenLayer
+pkg-config --exact-version=2.0.0 ScrivelXmlGen ScrivelXmlGenLayer

@@ -10,7 +10,8 @@ vcpkg_cmake_configure(
   OPTIONS
     ${FEATURE_OPTIONS}
     -DSCRIVEL_BUILD_EXAMPLES=OFF
-    -DSCRIVEL_BUILD_TESTS=OFF)
+    -DSCRIVEL_BUILD_TESTS=OFF
+    -DSCRIVEL_BUILD_TOOL=OFF)
 vcpkg_cmake_install()
 vcpkg_cmake_config_fixup(PACKAGE_NAME ScrivelXmlGen CONFIG_PATH lib/cmake/ScrivelXmlGen)
 vcpkg_fixup_pkgconfig()
