@@ -56,7 +56,7 @@ Lines Shape(const Lines& lines)
         {std::regex(R"(hostname="[^"]*")"), "hostname=\"<host>\""},
         {std::regex(R"(\d+\.\d{6} s)"), "<seconds> s"},
         {std::regex(R"(threadId="\d+")"), "threadId=\"<thread>\""},
-        {std::regex(R"(\b([a-z_]+)-\d+(?=$|>|\.xml))"), "$1-<process>"},
+        {std::regex(R"(\b([a-z_]+)-\d+(?=$|>|(\.\d+)?\.xml))"), "$1-<process>"},
         {std::regex(R"((<simulationFactory>0x)[0-9a-f]{16}<)"), "$1<address><"},
     };
     Lines shaped;

@@ -108,6 +108,18 @@ void Comment()
     log.EndLogging();
 }
 
+void SeveralFiles()
+{
+    Scrivel2::LogOptions options;
+    options.fileSize = 1;  // each call has a file of its own
+    Scrivel2::RunLog log("run", options);
+    for (unsigned int level = 0; level < 2; ++level) {
+        Scrivel2::LoggedCall call(log, "CADIReset");
+        call.Arguments([&](auto& xml) { xml.WriteDecimal("resetLevel", level); });
+        call.Results([](auto& xml) { xml.WriteReturnType("return", CADI_STATUS_OK); });
+    }
+}
+
 void Moments()
 {
     Scrivel2XmlGenRun log("run");
@@ -345,6 +357,7 @@ Snippets LogFormatSnippets()
         {"disassembler-call", DisassemblerCall},
         {"interrupted", Interrupted},
         {"comment", Comment},
+        {"several-files", SeveralFiles},
         {"moments", Moments},
         {"layer-moments", LayerMoments},
         {"not-secure", NotSecure},
