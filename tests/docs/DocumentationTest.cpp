@@ -10,6 +10,7 @@
 //     <!-- recipe: failed-calls -->                      what a reader types: see below
 //     <!-- output: failed-calls -->                      what that recipe prints
 //     <!-- installed: guard -->                          a line that installed.sh tries
+//     <!-- commands -->                                  scripts of the tree, which are there to be run
 //
 // In logs, excerpts and output a line of "..." stands for any others. A page's recipes are typed into one
 // shell, in their order, beginning at the root of a built tree.
@@ -107,6 +108,8 @@ protected:
                 << "shown:\n"
                 << Text(block.text) << "printed:\n"
                 << Text(printed);
+        } else if (block.kind == "commands") {
+            CheckCommands(block.text);
         } else if (block.kind != "installed") {
             EXPECT_EQ(block.language, "text") << "says not where it comes from";
         }
@@ -131,6 +134,16 @@ protected:
     }
 
 private:
+    static void CheckCommands(const Lines& commands)
+    {
+        for (const std::string& command : commands) {
+            const fs::path script = source / command.substr(0, command.find(' '));
+            ASSERT_TRUE(fs::exists(script)) << command;
+            EXPECT_NE(fs::status(script).permissions() & fs::perms::owner_exec, fs::perms::none)
+                << command;
+        }
+    }
+
     void CheckLog(const Lines& shown, const std::string& name)
     {
         const fs::path folder = fs::absolute("log");
@@ -206,7 +219,7 @@ TEST(Examples, ShowOneIdeaInLessThan40Lines)
 
 std::vector<std::string> Pages()
 {
-    std::vector<std::string> pages = {"README.md", "CHANGELOG.md"};
+    std::vector<std::string> pages = {"README.md", "CHANGELOG.md", "SECURITY.md"};
     for (const auto& file : fs::directory_iterator(source / "docs")) {
         if (file.path().extension() == ".md") {
             pages.push_back("docs/" + file.path().filename().string());
