@@ -1,0 +1,87 @@
+// How much memory scrivel takes of logs that are much larger: no more than of a small one.
+
+#include "tool/Program.h"
+#include "tool/Session.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+using namespace ScrivelTest;
+
+namespace
+{
+
+constexpr long megabyte = 1024;  // in KiB, as the system counts
+
+class Memory : public ToolTest
+{
+protected:
+    /// The most memory that the program had, in KiB.
+    long Peak(const std::string& arguments) const
+    {
+        // A sanitizer keeps what was freed, unless it is told not to.
+        const std::string command =
+            "cd " + Folder() +
+            " && ASAN_OPTIONS=quarantine_size_mb=1:thread_local_quarantine_size_kb=64 " SCRIVEL_PEAK
+            " " SCRIVEL_PROGRAM " " +
+            arguments + " 2>&1 >/dev/null";
+        std::FILE* const output = popen(command.c_str(), "r");
+        long peak = 0;
+        EXPECT_EQ(std::fscanf(output, "%ld", &peak), 1);
+        EXPECT_EQ(pclose(output), 0);
+        return peak;
+    }
+
+    /// How much more it needs for one command on another log.
+    long Growth(const std::string& command, const std::string& small, const std::string& large) const
+    {
+        return Peak(command + " " + large) - Peak(command + " " + small);
+    }
+};
+
+std::string CallsWithinAnOpenOne(int count)
+{
+    std::string elements = "    <Run call_num=\"1\"\n     call_time=\"0.000001 s\">\n    </Run>\n";
+    for (int number = 2; number < count; ++number) {
+        elements += "    <CADIMemRead call_num=\"" + std::to_string(number) +
+                    "\"\n     call_time=\"0.000001 s\">\n        <text>" + std::string(40, 'x') +
+                    "</text>\n        <return_time>0.000002 s</return_time>\n    </CADIMemRead>\n";
+    }
+    return LogOf(elements + "    <Run call_num=\"1\">\n        <return_time>0.500000 s</return_time>\n"
+                            "    </Run>\n");
+}
+
+std::string CallWithBytes(int count)
+{
+    std::string items;
+    for (int i = 0; i < count; ++i) {
+        items += i % 2 == 0 ? "            <value>0x1f</value>\n" : "            <value>0xa0</value>\n";
+    }
+    return LogOf("    <A call_num=\"1\"\n     call_time=\"0.000001 s\">\n        <data>\n" + items +
+                 "        </data>\n        <return_time>0.000002 s</return_time>\n    </A>\n");
+}
+
+TEST_F(Memory, DoesNotGrowWithTheCallsThatAnOpenOneHolds)
+{
+    Write("small.xml", LogOf(session));
+    Write("large.xml", CallsWithinAnOpenOne(100000));
+    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), 10 * megabyte);
+    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), 10 * megabyte);
+}
+
+TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
+{
+    Write("small.xml", CallWithBytes(10));
+    Write("large.xml", CallWithBytes(1300000));  // 40 MB
+    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), 4 * megabyte);
+}
+
+TEST_F(Memory, HoldsTheBytesOfAnArrayAndNoElements)
+{
+    Write("small.xml", CallWithBytes(10));
+    Write("large.xml", CallWithBytes(1300000));
+    EXPECT_LT(Growth("show --xml 1", "small.xml", "large.xml"), 12 * megabyte);
+    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), 32 * megabyte);
+}
+
+}  // namespace
