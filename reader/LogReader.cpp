@@ -431,7 +431,7 @@ private:
 
     void Text(std::string_view text) override
     {
-        if (depth < 3 || broken)
+        if (broken || depth < (child == Child::Other ? 2U : 3U))
             return;
         if (depth == 3 && mayBeTimeOrStatus && direct.size() <= longestStatus)
             direct.append(text.substr(0, longestStatus + 1));
@@ -666,6 +666,9 @@ private:
     void EndChild()
     {
         SetRestart(base + parser->Position());
+        if (child == Child::Other && options.contents) {
+            before.End(options.limits);
+        }
         if (child == Child::Call) {
             if (call->parts.size() == mostParts)
                 call->parts.pop_back();

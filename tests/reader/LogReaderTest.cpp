@@ -96,4 +96,16 @@ TEST(LogReader, TellsANumberThatBeginsAgainAndABeginningThatIsLost)
     EXPECT_TRUE(reading.calls[2].beginningLost);
 }
 
+TEST(LogReader, KeepsWhatStandsBeforeACall)
+{
+    const Reading reading =
+        ReadBytes(LogOf("    <disassembler>a &lt; b</disassembler>\n"
+                        "    <note>\n        <text>c</text>\n    </note>\n"
+                        "    <A call_num=\"1\" call_time=\"0.000001 s\">\n    </A>\n"
+                        "    <A call_num=\"2\" call_time=\"0.000002 s\">\n    </A>\n"));
+    ASSERT_EQ(reading.calls.size(), 2U);
+    EXPECT_EQ(Shown(reading.calls[0].before), "disassembler=a < b note{text=c}");
+    EXPECT_EQ(Shown(reading.calls[1].before), "");
+}
+
 }  // namespace
