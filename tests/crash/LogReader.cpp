@@ -3,6 +3,8 @@
 
 #include "crash/LogReader.h"
 
+#include "crash/SecondWitness.h"
+
 #include <cstdlib>
 
 namespace ScrivelTest
@@ -25,6 +27,10 @@ public:
         if (depth == 2) {
             const std::string number = ValueOf("call_num", attributes);
             call = {static_cast<unsigned int>(std::strtoul(number.c_str(), nullptr, 10)), {0, 0}, false};
+            if (!ValueOf("call_time", attributes).empty()) {
+                ++begun.calls;
+                begun.last = call.number;
+            }
         } else if (depth == 3) {
             inText = name == "text";
             call.returned = call.returned || name == "return_time";
@@ -49,16 +55,25 @@ public:
         }
     }
 
+    const Testimony& Begun() const { return begun; }
+
 private:
     LogContents& contents;
     const VisitCall& visit;
     unsigned int depth = 0;
     bool inText = false;
     CallElement call{};
+    Testimony begun;
 };
 
+std::string Shown(const Testimony& testimony)
+{
+    return std::to_string(testimony.calls) + " calls up to " + std::to_string(testimony.last) + ", " +
+           (testimony.whole ? "whole" : "not whole");
+}
+
 template <typename Judge>
-void Read(LogContents& contents, const VisitCall& visit, Judge judge)
+Testimony Read(LogContents& contents, const VisitCall& visit, Judge judge)
 {
     CallCounter counter(contents, visit);
     const Verdict verdict = judge(counter);
@@ -66,10 +81,26 @@ void Read(LogContents& contents, const VisitCall& visit, Judge judge)
     if (!verdict.accepted) {
         contents.problem = verdict.problem;
     }
+    Testimony testimony = counter.Begun();
+    testimony.whole = verdict.accepted;
+    return testimony;
 }
 
-template <typename Judge>
-LogContents ReadAndCount(const Load* load, Judge judge)
+/// Reads bytes, and doesn't accept them when the second witness says something else of them.
+void ReadByBoth(LogContents& contents, const VisitCall& visit, std::string_view bytes)
+{
+    const Testimony first =
+        Read(contents, visit, [&](LogVisitor& counter) { return Visit(bytes, counter); });
+    const std::optional<Testimony> second = SecondWitness(bytes);
+    if (second && !(*second == first)) {
+        contents.accepted = false;
+        contents.problem = "libxml2 finds " + Shown(first) + ", the reader " + Shown(*second);
+    }
+}
+
+/// Counts the calls of a load while someone reads.
+template <typename Reader>
+LogContents ReadAndCount(const Load* load, Reader read)
 {
     LogContents contents;
     const auto count = [&](const CallElement& call) {
@@ -82,7 +113,7 @@ LogContents ReadAndCount(const Load* load, Judge judge)
             contents.problem = "call " + std::to_string(contents.calls + 1) + " is not whole";
         }
     };
-    Read(contents, count, judge);
+    read(contents, count);
     return contents;
 }
 
@@ -91,18 +122,21 @@ LogContents ReadAndCount(const Load* load, Judge judge)
 LogContents ReadLog(std::string_view bytes, const VisitCall& visit)
 {
     LogContents contents;
-    Read(contents, visit, [&](LogVisitor& counter) { return Visit(bytes, counter); });
+    ReadByBoth(contents, visit, bytes);
     return contents;
 }
 
 LogContents ReadLog(std::string_view bytes, const Load* load)
 {
-    return ReadAndCount(load, [&](LogVisitor& counter) { return Visit(bytes, counter); });
+    return ReadAndCount(
+        load, [&](LogContents& contents, const VisitCall& visit) { ReadByBoth(contents, visit, bytes); });
 }
 
 LogContents ReadLogFile(const std::string& fileName, const Load* load)
 {
-    return ReadAndCount(load, [&](LogVisitor& counter) { return VisitFile(fileName, counter); });
+    return ReadAndCount(load, [&](LogContents& contents, const VisitCall& visit) {
+        Read(contents, visit, [&](LogVisitor& counter) { return VisitFile(fileName, counter); });
+    });
 }
 
 }  // namespace ScrivelTest
