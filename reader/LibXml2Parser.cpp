@@ -86,6 +86,7 @@ public:
     {
         if (!error.empty())
             return false;
+        finishing = true;
         xmlParseChunk(context, nullptr, 0, 1);
         if (error.empty() && context->wellFormed == 0)
             Refuse("the document is not well-formed");
@@ -149,6 +150,14 @@ private:
     {
         if (!error.empty() || what.level != XML_ERR_FATAL)
             return;
+        // The same number tells of content after the root element.
+        const xmlParserInput* input = context->input;
+        const bool isAtEnd =
+            what.code == XML_ERR_DOCUMENT_END || (input != nullptr && input->cur >= input->end);
+        if (finishing && isAtEnd && context->instate != XML_PARSER_EPILOG) {
+            Fail("the document ends too early");
+            return;
+        }
         std::string_view text = what.message == nullptr ? "not well-formed" : what.message;
         while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
             text.remove_suffix(1);
@@ -177,6 +186,7 @@ private:
     std::vector<XmlAttribute> found;
     std::string qualified;
     std::uint64_t fed = 0;
+    bool finishing = false;
     std::string error;
     std::uint64_t errorPosition = 0;
     std::uint64_t errorLine = 1;

@@ -70,6 +70,37 @@ bool IsMark(std::string_view comment)
            (StartsWith(comment, Words::interruptedBegin) && EndsWith(comment, Words::interruptedEnd));
 }
 
+/// Whether XML allows a name; characters beyond ASCII are not judged.
+bool IsName(std::string_view name)
+{
+    return !name.empty() && std::string_view("-.0123456789").find(name[0]) == std::string_view::npos &&
+           std::all_of(name.begin(), name.end(), [](unsigned char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '_' || c == '-' || c == '.' || c == ':' || c >= 0x80;
+           });
+}
+
+/// The name in the last tag of the text, unless XML allows it or no one would take it for a name.
+std::string_view IllegalName(std::string_view text)
+{
+    constexpr std::size_t longest = 128;
+    const std::size_t tag = text.rfind('<');
+    if (tag == std::string_view::npos) {
+        return {};
+    }
+    std::string_view name = text.substr(tag + 1);
+    name = name.substr(0, name.find_first_of(" \t\r\n>"));
+    if (!name.empty() && name.back() == '/') {
+        name.remove_suffix(1);
+    }
+    const bool isText = std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c < 0x7f; });
+    if (name.empty() || name.size() > longest || !isText || IsName(name) ||
+        std::string_view("!?/").find(name[0]) != std::string_view::npos) {
+        return {};
+    }
+    return name;
+}
+
 std::uint64_t Lines(std::string_view text)
 {
     return std::uint64_t(std::count(text.begin(), text.end(), '\n'));
@@ -230,7 +261,9 @@ private:
         if (!Stopped())
             return;
         if (broken) {
-            FoundDamage("a call begins within another call's element", brokenAt, brokenLine);
+            FoundDamage(depth == 0 ? "the start tag of the root element is missing"
+                                   : "a call begins within another call's element",
+                        brokenAt, brokenLine);
         } else {
             FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
         }
@@ -291,6 +324,9 @@ private:
             ++end.damages;
             damage = Damage{};
             damage.what = what;
+            if (const std::string_view name = NameAt(offset); !broken && !name.empty()) {
+                damage.what = "\"" + std::string(name) + "\" is no name that XML allows";
+            }
             damage.offset = std::min(offset, received);
             damage.line = broken ? line : parserLine + line - 1;
             damage.lostFrom = depth > 1 ? childBegin.offset : restart;
@@ -301,6 +337,23 @@ private:
         broken = false;
         resumed = true;
         depth = 0;
+    }
+
+    /// A name that XML doesn't allow and that the parser met there.
+    std::string_view NameAt(std::uint64_t offset) const
+    {
+        constexpr std::size_t nearby = 128;
+        if (offset < heldFrom || offset - heldFrom >= held.size()) {
+            return {};
+        }
+        const auto at = std::size_t(offset - heldFrom);
+        const std::string_view text = held;
+        const std::size_t tag = text.rfind('<', at);
+        if (tag == std::string_view::npos || at - tag > nearby) {
+            return {};
+        }
+        const std::size_t next = text.find('<', tag + 1);
+        return IllegalName(text.substr(tag, std::min(next, text.size()) - tag));
     }
 
     /// Whether what follows the last call is an end tag: that of the root, whose name isn't known.
@@ -397,7 +450,11 @@ private:
             return;
         ++depth;
         if (depth == 1) {
-            Root(name, attributes, count);
+            if (!inOwnRoot && IsCall(attributes, count)) {
+                Break(parser->TagBegin());
+            } else {
+                Root(name, attributes, count);
+            }
         } else if (depth == 2) {
             BeginChild(name, attributes, count);
         } else {
@@ -425,6 +482,8 @@ private:
             EndChild();
         } else {
             rootEnded = true;
+            end.rootEnded = true;
+            SetRestart(base + parser->Position());  // damage from here on loses nothing of the document
         }
         --depth;
     }
@@ -463,11 +522,14 @@ private:
 
     void Root(std::string_view name, const XmlAttribute* attributes, std::size_t count)
     {
-        SetRestart(base + parser->Position());
         if (inOwnRoot)
             return;
+        const XmlParser::Place begin = parser->TagBegin();
+        SetRestart(base + parser->Position());
+        restart += ClosingAt(restart);
         end.isLog = true;
         LogHeader header;
+        header.place = {base + begin.offset, restart, parserLine + begin.line - 1};
         header.root = name;
         header.name = name;
         rootName = name;
@@ -490,15 +552,27 @@ private:
         handler.Header(header);
     }
 
+    /// How much of a start tag is left where the parser has read all but its > or />.
+    std::uint64_t ClosingAt(std::uint64_t offset) const
+    {
+        const bool isCurrent = offset >= currentFrom;
+        const std::string_view text = isCurrent ? current : std::string_view(held);
+        const std::uint64_t at = offset - (isCurrent ? currentFrom : heldFrom);
+        if (at >= text.size() || (text[std::size_t(at)] != '>' && text[std::size_t(at)] != '/')) {
+            return 0;
+        }
+        return text[std::size_t(at)] == '>' ? 1 : 2;
+    }
+
     /// An element with a number, as deep as the contents of another call, but in a call's place: the end
     /// tag of that other call is gone.
     bool IsMisplacedCall(const XmlAttribute* attributes, std::size_t count)
     {
-        if (std::none_of(attributes, attributes + count,
-                         [](const XmlAttribute& a) { return a.name == Words::callNumber; }))
+        if (!IsCall(attributes, count))
             return false;
         constexpr std::string_view indent = "\n    ";
-        XmlParser::Place place = parser->TagBegin();
+        const XmlParser::Place tag = parser->TagBegin();
+        XmlParser::Place place = tag;
         place.offset += base;
         std::string_view text = held;
         std::uint64_t from = heldFrom;
@@ -510,11 +584,23 @@ private:
         if (place.offset < from + indent.size() || place.offset > from + text.size() ||
             text.substr(std::size_t(place.offset - from) - indent.size(), indent.size()) != indent)
             return false;
-        broken = true;
-        brokenAt = place.offset;
-        brokenLine = parserLine + place.line - 1;
-        --depth;
+        Break(tag);
         return true;
+    }
+
+    static bool IsCall(const XmlAttribute* attributes, std::size_t count)
+    {
+        return std::any_of(attributes, attributes + count,
+                           [](const XmlAttribute& a) { return a.name == Words::callNumber; });
+    }
+
+    /// Takes the start tag for damage: it may be XML, but is in no place of a log where it belongs.
+    void Break(const XmlParser::Place& tag)
+    {
+        broken = true;
+        brokenAt = base + tag.offset;
+        brokenLine = parserLine + tag.line - 1;
+        --depth;
     }
 
     // ---- A child of the root ------------------------------------------------------------------------
@@ -683,6 +769,8 @@ private:
                 });
                 Recycle(std::size_t(open.rend() - at) - 1);
             }
+        } else {
+            handler.Other({childBegin.offset, restart, childBegin.line});
         }
         call = nullptr;
         child = Child::None;
@@ -762,7 +850,7 @@ private:
     std::vector<std::unique_ptr<Call>> spare;
     SeenNumbers seen;
     std::unordered_map<std::uint64_t, std::uint32_t> threads;
-    LogEnd end{false, true, false, 0, 0, 0, {}, 0};
+    LogEnd end{false, true, false, false, 0, 0, 0, {}, 0};
 };
 
 LogReader::LogReader(LogHandler& handler, const ReadOptions& options)

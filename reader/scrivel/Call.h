@@ -26,9 +26,18 @@ struct Time
 /// "0.016720 s" -> 16,720,000 ns; nothing for any other text.
 std::optional<Time> ParseTime(std::string_view text);
 
+/// One element of a call, and where it stands. A call that was interrupted has several.
+struct Part
+{
+    std::uint64_t begin;  ///< offset of the start tag's <
+    std::uint64_t end;    ///< offset after the end tag's >
+    std::uint64_t line;   ///< of the start tag's <, from 1
+};
+
 /// What the root element's start tag says.
 struct LogHeader
 {
+    Part place{};                            ///< the start tag alone
     std::string root;                        ///< run-4242
     std::string name;                        ///< run
     std::optional<std::uint64_t> processId;  ///< 4242
@@ -36,14 +45,6 @@ struct LogHeader
     std::string cadiVersion;
     std::string hostName;
     std::string operatingSystem;
-};
-
-/// One element of a call, and where it stands. A call that was interrupted has several.
-struct Part
-{
-    std::uint64_t begin;  ///< offset of the start tag's <
-    std::uint64_t end;    ///< offset after the end tag's >
-    std::uint64_t line;   ///< of the start tag's <, from 1
 };
 
 /// One call, joined from its elements.
@@ -103,6 +104,7 @@ struct LogEnd
     bool whole = false;  ///< a strict XML parser accepts the log
     bool empty = false;  ///< there was no byte, or nothing but blanks
     bool isLog = false;  ///< a root element was read, or a call
+    bool rootEnded = false;  ///< the end tag of the root element was read
     std::uint64_t size = 0;
     std::uint64_t damages = 0;
     std::uint64_t calls = 0;

@@ -48,6 +48,8 @@ public:
     virtual void TakenBack(const Call&) {}
     /// A comment between calls, without marks of interrupted and continued calls.
     virtual void Comment(std::string_view /*text*/, const Part&) {}
+    /// A whole element without a number, between calls.
+    virtual void Other(const Part&) {}
     virtual void Damaged(const Damage&) {}
 };
 

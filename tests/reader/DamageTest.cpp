@@ -100,6 +100,43 @@ TEST(Damage, OfTheHeaderLosesTheHeader)
     EXPECT_EQ(reading.damages.size(), 1u);
 }
 
+TEST(Damage, IsAFirstElementThatIsACall)
+{
+    const std::string log = LogOf(Elements(3));
+    const Reading reading = ReadBytes(log.substr(log.find("    <CADIReset")));
+    EXPECT_EQ(Numbers(reading), "1 2 3");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().what, "the start tag of the root element is missing");
+    EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, IsANameThatXmlDoesNotAllow)
+{
+    for (const std::string name : {"-x", ".text", "1", "a\"b", "a<b/"}) {
+        std::string log = LogOf(Elements(3));
+        log.replace(log.find("<level>2</level>"), 16, "<" + name + ">2</" + name + ">");
+        const Reading reading = ReadBytes(log);
+        EXPECT_EQ(Numbers(reading), "1 3") << name;
+        ASSERT_EQ(reading.damages.size(), 1u);
+        if (name != "a<b/") {
+            EXPECT_EQ(reading.damages.front().what, "\"" + name + "\" is no name that XML allows");
+        }
+    }
+    const Reading root = ReadBytes("<?xml version=\"1.0\"?>\n<runs/my run-4242\n time=\"now\">\n");
+    ASSERT_EQ(root.damages.size(), 1u);
+    EXPECT_EQ(root.damages.front().what, "\"runs/my\" is no name that XML allows");
+}
+
+TEST(Damage, OfALogThatWasCutShortIsItsEnd)
+{
+    const std::string log = LogOf(Elements(2));
+    for (const char* const last : {"call_num=\"2", "<level>2", "</level", "<return", "</run", "-4242"}) {
+        const Reading reading = ReadBytes(log.substr(0, log.rfind(last)));
+        ASSERT_EQ(reading.damages.size(), 1u);
+        EXPECT_EQ(reading.damages.front().what, "the document ends too early") << last;
+    }
+}
+
 TEST(Damage, IsTheSameWhateverThePieces)
 {
     std::string log = LogOf(Elements(5));
