@@ -27,6 +27,12 @@ constexpr Command commands[] = {
      MakeCalls},
     {"show", "one call whole", "scrivel show 68 crash-4242.xml\nscrivel show 68 --xml crash-4242.xml",
      MakeShow},
+    {"recover", "a whole log of a damaged one",
+     "scrivel recover torn.xml -o fixed.xml\nscrivel recover torn.xml.gz -o fixed.xml --force",
+     MakeRecover},
+    {"cut", "a small log of the calls that the filter leaves",
+     "scrivel cut --calls 55..68 run-4242.xml -o small.xml\nscrivel cut -f run-4242.xml -o failed.xml",
+     MakeCut},
 };
 
 const Command* Find(std::string_view name)

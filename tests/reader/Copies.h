@@ -1,0 +1,44 @@
+// Copies that the reader makes of a log in memory, and whether expat takes bytes for a document.
+
+#ifndef SCRIVEL_TESTS_READER_COPIES_H
+#define SCRIVEL_TESTS_READER_COPIES_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "scrivel/LogCopy.h"
+
+namespace ScrivelTest
+{
+
+/// Bytes in memory.
+class MemoryLog final : public ScrivelReader::LogBytes
+{
+public:
+    explicit MemoryLog(std::string_view itsBytes) : bytes(itsBytes) {}
+    std::uint64_t Size() const override { return bytes.size(); }
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) override;
+    std::string Error() const override { return {}; }
+
+private:
+    std::string_view bytes;
+};
+
+struct Copy
+{
+    std::string bytes;
+    ScrivelReader::Copied copied;
+    std::vector<ScrivelReader::Damage> damages;
+};
+
+Copy RecoveredFrom(std::string_view log);
+Copy CutFrom(std::string_view log, const ScrivelReader::FilterText& filter);
+
+/// Whether expat reads the bytes as one document.
+bool IsExpatDocument(std::string_view bytes);
+
+}  // namespace ScrivelTest
+
+#endif

@@ -1,0 +1,156 @@
+// One log in, one out. Tested by tests/tool/RecoverTest.cpp and tests/tool/CutTest.cpp.
+
+#include "CopyArguments.h"
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+
+#include "OutputFile.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+/// A file that can be read at any place. Shows how far it was read.
+class FileBytes final : public LogBytes
+{
+public:
+    FileBytes(int itsDescriptor, const std::string& itsPath, Terminal& itsTerminal)
+        : descriptor(itsDescriptor), path(itsPath), terminal(itsTerminal)
+    {
+        struct stat status
+        {
+        };
+        if (fstat(descriptor, &status) == 0) {
+            size = std::uint64_t(status.st_size);
+        }
+    }
+
+    std::uint64_t Size() const override { return size; }
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t count) override
+    {
+        ssize_t got = 0;
+        do {
+            got = pread(descriptor, buffer, count, off_t(offset));
+        } while (got < 0 && errno == EINTR);
+        if (got < 0) {
+            error = std::generic_category().message(errno);
+            return {};
+        }
+        terminal.Progress(path, offset, size);
+        return std::size_t(got);
+    }
+    std::string Error() const override { return error; }
+
+private:
+    int descriptor;
+    const std::string& path;
+    Terminal& terminal;
+    std::uint64_t size = 0;
+    std::string error;
+};
+
+bool IsSameFile(const std::string& log, const std::string& output)
+{
+    struct stat one
+    {
+    };
+    struct stat other
+    {
+    };
+    const bool isThere = log == "-" ? fstat(STDIN_FILENO, &one) == 0 : stat(log.c_str(), &one) == 0;
+    return isThere && stat(output.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
+
+/// Whether a strict parser accepts what was written.
+bool IsWhole(const OutputFile& file, const std::string& path, Terminal& terminal)
+{
+    FileBytes bytes(file.Descriptor(), path, terminal);
+    LogHandler nobody;
+    ReadOptions options;
+    options.contents = false;
+    LogReader reader(nobody, options);
+    std::vector<char> buffer(64 * 1024);
+    for (std::uint64_t at = 0; at < bytes.Size();) {
+        const auto got = bytes.ReadAt(at, buffer.data(), buffer.size());
+        if (!got || *got == 0) {
+            return false;
+        }
+        reader.Feed({buffer.data(), *got});
+        at += *got;
+    }
+    return reader.Finish().whole;
+}
+
+}  // namespace
+
+void CopyArguments::AddTo(CLI::App& options)
+{
+    logs.AddTo(options);
+    options.add_option("-o,--output", output, "the file to be written")->type_name("FILE")->required();
+    options.add_flag("--force", force, "replace the file if there is one");
+}
+
+std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& terminal) const
+{
+    logs.Prepare(terminal);
+    if (logs.Paths().size() != 1) {
+        terminal.Error("one log at a time");
+        return {};
+    }
+    if (IsSameFile(Log(), output)) {
+        terminal.Error(output, {}, "a log is never written in place; name another file");
+        return {};
+    }
+    std::string error;
+    const std::unique_ptr<LogInput> input = OpenLogAnywhere(Log(), error);
+    if (input == nullptr) {
+        terminal.Error(Log(), {}, error);
+        return {};
+    }
+    const std::unique_ptr<OutputFile> file =
+        OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, error);
+    if (file == nullptr) {
+        terminal.Error(output, {}, error);
+        return {};
+    }
+
+    FileBytes log(*input->Descriptor(), Log(), terminal);
+    const auto copied = copying(
+        log, [&](std::string_view bytes) { return file->Write(bytes); }, error);
+    terminal.EndProgress();
+    if (!copied) {
+        terminal.Error(file->Error().empty() ? Log() : output, {},
+                       file->Error().empty() ? error : file->Error());
+        return {};
+    }
+    if (file->Written() == 0) {
+        return copied;
+    }
+    // A log whose encoding isn't UTF-8 may not go together with what stands in place of its damage.
+    if (file->CanBeReadBack() && !copied->end.whole && !IsWhole(*file, output, terminal)) {
+        terminal.Error(Log(), {}, "what is left makes no document; is it encoded in UTF-8?");
+        return {};
+    }
+    if (!file->Finish()) {
+        terminal.Error(output, {}, file->Error());
+        return {};
+    }
+    return copied;
+}
+
+std::string CountText(std::uint64_t count, const std::string& what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+}  // namespace ScrivelTool

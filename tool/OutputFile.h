@@ -1,0 +1,57 @@
+// A file that a command writes. It bears its name only once it is whole.
+
+#ifndef SCRIVEL_TOOL_OUTPUTFILE_H
+#define SCRIVEL_TOOL_OUTPUTFILE_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace ScrivelTool
+{
+
+enum class Existing
+{
+    Keep,
+    Replace
+};
+
+/// Until it is finished, the file has a hidden name beside its own; unless it is finished, it goes.
+/// What is there already and is no file, as a pipe or /dev/null, is written to as it is.
+class OutputFile
+{
+public:
+    /// Null when there is such a file and it is to be kept, or when none can be made; error says why.
+    static std::unique_ptr<OutputFile> Make(const std::string& path, Existing existing,
+                                            std::string& error);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// False when writing failed, now or before; Error() says why.
+    bool Write(std::string_view bytes);
+    /// Gives the file its name.
+    bool Finish();
+    const std::string& Error() const { return error; }
+
+    /// What was written, to be read by pread; nothing was when Written() is 0.
+    int Descriptor() const { return descriptor; }
+    std::uint64_t Written() const { return written; }
+    bool CanBeReadBack() const { return !hiddenPath.empty(); }
+
+private:
+    OutputFile(std::string itsPath, Existing itsExisting, int itsDescriptor, std::string itsHiddenPath);
+    bool Rename();
+    bool Fail(int number);
+
+    const std::string path;
+    const Existing existing;
+    int descriptor;
+    std::string hiddenPath;  // empty when there is none
+    std::uint64_t written = 0;
+    std::string error;
+};
+
+}  // namespace ScrivelTool
+
+#endif
