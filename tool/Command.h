@@ -68,6 +68,7 @@ Commands AllCommands();
 
 std::unique_ptr<Action> MakeCalls(CLI::App& options);
 std::unique_ptr<Action> MakeShow(CLI::App& options);
+std::unique_ptr<Action> MakeCheck(CLI::App& options);
 std::unique_ptr<Action> MakeRecover(CLI::App& options);
 std::unique_ptr<Action> MakeCut(CLI::App& options);
 

@@ -1,4 +1,4 @@
-// Writes beside the name and renames. Tested by tests/tool/OutputFileTest.cpp.
+// Writes beside the name and renames. Tested by tests/tool/RecoverTest.cpp.
 
 #include "OutputFile.h"
 

@@ -27,6 +27,10 @@ constexpr Command commands[] = {
      MakeCalls},
     {"show", "one call whole", "scrivel show 68 crash-4242.xml\nscrivel show 68 --xml crash-4242.xml",
      MakeShow},
+    {"check", "whole or not, and where",
+     "scrivel check logs/\nscrivel check --max-failed 0 --no-open --max-took 5ms --junit check.xml "
+     "run-4242.xml",
+     MakeCheck},
     {"recover", "a whole log of a damaged one",
      "scrivel recover torn.xml -o fixed.xml\nscrivel recover torn.xml.gz -o fixed.xml --force",
      MakeRecover},
