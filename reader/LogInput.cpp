@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -48,6 +49,7 @@ public:
             const off_t at = lseek(descriptor, 0, SEEK_CUR);
             atStart = at == 0;
         }
+        isPipe = S_ISFIFO(status.st_mode);
     }
     ~FileInput() override
     {
@@ -56,6 +58,30 @@ public:
     }
     FileInput(const FileInput&) = delete;
     FileInput& operator=(const FileInput&) = delete;
+
+    /// A pipe that is opened without waiting reads as an empty file until someone writes into it. Waits
+    /// for that, but not for ever.
+    bool WaitForWriter()
+    {
+        constexpr int milliseconds = 3000;
+        pollfd pipe = {descriptor, POLLIN, 0};
+        if (isPipe && poll(&pipe, 1, milliseconds) == 0) {
+            char first = 0;
+            const ssize_t got = read(descriptor, &first, 1);
+            if (got == 0) {
+                error = "nobody writes into this pipe";
+                return false;
+            }
+            if (got > 0) {
+                peeked.push_back(first);
+            }
+        }
+        const int flags = fcntl(descriptor, F_GETFL);
+        if (flags >= 0) {
+            fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK);
+        }
+        return true;
+    }
 
     /// The first bytes, which Read then gives again.
     bool Peek(std::size_t count)
@@ -114,6 +140,7 @@ private:
     int descriptor;
     bool toClose;
     bool isFile = false;
+    bool isPipe = false;
     bool atStart = false;
     std::uint64_t size = 0;
     std::uint64_t consumed = 0;
@@ -188,13 +215,13 @@ std::unique_ptr<LogInput> OpenLog(const std::string& path, std::string& error)
 {
     const bool isStandardInput = path == "-";
     const int descriptor =
-        isStandardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+        isStandardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor < 0) {
         error = ErrorText(errno);
         return nullptr;
     }
     auto file = std::make_unique<FileInput>(descriptor, !isStandardInput);
-    if (!file->Peek(sizeof zstdMagic)) {
+    if ((!isStandardInput && !file->WaitForWriter()) || !file->Peek(sizeof zstdMagic)) {
         error = file->Error();
         return nullptr;
     }
