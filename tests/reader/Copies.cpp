@@ -61,11 +61,14 @@ Copy CutFrom(std::string_view log, const FilterText& text)
     });
 }
 
-bool IsExpatDocument(std::string_view bytes)
+std::string ExpatError(std::string_view bytes)
 {
     const std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser(
         XML_ParserCreate(nullptr), XML_ParserFree);
-    return XML_Parse(parser.get(), bytes.data(), int(bytes.size()), 1) == XML_STATUS_OK;
+    if (XML_Parse(parser.get(), bytes.data(), int(bytes.size()), 1) == XML_STATUS_OK) {
+        return {};
+    }
+    return XML_ErrorString(XML_GetErrorCode(parser.get()));
 }
 
 }  // namespace ScrivelTest

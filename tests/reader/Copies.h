@@ -1,4 +1,4 @@
-// Copies that the reader makes of a log in memory, and whether expat takes bytes for a document.
+// Copies that the reader makes of a log in memory, and what expat makes of bytes.
 
 #ifndef SCRIVEL_TESTS_READER_COPIES_H
 #define SCRIVEL_TESTS_READER_COPIES_H
@@ -36,8 +36,8 @@ struct Copy
 Copy RecoveredFrom(std::string_view log);
 Copy CutFrom(std::string_view log, const ScrivelReader::FilterText& filter);
 
-/// Whether expat reads the bytes as one document.
-bool IsExpatDocument(std::string_view bytes);
+/// Why expat doesn't read the bytes as one document; empty when it does.
+std::string ExpatError(std::string_view bytes);
 
 }  // namespace ScrivelTest
 
