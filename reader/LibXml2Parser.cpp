@@ -24,6 +24,26 @@ std::string_view View(const xmlChar* text)
     return {reinterpret_cast<const char*>(text), std::size_t(xmlStrlen(text))};
 }
 
+/// Of bytes that are not in the declared encoding libxml2 tells whoever listens to all its errors, and
+/// that is standard error.
+class Silence
+{
+public:
+    Silence() : before(xmlGenericError), contextBefore(xmlGenericErrorContext)
+    {
+        xmlSetGenericErrorFunc(nullptr, Ignore);
+    }
+    ~Silence() { xmlSetGenericErrorFunc(contextBefore, before); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    static void Ignore(void*, const char*, ...) {}
+
+    const xmlGenericErrorFunc before;
+    void* const contextBefore;
+};
+
 class LibXml2Parser final : public XmlParser
 {
 public:
@@ -70,10 +90,12 @@ public:
 
     bool Feed(const char* bytes, std::size_t size) override
     {
+        const Silence silence;
         while (size != 0 && error.empty()) {
             const std::size_t piece = std::min<std::size_t>(size, 64 * 1024);
             fed += piece;
             xmlParseChunk(context, bytes, int(piece), 0);
+            RefuseWhatEndedParsing();
             if (error.empty() && fed - std::min(fed, Position()) > longestMarkup)
                 Refuse("a tag or a comment is longer than 16 MB");
             bytes += piece;
@@ -86,8 +108,10 @@ public:
     {
         if (!error.empty())
             return false;
+        const Silence silence;
         finishing = true;
         xmlParseChunk(context, nullptr, 0, 1);
+        RefuseWhatEndedParsing();
         if (error.empty() && context->wellFormed == 0)
             Refuse("the document is not well-formed");
         return error.empty();
@@ -142,6 +166,13 @@ private:
         } else {
             qualified.assign(View(prefix)).append(":").append(View(name));
             events->StartElement(qualified, found.data(), found.size());
+        }
+    }
+
+    void RefuseWhatEndedParsing()
+    {
+        if (context->disableSAX != 0) {
+            Refuse("the bytes are not in the encoding that the document declares");
         }
     }
 

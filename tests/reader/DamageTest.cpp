@@ -137,6 +137,18 @@ TEST(Damage, OfALogThatWasCutShortIsItsEnd)
     }
 }
 
+TEST(Damage, IsWhatIsNotInTheDeclaredEncoding)
+{
+    std::string log = LogOf(Elements(3));
+    log.replace(log.find("UTF-8"), 5, "UTF-7");
+    log.replace(log.find("Linux"), 5, std::string("\0\0`p\x1a", 5));
+    testing::internal::CaptureStderr();
+    const Reading reading = ReadBytes(log);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(reading.end.whole);
+    EXPECT_FALSE(reading.damages.empty());
+}
+
 TEST(Damage, IsTheSameWhateverThePieces)
 {
     std::string log = LogOf(Elements(5));
