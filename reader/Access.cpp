@@ -100,8 +100,10 @@ private:
             } else if (number && bits) {
                 AddDescription(element, *number, *bits);
             } else if (first && last) {
-                access.blocks.push_back(
-                    {std::string(element.Name()), AskedSpace(), *first, *last, call.number});
+                const Tree::Element description = element.Find("description");
+                access.blocks.push_back({std::string(element.Name()),
+                                         std::string(description.Exists() ? description.Text() : ""),
+                                         AskedSpace(), *first, *last, call.number});
             } else {
                 FindIn(element.Children(), way);
             }

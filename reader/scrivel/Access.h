@@ -55,6 +55,7 @@ struct MemoryAccess
 struct MemoryBlock
 {
     std::string name;
+    std::string description;
     std::string space;  ///< the spaceId that was asked for; empty when the call doesn't say
     std::uint64_t first = 0;
     std::uint64_t last = 0;
