@@ -22,6 +22,7 @@ namespace
 {
 
 constexpr Command commands[] = {
+    {"", "what happened, and to which call", "scrivel crash-4242.xml\nscrivel logs/", MakeSummary},
     {"calls", "one line a call",
      "scrivel calls --last 20 crash-4242.xml\nscrivel calls -n 'CADIMem*' --slower 1ms -C 3 run-4242.xml",
      MakeCalls},

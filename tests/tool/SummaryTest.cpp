@@ -1,0 +1,138 @@
+// What happened, in a log's first lines. tests/tool/GoldenTest.cpp holds whole outputs.
+
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "tool/SessionLogs.h"
+
+using namespace ScrivelTest;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace
+{
+
+class Summary : public SessionTest
+{
+protected:
+    /// The crash log as if a process of this host had written it.
+    std::string CrashLogOf(int process) const
+    {
+        char host[256] = {};
+        gethostname(host, sizeof host - 1);
+        std::string log = Read("crash-4242.xml");
+        Replace(log, "lab7", host);
+        for (int tags = 0; tags < 2; ++tags)
+            Replace(log, "crash-4242", "crash-" + std::to_string(process));
+        return log;
+    }
+
+    static void Replace(std::string& text, const std::string& old, const std::string& by)
+    {
+        text.replace(text.find(old), old.size(), by);
+    }
+
+    /// A log with this call at its end.
+    static std::string With(const std::string& elements)
+    {
+        return LogOf("    <A call_num=\"1\"\n     call_time=\"0.000001 s\"\n     threadId=\"7\">\n"
+                     "        <return_time>0.000002 s</return_time>\n    </A>\n" +
+                     elements);
+    }
+};
+
+TEST_F(Summary, TellsThatTheProcessIsGone)
+{
+    Write("gone.xml", CrashLogOf(0x7ffffffe));
+    EXPECT_THAT(Run({"gone.xml"}).out,
+                HasSubstr("\nCALL 68 NEVER RETURNED, and process 2147483646 is gone\n"));
+}
+
+TEST_F(Summary, TellsThatTheProcessLivesWithoutTheLog)
+{
+    Write("lives.xml", CrashLogOf(getpid()));
+    EXPECT_THAT(Run({"lives.xml"}).out,
+                HasSubstr("\nCALL 68 NEVER RETURNED; a process " + std::to_string(getpid()) +
+                          " lives, but has not this log open\n"));
+}
+
+TEST_F(Summary, TellsHowLongACallHasBeenRunning)
+{
+    Write("running.xml", CrashLogOf(getpid()));
+    const std::ifstream open(Folder() + "/running.xml");
+    const std::string out = Run({"running.xml"}).out;
+    EXPECT_THAT(out, HasSubstr("\nCALL 68 RUNNING FOR "));
+    EXPECT_THAT(out, HasSubstr(" in process " + std::to_string(getpid()) + ", which has the log open\n"));
+}
+
+TEST_F(Summary, TellsALogThatWasEndedFromOneThatMayHaveBeenKilled)
+{
+    Write("ended.xml", With("\n<!-- Log ended -->\n\n"));
+    EXPECT_THAT(Run({"ended.xml"}).out, HasSubstr("\nevery call returned, and the log was ended\n"));
+    Write("cut.xml", With(""));
+    EXPECT_THAT(
+        Run({"cut.xml"}).out,
+        HasSubstr("\nevery call returned; a clean end and a kill after the last one look the same\n"));
+    Write("on.xml", With("<!-- Log continued in on.2.xml -->"));
+    EXPECT_THAT(Run({"on.xml"}).out, HasSubstr("\nthe log goes on in on.2.xml\n"));
+}
+
+TEST_F(Summary, NamesTheInnermostOpenCallOfEachThreadTheLatestFirst)
+{
+    const auto call = [](int number, int thread) {
+        return "    <B call_num=\"" + std::to_string(number) + "\"\n     call_time=\"0.00000" +
+               std::to_string(number) + " s\"\n     threadId=\"" + std::to_string(thread) +
+               "\">\n    </B>\n";
+    };
+    Write("three.xml", With(call(2, 7) + call(3, 8) + call(4, 7)));
+    EXPECT_THAT(Run({"three.xml"}).out,
+                HasSubstr("\nCALL 4 HAD NOT RETURNED when the log ended\n  #4  0.000004  T1  B()\n"
+                          "  within #2 B\n"
+                          "call 3 had not returned when the log ended either\n"
+                          "  #3  0.000003  T2  B()\n"
+                          "before it  #1 A\n"));
+}
+
+TEST_F(Summary, TellsWhoTouchedTheAddressBefore)
+{
+    std::string log = Read("crash-4242.xml");
+    const std::size_t last = log.rfind("0x0000000040000000");
+    Write("again.xml", log.replace(last, 18, "0x0000000000003000"));
+    EXPECT_THAT(Run({"again.xml"}).out,
+                HasSubstr("\n  0x3000 is in block RAM \"code, text and result\" (#15); "
+                          "last touched by #60 (wrote)\n"));
+}
+
+TEST_F(Summary, TellsWhereALogIsDamaged)
+{
+    Write("torn.xml", Read("crash-4242.xml").substr(0, 60000));
+    const Outcome outcome = Run({"torn.xml"});
+    EXPECT_THAT(outcome.out, HasSubstr(", damaged at line "));
+    EXPECT_THAT(outcome.out, HasSubstr("(byte 60000)"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST_F(Summary, TellsThatAFileIsNoLog)
+{
+    Write("empty.xml", "");
+    const Outcome outcome = Run({"empty.xml"});
+    EXPECT_EQ(outcome.error, "scrivel: empty.xml: the log is empty\n");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Summary, IsOneObjectOfJson)
+{
+    const std::string out = Run({"--json", "crash-4242.xml"}).out;
+    EXPECT_THAT(out, StartsWith(R"({"schema":1,"log":"crash-4242.xml","whole":true,"kind":"run",)"
+                                R"("name":"crash","process":4242,"host":"lab7",)"
+                                R"("started":"2026-11-21 14:03:59","size":77950,)"
+                                R"("verdict":"had not returned when the log ended","ended":false,)"
+                                R"("calls":68,"failed":4,"open":1,"threads":2,)"));
+    EXPECT_THAT(out, HasSubstr(R"("touched":[{"space":"1","address":"0x40000000","bytes":4,)"
+                               R"("block":{"name":"Timer","description":"load value and count",)"
+                               R"("call":15},"before":[]}]})"));
+    EXPECT_EQ(out.find('\n'), out.size() - 1);
+}
+
+}  // namespace

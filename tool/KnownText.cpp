@@ -1,0 +1,189 @@
+// Registers, memory and bytes as people read them. Tested by tests/tool/GoldenTest.cpp.
+
+#include "KnownText.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "CallLine.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+std::string RegisterName(const std::string& name, std::optional<std::uint64_t> number,
+                         std::uint64_t offset128)
+{
+    std::string text = name.empty() ? "r" + (number ? std::to_string(*number) : "?") : Printable(name);
+    if (offset128 != 0)
+        text += "[" + std::to_string(offset128) + "]";
+    return text;
+}
+
+std::string RegisterName(const KnownRegister& known)
+{
+    return RegisterName(known.name, known.number, known.offset128);
+}
+
+std::string ShortHex(std::uint64_t number)
+{
+    char digits[32];
+    std::snprintf(digits, sizeof digits, "0x%llx", static_cast<unsigned long long>(number));
+    return digits;
+}
+
+std::string HexDigits(std::string_view bytes)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        text.append(1, digits[value / 16]).append(1, digits[value % 16]);
+    }
+    return text;
+}
+
+std::string ValueText(std::string_view bytes)
+{
+    std::string digits = HexDigits(bytes);
+    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.empty() ? 0 : digits.size() - 1));
+    return "0x" + digits;
+}
+
+std::string_view Significant(std::string_view bytes, std::uint64_t bits)
+{
+    constexpr std::size_t unit = 4;
+    std::size_t count = std::size_t(std::min<std::uint64_t>((bits + 7) / 8, bytes.size()));
+    if (bits == 0) {
+        const std::size_t zeros = std::min(bytes.find_first_not_of('\0'), bytes.size());
+        count = (bytes.size() - zeros + unit - 1) / unit * unit;
+        count = std::min(std::max(count, unit), bytes.size());
+    }
+    return bytes.substr(bytes.size() - count);
+}
+
+std::string PlaceText(const std::string& space, std::uint64_t address)
+{
+    return Printable(space) + ":" + ShortHex(address);
+}
+
+std::string BytesText(std::string_view bytes, const std::vector<std::optional<char>>& known,
+                      const Terminal& terminal)
+{
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const bool isChanged = i < known.size() && known[i] && *known[i] != bytes[i];
+        const std::string digits = HexDigits(bytes.substr(i, 1));
+        text += isChanged ? terminal.Styled(Style::Failure, "*" + digits) : " " + digits;
+    }
+    if (known.empty() && !text.empty())
+        text.erase(0, 1);
+    return text;
+}
+
+std::string SourceText(const Source& source)
+{
+    std::string text = source.way == Way::Read ? "read #" : "wrote #";
+    text += std::to_string(source.call);
+    if (source.occurrence > 1)
+        text += "#" + std::to_string(source.occurrence);
+    return text;
+}
+
+namespace
+{
+
+void AddSource(Json& object, const Source& source, const Knowledge& known)
+{
+    object["call"] = source.call;
+    object["occurrence"] = source.occurrence;
+    object["way"] = source.way == Way::Read ? "read" : "wrote";
+    object["stale"] = known.IsStale(source);
+}
+
+}  // namespace
+
+Json KnownJson(const KnownRegister& item, const Knowledge& known)
+{
+    Json object = {
+        {"kind", "register"},
+        {"name", item.name.empty() ? Json() : Json(item.name)},
+        {"number", item.number ? Json(*item.number) : Json()},
+        {"offset128", item.offset128},
+        {"value", item.bytes.empty() ? Json() : Json(HexDigits(Significant(item.bytes, item.bits)))}};
+    if (!item.bytes.empty())
+        AddSource(object, item.source, known);
+    if (item.refused)
+        object["refused"] = {{"call", item.refused->call},
+                             {"way", item.refused->way == Way::Read ? "read" : "wrote"}};
+    return object;
+}
+
+Json KnownJson(const KnownMemory& item, const Knowledge& known)
+{
+    Json object = {{"kind", "memory"},
+                   {"space", item.space},
+                   {"space_name", item.spaceName},
+                   {"address", ShortHex(item.address)},
+                   {"value", HexDigits(item.bytes)}};
+    AddSource(object, item.source, known);
+    return object;
+}
+
+std::string ShellWord(const std::string& path)
+{
+    constexpr std::string_view plain =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./+,:@%";
+    if (!path.empty() && path.find_first_not_of(plain) == std::string::npos)
+        return path;
+    std::string word = "'";
+    for (const char c : path)
+        word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return Printable(word + "'");
+}
+
+std::size_t Columns(std::string_view text)
+{
+    return std::size_t(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
+}
+
+std::string Clipped(std::string text, std::size_t columns)
+{
+    constexpr std::string_view dots = "...";
+    if (Columns(text) <= columns || columns <= dots.size())
+        return text;
+    while (Columns(text) > columns - dots.size()) {
+        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xc0) == 0x80)
+            text.pop_back();
+        text.pop_back();
+    }
+    return text.append(dots);
+}
+
+std::string ItemLines(const std::string& label, const std::vector<std::string>& items, std::size_t width,
+                      const Terminal& terminal)
+{
+    constexpr std::size_t labelColumns = 11;
+    constexpr std::size_t gap = 3;
+    std::string text = terminal.Styled(Style::Quiet, label);
+    text += std::string(labelColumns - std::min(labelColumns, label.size()), ' ');
+    std::size_t used = labelColumns;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::string item = Clipped(items[i], width - std::min(width, labelColumns));
+        if (i != 0 && used + gap + Columns(item) > width) {
+            text += "\n" + std::string(labelColumns, ' ');
+            used = labelColumns;
+        } else if (i != 0) {
+            text += std::string(gap, ' ');
+            used += gap;
+        }
+        text += item;
+        used += Columns(item);
+    }
+    return text + "\n";
+}
+
+}  // namespace ScrivelTool
