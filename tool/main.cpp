@@ -38,6 +38,9 @@ constexpr Command commands[] = {
     {"cut", "a small log of the calls that the filter leaves",
      "scrivel cut --calls 55..68 run-4242.xml -o small.xml\nscrivel cut -f run-4242.xml -o failed.xml",
      MakeCut},
+    {"stats", "how often calls were made and how long they took",
+     "scrivel stats --sort median run-4242.xml\nscrivel stats --gaps --by thread run-4242.xml",
+     MakeStats},
 };
 
 const Command* Find(std::string_view name)

@@ -24,6 +24,11 @@ const Golden goldens[] = {
     {"summary-run", {"run-4243.xml"}},
     {"summary-connection", {"connection-4243.xml"}},
     {"summary-several", {"run-4243.xml", "connection-4243.xml", "crash-4242.xml"}},
+    {"stats-crash", {"stats", "crash-4242.xml"}},
+    {"stats-run", {"stats", "run-4243.xml"}},
+    {"stats-threads", {"stats", "--by", "thread", "run-4243.xml"}},
+    {"stats-gaps", {"stats", "--gaps", "--by", "parent", "run-4243.xml"}},
+    {"stats-status", {"stats", "--by", "status", "--sort", "calls", "run-4243.xml"}},
 };
 
 class GoldenTest : public SessionTest, public testing::WithParamInterface<Golden>
