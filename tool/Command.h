@@ -67,6 +67,7 @@ struct Commands
 Commands AllCommands();
 
 std::unique_ptr<Action> MakeCalls(CLI::App& options);
+std::unique_ptr<Action> MakeHistory(CLI::App& options);
 std::unique_ptr<Action> MakeShow(CLI::App& options);
 std::unique_ptr<Action> MakeCheck(CLI::App& options);
 std::unique_ptr<Action> MakeRecover(CLI::App& options);

@@ -41,6 +41,8 @@ constexpr Command commands[] = {
     {"stats", "how often calls were made and how long they took",
      "scrivel stats --sort median run-4242.xml\nscrivel stats --gaps --by thread run-4242.xml",
      MakeStats},
+    {"history", "every read and write of a register or an address",
+     "scrivel history pc crash-4242.xml\nscrivel history Memory:0x3000+16 crash-4242.xml", MakeHistory},
 };
 
 const Command* Find(std::string_view name)

@@ -29,6 +29,10 @@ const Golden goldens[] = {
     {"stats-threads", {"stats", "--by", "thread", "run-4243.xml"}},
     {"stats-gaps", {"stats", "--gaps", "--by", "parent", "run-4243.xml"}},
     {"stats-status", {"stats", "--by", "status", "--sort", "calls", "run-4243.xml"}},
+    {"history-register", {"history", "pc", "crash-4242.xml"}},
+    {"history-refused", {"history", "0", "run-4243.xml"}},
+    {"history-address", {"history", "0x3000", "run-4243.xml"}},
+    {"history-open", {"history", "Memory:0x40000000+8", "crash-4242.xml"}},
 };
 
 class GoldenTest : public SessionTest, public testing::WithParamInterface<Golden>

@@ -1,0 +1,353 @@
+// scrivel history: every read and write of a register or an address, in order. Tested by
+// tests/tool/HistoryTest.cpp.
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "CallLine.h"
+#include "Command.h"
+#include "DidYouMean.h"
+#include "Json.h"
+#include "KnownText.h"
+#include "LogArguments.h"
+#include "scrivel/CallFilter.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+constexpr std::size_t bytesInALine = 16;
+constexpr std::size_t mostLines = 100 * 1000;
+constexpr std::size_t mostNames = 16 * 1024;
+
+/// What was asked for: a register's name or number, or an address, of one space or of any.
+struct Asked
+{
+    std::string text;
+    bool isAddress = false;
+    std::string space;
+    std::uint64_t address = 0;
+    std::uint64_t size = 1;
+};
+
+/// pc  32  0x3000  Memory:0x3000  0x3000+16
+std::optional<Asked> ParseAsked(const std::string& text)
+{
+    Asked asked;
+    asked.text = text;
+    std::string rest = text;
+    if (const std::size_t colon = rest.rfind(":0x"); colon != std::string::npos) {
+        asked.space = rest.substr(0, colon);
+        rest.erase(0, colon + 1);
+    }
+    if (rest.substr(0, 2) != "0x")
+        return asked;
+    if (const std::size_t plus = rest.find('+'); plus != std::string::npos) {
+        const auto size = ParseLogNumber(rest.substr(plus + 1));
+        if (!size || *size == 0)
+            return {};
+        asked.size = *size;
+        rest.erase(plus);
+    }
+    const auto address = ParseLogNumber(rest);
+    if (!address)
+        return {};
+    asked.isAddress = true;
+    asked.address = *address;
+    return asked;
+}
+
+class History final : public Action
+{
+public:
+    explicit History(CLI::App& options)
+    {
+        options
+            .add_option("WHAT", what,
+                        "a register's name or number, or an address: pc, 32, 0x3000, Memory:0x3000+16")
+            ->required();
+        logs.AddTo(options);
+        logs.AddJsonTo(options);
+        filter.AddTo(options);
+    }
+
+    Exit Run(Terminal& terminal) override
+    {
+        logs.Prepare(terminal);
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
+        const auto asked = ParseAsked(what);
+        if (!asked) {
+            terminal.Error("\"" + what + "\" is no address: 0x3000, Memory:0x3000, 0x3000+16");
+            return Exit::Trouble;
+        }
+        bool trouble = false;
+        bool found = false;
+        std::set<std::string> names;
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        for (const std::string& path : paths) {
+            OneLog log(*this, *asked, *chosen, terminal, path);
+            const auto end = ReadLog(path, log, {}, terminal);
+            trouble = trouble || !end || !end->isLog;
+            if (end && !end->isLog)
+                terminal.Error(path, {}, "this is no log");
+            if (!logs.Json())
+                log.Print(paths.size() > 1);
+            found = found || log.Found();
+            names.insert(log.Names().begin(), log.Names().end());
+        }
+        if (!found && !trouble)
+            TellNothing(*asked, names, terminal);
+        return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
+    }
+
+private:
+    static void TellNothing(const Asked& asked, const std::set<std::string>& names, Terminal& terminal)
+    {
+        std::string text = "no call reads or writes " +
+                           std::string(asked.isAddress ? "the address " : "the register ") + asked.text;
+        if (!asked.isAddress)
+            if (const std::string near = Nearest(asked.text, {names.begin(), names.end()}); !near.empty())
+                text += "; did you mean " + near + "?";
+        terminal.Error(Printable(text));
+    }
+
+    class OneLog final : public LogHandler
+    {
+    public:
+        OneLog(const History& itsCommand, const Asked& itsAsked, const CallFilter& itsFilter,
+               Terminal& itsTerminal, const std::string& itsPath)
+            : command(itsCommand), asked(itsAsked), chosen(itsFilter), terminal(itsTerminal),
+              path(itsPath)
+        {
+        }
+
+        void Entered(const Call& call) override { known.Entered(call); }
+        void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
+        void Ended(Call& call) override
+        {
+            const Access access = known.AccessBy(call);
+            if (!asked.isAddress)
+                for (const RegisterAccess& one : access.registers)
+                    AddRegister(call, one);
+            else
+                for (const MemoryAccess& one : access.memory)
+                    AddMemory(call, one);
+            if (call.Returned())
+                known.Ended(call, access);
+        }
+
+        bool Found() const { return found; }
+        const std::set<std::string>& Names() const { return names; }
+
+        void Print(bool toNameLog)
+        {
+            if (lines.empty())
+                return;
+            std::string text = terminal.Styled(Style::Name, Printable(title));
+            if (toNameLog)
+                text += " in " + Printable(path);
+            text += ": " + now;
+            if (succeededAt && known.IsStale(*succeededAt))
+                text += "; target ran since (#" + std::to_string(*known.LastRun()) + ")";
+            text += "\n";
+            if (dropped != 0)
+                text += "(" + std::to_string(dropped) + " earlier ones left out)\n";
+            terminal.Print(text);
+            for (const std::string& line : lines)
+                terminal.Print(line);
+            terminal.Print(terminal.Styled(Style::Quiet, "next: scrivel show " + lastCall + " " +
+                                                             ShellWord(path) + ", scrivel state --at " +
+                                                             lastCall + " " + ShellWord(path)) +
+                           "\n");
+        }
+
+    private:
+        bool IsAsked(const RegisterAccess& access) const
+        {
+            if (const auto described = known.Described(asked.text))
+                return access.number == described->number;
+            return access.name == asked.text ||
+                   (access.number && asked.text == std::to_string(*access.number));
+        }
+
+        void AddRegister(const Call& call, const RegisterAccess& access)
+        {
+            if (!access.name.empty() && names.size() < mostNames)
+                names.insert(access.name);
+            if (!IsAsked(access) || !chosen.Matches(call))
+                return;
+            const auto before = known.Find(access);
+            const auto described =
+                access.number ? known.Described(std::to_string(*access.number)) : std::nullopt;
+            std::string name = access.name;
+            if (name.empty())
+                name = before && !before->name.empty() ? before->name : described ? described->name : "";
+            const std::uint64_t bits = described ? described->bits : 0;
+            title = RegisterName(name, access.number, 0);
+            if (access.number && !name.empty())
+                title += " (register " + std::to_string(*access.number) +
+                         (bits != 0 ? ", " + std::to_string(bits) + " bits)" : ")");
+
+            const std::string_view bytes = Significant(access.bytes, bits);
+            std::vector<std::optional<char>> earlier(bytes.size());
+            if (before && before->bytes.size() == access.bytes.size())
+                for (std::size_t i = 0; i < bytes.size(); ++i)
+                    earlier[i] = before->bytes[before->bytes.size() - bytes.size() + i];
+            const std::string place =
+                access.offset128 == 0 ? "" : "[" + std::to_string(access.offset128) + "]";
+            Add(call, access.way, place, bytes, earlier,
+                access.bytes.empty() ? "" : ValueText(access.bytes), bytes.size());
+        }
+
+        void AddMemory(const Call& call, const MemoryAccess& access)
+        {
+            const bool isSpace = asked.space.empty() || asked.space == access.space ||
+                                 asked.space == access.spaceName ||
+                                 asked.space == known.SpaceName(access.space);
+            if (!isSpace || access.size == 0 || asked.address - access.address >= access.size) {
+                const bool beginsWithin = access.address - asked.address < asked.size;
+                if (!isSpace || access.size == 0 || !beginsWithin)
+                    return;
+            }
+            if (!chosen.Matches(call))
+                return;
+            const std::uint64_t from = std::max(asked.address, access.address);
+            const auto skipped = std::size_t(from - access.address);
+            const std::string_view bytes =
+                std::string_view(access.bytes).substr(std::min(skipped, access.bytes.size()));
+            std::vector<std::optional<char>> earlier(bytes.size());
+            for (const KnownMemory& part : known.MemoryAt(access.space, from, bytes.size()))
+                for (std::size_t i = 0; i < part.bytes.size(); ++i)
+                    earlier[std::size_t(part.address - from) + i] = part.bytes[i];
+            const std::string space = access.spaceName.empty() ? access.space : access.spaceName;
+            if (title.empty()) {
+                title = PlaceText(space, asked.address);
+                if (const auto block = known.BlockAt(access.space, asked.address))
+                    title += " in block " + block->name;
+            }
+            Add(call, access.way, PlaceText(space, from), bytes, earlier,
+                HexDigits(bytes.substr(0, 4)) + (bytes.size() > 4 ? "..." : ""), access.size - skipped);
+        }
+
+        void Add(const Call& call, Way way, const std::string& place, std::string_view bytes,
+                 const std::vector<std::optional<char>>& earlier, const std::string& value,
+                 std::uint64_t size)
+        {
+            found = true;
+            lastCall = std::to_string(call.number);
+            const bool succeeded = Succeeded(call);
+            const std::string verb = way == Way::Read ? "read" : "wrote";
+            if (command.logs.Json()) {
+                PrintJson(call, verb, place, bytes, earlier, size);
+                return;
+            }
+            if (lastRuns != known.Runs() && !lines.empty()) {
+                const std::uint64_t times = known.Runs() - lastRuns;
+                Keep(terminal.Styled(Style::Quiet,
+                                     "        target ran" +
+                                         (times == 1 ? std::string(" ")
+                                                     : " " + std::to_string(times) + " times, last ") +
+                                         "(#" + std::to_string(*known.LastRun()) + ")") +
+                     "\n");
+            }
+            lastRuns = known.Runs();
+
+            const std::string number = "#" + NumberText(call);
+            std::string line = std::string(6 - std::min<std::size_t>(6, number.size()), ' ') + number +
+                               terminal.Styled(Style::Quiet, "  " + TimeText(call.callTime)) + "  " +
+                               (way == Way::Read ? "read " : "wrote") + " ";
+            if (!place.empty())
+                line += place + " ";
+            line += BytesText(bytes.substr(0, bytesInALine), earlier, terminal);
+            if (size > bytesInALine || bytes.size() < size)
+                line += (bytes.empty() ? "" : " ... ") + ("(" + std::to_string(size) + " bytes)");
+            if (!succeeded)
+                line += "  " + terminal.Styled(Style::Failure, StatusText(call));
+            Keep(line + "\n");
+
+            if (succeeded) {
+                succeededAt.emplace();
+                succeededAt->runs = known.Runs();
+                now = value + (value.empty() ? "" : ", ") + (way == Way::Read ? "read" : "written") +
+                      " by #" + NumberText(call);
+            } else if (now.empty()) {
+                now = "no access to it succeeded";
+            }
+        }
+
+        void Keep(std::string line)
+        {
+            lines.push_back(std::move(line));
+            if (lines.size() > mostLines) {
+                lines.pop_front();
+                ++dropped;
+            }
+        }
+
+        void PrintJson(const Call& call, const std::string& verb, const std::string& place,
+                       std::string_view bytes, const std::vector<std::optional<char>>& earlier,
+                       std::uint64_t size)
+        {
+            Json changed = Json::array();
+            for (std::size_t i = 0; i < bytes.size(); ++i)
+                if (earlier[i] && *earlier[i] != bytes[i])
+                    changed.push_back(i);
+            const auto ran = known.LastRun();
+            terminal.Print(JsonLine({{"schema", jsonSchema},
+                                     {"log", path},
+                                     {"call", call.number},
+                                     {"occurrence", call.occurrence},
+                                     {"name", call.name},
+                                     {"call_time", ToJson(call.callTime)},
+                                     {"what", asked.isAddress ? place : title},
+                                     {"way", verb},
+                                     {"bytes", size},
+                                     {"value", bytes.empty() ? Json() : Json(HexDigits(bytes))},
+                                     {"changed", std::move(changed)},
+                                     {"succeeded", Succeeded(call)},
+                                     {"status", call.status.empty() ? Json() : Json(call.status)},
+                                     {"ran_last_in", ran ? Json(*ran) : Json()}}));
+        }
+
+        const History& command;
+        const Asked& asked;
+        const CallFilter& chosen;
+        Terminal& terminal;
+        const std::string& path;
+        Knowledge known;
+        std::set<std::string> names;  // of registers, for "did you mean"
+        std::string title;
+        std::optional<Source> succeededAt;
+        std::string now;  // the last access that succeeded
+        std::string lastCall;
+        std::deque<std::string> lines;
+        std::size_t dropped = 0;
+        std::uint64_t lastRuns = 0;
+        bool found = false;
+    };
+
+    std::string what;
+    LogArguments logs;
+    FilterArguments filter;
+};
+
+}  // namespace
+
+std::unique_ptr<Action> MakeHistory(CLI::App& options)
+{
+    return std::make_unique<History>(options);
+}
+
+}  // namespace ScrivelTool
