@@ -72,6 +72,7 @@ std::unique_ptr<Action> MakeShow(CLI::App& options);
 std::unique_ptr<Action> MakeCheck(CLI::App& options);
 std::unique_ptr<Action> MakeRecover(CLI::App& options);
 std::unique_ptr<Action> MakeCut(CLI::App& options);
+std::unique_ptr<Action> MakeState(CLI::App& options);
 std::unique_ptr<Action> MakeStats(CLI::App& options);
 std::unique_ptr<Action> MakeSummary(CLI::App& options);
 

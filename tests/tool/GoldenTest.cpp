@@ -33,6 +33,9 @@ const Golden goldens[] = {
     {"history-refused", {"history", "0", "run-4243.xml"}},
     {"history-address", {"history", "0x3000", "run-4243.xml"}},
     {"history-open", {"history", "Memory:0x40000000+8", "crash-4242.xml"}},
+    {"state-crash", {"state", "--at", "68", "crash-4242.xml"}},
+    {"state-run", {"state", "run-4243.xml"}},
+    {"state-early", {"state", "--at", "30", "run-4243.xml"}},
 };
 
 class GoldenTest : public SessionTest, public testing::WithParamInterface<Golden>

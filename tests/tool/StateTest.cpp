@@ -1,0 +1,44 @@
+// Registers and memory as the debugger had seen them. tests/tool/GoldenTest.cpp holds whole outputs.
+
+#include <gmock/gmock.h>
+
+#include "tool/SessionLogs.h"
+
+using namespace ScrivelTest;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace
+{
+
+class State : public SessionTest
+{
+};
+
+TEST_F(State, KnowsNothingOfTheCallItself)
+{
+    EXPECT_THAT(Run({"state", "--at", "61", "crash-4242.xml"}).out,
+                HasSubstr("\n  pc    0x00003000  wrote #54  stale: target ran (#55)\n"));
+    EXPECT_THAT(Run({"state", "--at", "62", "crash-4242.xml"}).out,
+                HasSubstr("\n  pc    0x00003000  wrote #61\n"));
+}
+
+TEST_F(State, IsJsonOneObjectAValue)
+{
+    const std::string out = Run({"state", "--json", "--at", "62", "crash-4242.xml"}).out;
+    EXPECT_THAT(out, HasSubstr(R"({"schema":1,"log":"crash-4242.xml","at":62,"kind":"register",)"
+                               R"("name":"pc","number":32,"offset128":0,"value":"00003000","call":61,)"
+                               R"("occurrence":1,"way":"wrote","stale":false})"));
+    EXPECT_THAT(out, HasSubstr(R"("kind":"memory","space":"1","space_name":"Memory",)"
+                               R"("address":"0x2000","value":"39a34f41","call":41,)"
+                               R"("occurrence":1,"way":"read","stale":true})"));
+}
+
+TEST_F(State, TellsThatACallIsntThere)
+{
+    const Outcome outcome = Run({"state", "--at", "99", "crash-4242.xml"});
+    EXPECT_EQ(outcome.error, "scrivel: there is no call 99\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+}  // namespace

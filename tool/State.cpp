@@ -1,0 +1,284 @@
+// scrivel state: registers and memory as the debugger had seen them. Tested by tests/tool/StateTest.cpp.
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "CallLine.h"
+#include "Command.h"
+#include "Json.h"
+#include "KnownText.h"
+#include "LogArguments.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+constexpr std::size_t bytesInALine = 16;
+constexpr std::size_t mostLinesOfAPlace = 16;
+
+class State final : public Action
+{
+public:
+    explicit State(CLI::App& options)
+    {
+        options.add_option("--at", at, "before this call; without it at the end of the log")
+            ->type_name("N");
+        logs.AddTo(options);
+        logs.AddJsonTo(options);
+    }
+
+    Exit Run(Terminal& terminal) override
+    {
+        logs.Prepare(terminal);
+        bool trouble = false;
+        bool found = false;
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        for (const std::string& path : paths) {
+            OneLog log(at, terminal, path);
+            const auto end = ReadLog(path, log, {}, terminal);
+            trouble = trouble || !end || !end->isLog;
+            if (end && !end->isLog)
+                terminal.Error(path, {}, "this is no log");
+            if (!log.Reached())
+                continue;
+            found = true;
+            if (logs.Json())
+                log.PrintJson();
+            else
+                log.Print(paths.size() > 1);
+        }
+        if (!found && !trouble)
+            terminal.Error("there is no call " + std::to_string(at.value_or(0)));
+        return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
+    }
+
+private:
+    class OneLog final : public LogHandler
+    {
+    public:
+        OneLog(const std::optional<std::uint64_t>& itsAt, Terminal& itsTerminal,
+               const std::string& itsPath)
+            : at(itsAt), terminal(itsTerminal), path(itsPath)
+        {
+        }
+
+        void Entered(const Call& call) override
+        {
+            if (reached)
+                return;
+            if (at && call.number == *at) {
+                reached = true;
+                reachedBy = call.number;
+                name = call.name;
+
+                return;
+            }
+            known.Entered(call);
+        }
+        void TakenBack(const Call& call) override
+        {
+            // The element is damaged: what was known before it stands, but it is no call.
+            if (reached && call.number == reachedBy)
+                isDamaged = true;
+        }
+        void Ended(Call& call) override
+        {
+            if (!reached && call.Returned())
+                known.Ended(call, known.AccessBy(call));
+        }
+        void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
+
+        bool Reached() const { return reached || !at; }
+
+        void PrintJson() const
+        {
+            const auto print = [&](Json item) {
+                Json object = {{"schema", jsonSchema}, {"log", path}, {"at", at ? Json(*at) : Json()}};
+                object.update(item);
+                terminal.Print(JsonLine(object));
+            };
+            for (const KnownRegister& item : known.Registers())
+                print(KnownJson(item, known));
+            for (const KnownMemory& item : known.Memory())
+                print(KnownJson(item, known));
+        }
+
+        void Print(bool toNameLog) const
+        {
+            const std::vector<KnownRegister> registers = known.Registers();
+            const std::vector<KnownMemory> memory = known.Memory();
+            std::string text = Title(toNameLog, registers, memory) + "\n";
+            if (!registers.empty())
+                text += terminal.Styled(Style::Quiet, "registers") + "\n" + RegistersText(registers);
+            if (!memory.empty())
+                text += terminal.Styled(Style::Quiet, "memory") + "\n";
+            for (const KnownMemory& place : memory)
+                text += MemoryText(place);
+            if (known.IsIncomplete())
+                text +=
+                    terminal.Styled(Style::Damage, "more than this was seen: there was no room for it") +
+                    "\n";
+            terminal.Print(text + Next(registers, memory));
+        }
+
+    private:
+        std::string Title(bool toNameLog, const std::vector<KnownRegister>& registers,
+                          const std::vector<KnownMemory>& memory) const
+        {
+            std::uint64_t values = 0;
+            std::uint64_t stale = 0;
+            std::uint64_t bytes = 0;
+            for (const KnownRegister& item : registers) {
+                values += item.bytes.empty() ? 0u : 1u;
+                stale += !item.bytes.empty() && known.IsStale(item.source) ? 1u : 0u;
+            }
+            std::uint64_t staleBytes = 0;
+            for (const KnownMemory& place : memory) {
+                bytes += place.size;
+                staleBytes += known.IsStale(place.source) ? place.size : 0;
+            }
+            std::string text = "at the end";
+            if (at)
+                text = "before call " +
+                       terminal.Styled(Style::Name, std::to_string(*at) + " " + Printable(name)) +
+                       (isDamaged ? " (damaged)" : "");
+            if (toNameLog)
+                text += " in " + Printable(path);
+            if (values == 0 && bytes == 0)
+                return text + ": nothing was known of registers and memory";
+            text += ": " + std::to_string(values) + (values == 1 ? " register" : " registers");
+            if (stale != 0)
+                text += " (" + std::to_string(stale) + " stale)";
+            text += ", " + std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+            if (staleBytes != 0)
+                text += " (" + std::to_string(staleBytes) + " stale)";
+            return text;
+        }
+
+        std::string Age(const Source& source) const
+        {
+            if (source.whileRunning)
+                return terminal.Styled(Style::Damage, "  stale: target was running");
+            if (known.IsStale(source))
+                return terminal.Styled(Style::Damage,
+                                       "  stale: target ran (#" + std::to_string(*known.LastRun()) + ")");
+            return "";
+        }
+
+        std::string RegistersText(const std::vector<KnownRegister>& registers) const
+        {
+            std::size_t names = 0;
+            std::size_t values = 0;
+            std::size_t sources = 0;
+            for (const KnownRegister& item : registers) {
+                names = std::max(names, Columns(RegisterName(item)));
+                values = std::max(values, Value(item).size());
+                sources = std::max(sources, SourceText(item.source).size());
+            }
+            std::string text;
+            for (const KnownRegister& item : registers) {
+                if (item.bytes.empty() && !item.refused)
+                    continue;
+                const std::string itsName = RegisterName(item);
+                std::string line = "  " + terminal.Styled(Style::Name, itsName) +
+                                   std::string(names - Columns(itsName) + 2, ' ');
+                const std::string value = Value(item);
+                line += value + std::string(values - value.size() + 2, ' ');
+                std::string rest;
+                if (!item.bytes.empty()) {
+                    const std::string source = SourceText(item.source);
+                    rest = source + std::string(sources - source.size(), ' ') + Age(item.source);
+                }
+                if (item.refused) {
+                    if (!rest.empty())
+                        rest += "  ";
+                    rest += terminal.Styled(
+                        Style::Failure, std::string(item.refused->way == Way::Wrote ? "write" : "read") +
+                                            " refused #" + std::to_string(item.refused->call));
+                }
+                while (!rest.empty() && rest.back() == ' ')
+                    rest.pop_back();
+                text += line + rest + "\n";
+            }
+            return text;
+        }
+
+        static std::string Value(const KnownRegister& item)
+        {
+            return item.bytes.empty() ? "?" : "0x" + HexDigits(Significant(item.bytes, item.bits));
+        }
+
+        std::string MemoryText(const KnownMemory& place) const
+        {
+            std::string text = "  " +
+                               terminal.Styled(Style::Name, PlaceText(place.spaceName, place.address)) +
+                               "  " + std::to_string(place.size) +
+                               (place.size == 1 ? " byte, " : " bytes, ") + SourceText(place.source);
+            if (const auto block = known.BlockAt(place.space, place.address))
+                text += ", in " + Printable(block->name);
+            text += Age(place.source) + "\n";
+            std::size_t lines = 0;
+            for (std::size_t from = 0; from < place.bytes.size(); from += bytesInALine) {
+                if (++lines > mostLinesOfAPlace) {
+                    text += "    ... " + std::to_string(place.bytes.size() - from) + " more\n";
+                    break;
+                }
+                const std::string_view row = std::string_view(place.bytes).substr(from, bytesInALine);
+                std::string digits = BytesText(row, {}, terminal);
+                digits.resize(bytesInALine * 3, ' ');
+                std::string letters;
+                for (const char byte : row)
+                    letters += byte >= ' ' && byte < 0x7f ? byte : '.';
+                text += "    " + digits + " " + letters + "\n";
+            }
+            return text;
+        }
+
+        std::string Next(const std::vector<KnownRegister>& registers,
+                         const std::vector<KnownMemory>& memory) const
+        {
+            std::string text = "next: scrivel ";
+            if (!registers.empty())
+                text += "history " +
+                        ShellWord(RegisterName(registers.front().name, registers.front().number, 0)) +
+                        " ";
+            else if (!memory.empty())
+                text += "history " + ShortHex(memory.front().address) + " ";
+            else
+                text += "calls ";
+            text += ShellWord(path);
+            if (at)
+                text += ", scrivel show " + std::to_string(*at) + " " + ShellWord(path);
+            return terminal.Styled(Style::Quiet, text) + "\n";
+        }
+
+        const std::optional<std::uint64_t>& at;
+        Terminal& terminal;
+        const std::string& path;
+        Knowledge known;
+        bool reached = false;
+        bool isDamaged = false;
+        std::uint64_t reachedBy = 0;
+        std::string name;
+    };
+
+    std::optional<std::uint64_t> at;
+    LogArguments logs;
+};
+
+}  // namespace
+
+std::unique_ptr<Action> MakeState(CLI::App& options)
+{
+    return std::make_unique<State>(options);
+}
+
+}  // namespace ScrivelTool
