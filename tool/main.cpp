@@ -11,6 +11,7 @@
 
 #include "Command.h"
 #include "DidYouMean.h"
+#include "Pages.h"
 #include "Terminal.h"
 #include "Version.h"
 #include "scrivel/LogInput.h"
@@ -64,7 +65,9 @@ std::string Help()
         text += "  " + std::string(command.name) + std::string(12 - command.name.size(), ' ') +
                 std::string(command.summary) + "\n";
     }
-    return text + "\nscrivel COMMAND --help tells a command's options.\n";
+    return text +
+           "\nscrivel COMMAND --help tells a command's options, scrivel --man prints the man page,\n"
+           "scrivel --completion bash (zsh, fish) what completes words in that shell.\n";
 }
 
 std::string VersionText()
@@ -132,6 +135,17 @@ Exit Run(const Command& command, std::vector<std::string> arguments, Terminal& t
     return action->Run(terminal);
 }
 
+Exit PrintCompletion(const std::vector<std::string>& arguments, Terminal& terminal)
+{
+    const auto text = Completion(arguments.size() == 2 ? arguments[1] : "", AllCommands());
+    if (!text) {
+        terminal.Error("--completion is for bash, zsh or fish");
+        return Exit::Trouble;
+    }
+    terminal.Print(*text);
+    return Exit::Found;
+}
+
 Exit Run(std::vector<std::string> arguments, Terminal& terminal)
 {
     if (arguments.empty() || arguments.front() == "--help" || arguments.front() == "-h" ||
@@ -143,6 +157,12 @@ Exit Run(std::vector<std::string> arguments, Terminal& terminal)
         terminal.Print(VersionText());
         return Exit::Found;
     }
+    if (arguments.front() == "--man") {
+        terminal.Print(ManPage(AllCommands()));
+        return Exit::Found;
+    }
+    if (arguments.front() == "--completion")
+        return PrintCompletion(arguments, terminal);
     if (arguments.front() == "help") {
         arguments.erase(arguments.begin());
         arguments.emplace_back("--help");

@@ -1,0 +1,181 @@
+// Completions and the man page beside what --help says of each command.
+
+#include <cstdlib>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tool/Program.h"
+
+using namespace ScrivelTest;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+
+namespace
+{
+
+using Words = std::set<std::string>;
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+class Pages : public ToolTest
+{
+protected:
+    Words Commands() const
+    {
+        Words commands;
+        bool listed = false;
+        for (const std::string& line : Lines(Run({"--help"}).out)) {
+            listed = (listed && !line.empty()) || line == "Commands:";
+            if (listed && line[0] == ' ')
+                commands.insert(line.substr(2, line.find(' ', 2) - 2));
+        }
+        return commands;
+    }
+
+    /// "-n" and "--name" of `-n,--name GLOB,...`.
+    Words OptionsOf(const std::string& command) const
+    {
+        static const std::regex pattern("^  (-[A-Za-z])?,?(--[a-z-]+)?( .*)?$");
+        Words options;
+        for (const std::string& line : Lines(Run({command, "--help"}).out)) {
+            std::smatch found;
+            if (!std::regex_match(line, found, pattern))
+                continue;
+            for (const std::size_t name : {1U, 2U})
+                if (found[name].matched)
+                    options.insert(found[name]);
+        }
+        return options;
+    }
+
+    /// What bash offers in place of the last word.
+    std::vector<std::string> Completed(const std::vector<std::string>& words) const
+    {
+        Write("completion", Run({"--completion", "bash"}).out);
+        std::string line;
+        for (const std::string& word : words)
+            line += " '" + word + "'";
+        Write("complete.sh", ". ./completion\nCOMP_WORDS=(scrivel" + line +
+                                 ")\nCOMP_CWORD=" + std::to_string(words.size()) +
+                                 "\n_scrivel\nprintf '%s\\n' \"${COMPREPLY[@]}\" >completed\n");
+        EXPECT_EQ(std::system(("cd '" + Folder() + "' && bash complete.sh").c_str()), 0);
+        return Lines(Read("completed"));
+    }
+
+    bool Shell(const std::string& shell, const std::string& script) const
+    {
+        Write("script", script);
+        return std::system(("cd '" + Folder() + "' && " + shell + " script").c_str()) == 0;
+    }
+};
+
+TEST_F(Pages, HelpShowsTwoExamplesOfEachCommand)
+{
+    const Words commands = Commands();
+    EXPECT_THAT(commands, IsSupersetOf({"calls", "show"}));
+    for (const std::string& command : commands) {
+        const std::string help = Run({command, "--help"}).out;
+        const std::size_t examples = help.find("Examples:\n");
+        ASSERT_NE(examples, std::string::npos) << command;
+        int count = 0;
+        for (const std::string& line : Lines(help.substr(examples)))
+            count += line.rfind("  scrivel ", 0) == 0 ? 1 : 0;
+        EXPECT_EQ(count, 2) << command;
+    }
+}
+
+TEST_F(Pages, ManPageHasEachOptionOfEachCommand)
+{
+    const std::string page = Run({"--man"}).out;
+    const std::string filter = page.substr(page.find(".SH CHOOSING CALLS\n"));
+    for (const std::string& command : Commands()) {
+        const std::size_t begin = page.find(".SS " + command + "\n");
+        ASSERT_NE(begin, std::string::npos) << command;
+        const std::string section = page.substr(begin, page.find("\n.S", begin + 1) - begin);
+        const Words options = OptionsOf(command);
+        EXPECT_THAT(options, Contains("--help")) << command;
+        for (const std::string& option : options) {
+            const std::string name = "\\fB" + std::regex_replace(option, std::regex("-"), "\\-") + "\\fR";
+            EXPECT_NE((section + filter).find(name), std::string::npos) << command << " " << option;
+        }
+    }
+}
+
+TEST_F(Pages, BashCompletesEachOptionOfEachCommand)
+{
+    for (const std::string& command : Commands()) {
+        const std::vector<std::string> offered = Completed({command, "-"});
+        EXPECT_EQ(Words(offered.begin(), offered.end()), OptionsOf(command)) << command;
+    }
+}
+
+TEST_F(Pages, BashCompletesCommandsWordsAndLogs)
+{
+    Write("calm.xml", LogOf(""));
+    EXPECT_THAT(Completed({"cal"}), ElementsAre("calls", "calm.xml"));
+    EXPECT_THAT(Completed({"help", "cal"}), ElementsAre("calls"));
+    EXPECT_THAT(Completed({"calls", "--color", "a"}), ElementsAre("auto", "always"));
+    EXPECT_THAT(Completed({"calls", "--last", ""}), ElementsAre(""));
+    EXPECT_THAT(Completed({"calls", "cal"}), ElementsAre("calm.xml"));
+}
+
+TEST_F(Pages, ZshAndFishHaveEachOption)
+{
+    const std::string zsh = Run({"--completion", "zsh"}).out;
+    const std::string fish = Run({"--completion", "fish"}).out;
+    for (const std::string& command : Commands()) {
+        EXPECT_THAT(zsh, HasSubstr("        " + command + ")\n"));
+        const std::size_t begin = zsh.find("        " + command + ")\n");
+        const std::string section = zsh.substr(begin, zsh.find(";;", begin) - begin);
+        std::string forFish;
+        for (const std::string& line : Lines(fish))
+            if (line.find("'__fish_seen_subcommand_from " + command + "'") != std::string::npos)
+                forFish += line + "\n";
+        for (const std::string& option : OptionsOf(command)) {
+            EXPECT_TRUE(std::regex_search(section, std::regex("['{,]" + option + "[\\[,}]")))
+                << command << " " << option;
+            const bool isLong = option[1] == '-';
+            EXPECT_THAT(forFish, HasSubstr(isLong ? " -l " + option.substr(2) + " "
+                                                  : " -s " + option.substr(1) + " "));
+        }
+    }
+}
+
+TEST_F(Pages, ZshTakesItsCompletion)
+{
+    if (std::system("command -v zsh >/dev/null") != 0)
+        GTEST_SKIP() << "there is no zsh";
+    EXPECT_TRUE(Shell("zsh -n", Run({"--completion", "zsh"}).out));
+}
+
+TEST_F(Pages, FishCompletesOptions)
+{
+    if (std::system("command -v fish >/dev/null") != 0)
+        GTEST_SKIP() << "there is no fish";
+    EXPECT_TRUE(Shell("HOME=$PWD fish", Run({"--completion", "fish"}).out +
+                                            "complete --do-complete 'scrivel calls --las' >completed\n"));
+    EXPECT_THAT(Read("completed"), HasSubstr("--last"));
+}
+
+TEST_F(Pages, NoOtherShellIsCompleted)
+{
+    const Outcome outcome = Run({"--completion", "csh"});
+    EXPECT_EQ(outcome.error, "scrivel: --completion is for bash, zsh or fish\n");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+}  // namespace

@@ -1,0 +1,413 @@
+// Completions and the man page: every command and every option is in them, as its parser names them.
+// Tested by tests/tool/PagesTest.cpp.
+
+#include "Pages.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "Version.h"
+
+namespace ScrivelTool
+{
+
+namespace
+{
+
+/// An option as it is typed.
+struct OptionText
+{
+    std::vector<std::string> names;  // "-n", "--name"
+    std::string value;               // "GLOB,..."; empty for a flag
+    std::vector<std::string> words;  // those that the value may be; empty when it may be any
+    std::string help;
+    bool isFilter = false;
+};
+
+struct CommandText
+{
+    std::string name;  // empty for what runs without a command
+    std::string summary;
+    std::vector<std::string> examples;
+    std::vector<std::string> arguments;  // "N", "LOG..."
+    std::vector<OptionText> options;
+};
+
+std::vector<std::string> Split(std::string_view text, char separator)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, begin), text.size());
+        if (end != begin)
+            parts.emplace_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return parts;
+}
+
+std::string Join(const std::vector<std::string>& parts, std::string_view separator)
+{
+    std::string joined;
+    for (const std::string& part : parts)
+        joined += (joined.empty() ? "" : std::string(separator)) + part;
+    return joined;
+}
+
+std::string Replaced(std::string text, std::string_view what, std::string_view by)
+{
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+        text.replace(at, what.size(), by);
+    return text;
+}
+
+OptionText TextOf(const CLI::Option& option)
+{
+    OptionText text;
+    for (const std::string& name : option.get_snames())
+        text.names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames())
+        text.names.push_back("--" + name);
+    if (option.get_items_expected_max() != 0) {
+        // CLI11 appends the words that may be chosen: WHEN:{auto,always,never}
+        const std::string type = option.get_type_name();
+        const std::size_t words = type.find(":{");
+        text.value = type.substr(0, words);
+        if (words != std::string::npos)
+            text.words = Split(std::string_view(type).substr(words + 2, type.size() - words - 3), ',');
+    }
+    text.help = option.get_description();
+    text.isFilter = option.get_group() == "Filter";
+    return text;
+}
+
+CommandText TextOf(const Command& command)
+{
+    CLI::App app;
+    const std::unique_ptr<Action> action = command.make(app);
+    CommandText text;
+    text.name = command.name;
+    text.summary = command.summary;
+    text.examples = Split(command.examples, '\n');
+    for (const CLI::Option* const option : app.get_options()) {
+        if (option->get_positional())
+            text.arguments.push_back(option->get_name() +
+                                     (option->get_items_expected_max() > 1 ? "..." : ""));
+        else
+            text.options.push_back(TextOf(*option));
+    }
+    return text;
+}
+
+std::vector<CommandText> TextOf(const Commands& commands)
+{
+    std::vector<CommandText> texts;
+    for (const Command& command : commands)
+        texts.push_back(TextOf(command));
+    return texts;
+}
+
+bool NamesFile(const OptionText& option)
+{
+    return option.value == "FILE";
+}
+
+// ---- bash
+// -----------------------------------------------------------------------------------------------
+
+/// The names of the options for which `chosen` holds, between blanks.
+template <typename Chosen>
+std::string Names(const CommandText& command, Chosen chosen)
+{
+    std::string names;
+    for (const OptionText& option : command.options)
+        if (chosen(option))
+            names += " " + Join(option.names, " ");
+    return names.empty() ? "" : names.substr(1);
+}
+
+std::string ForBash(const std::vector<CommandText>& commands)
+{
+    std::string names;
+    std::string cases;
+    for (const CommandText& command : commands) {
+        if (!command.name.empty())
+            names += command.name + " ";
+        cases += "        " + (command.name.empty() ? "''" : command.name) + ")\n            options='" +
+                 Names(command, [](const OptionText&) { return true; }) + "'\n            values='" +
+                 Names(command,
+                       [](const OptionText& option) {
+                           return !option.value.empty() && option.words.empty() && !NamesFile(option);
+                       }) +
+                 "'\n";
+        for (const OptionText& option : command.options)
+            if (!option.words.empty())
+                cases += "            [[ ' " + Join(option.names, " ") +
+                         " ' != *\" $before \"* ]] || words='" + Join(option.words, " ") + "'\n";
+        cases += "            ;;\n";
+    }
+    return "# Completes the words of scrivel in bash.\n"
+           "_scrivel()\n"
+           "{\n"
+           "    local commands='" +
+           names +
+           "help'\n"
+           "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=''\n"
+           "    local options='' values='' words=''\n"
+           "    COMPREPLY=()\n"
+           "    if ((COMP_CWORD > 1)) && [[ \" $commands \" == *\" ${COMP_WORDS[1]} \"* ]]; then\n"
+           "        command=${COMP_WORDS[1]}\n"
+           "    fi\n"
+           "    case $command in\n" +
+           cases +
+           "        help) words=$commands ;;\n"
+           "    esac\n"
+           "    if [[ $words ]]; then\n"
+           "        mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
+           "    elif [[ $word == -* ]]; then\n"
+           "        mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
+           "    elif [[ \" $values \" != *\" $before \"* ]]; then\n"
+           "        ((COMP_CWORD > 1)) || words=$commands\n"
+           "        mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\"; compgen -f -- "
+           "\"$word\")\n"
+           "    fi\n"
+           "}\n"
+           "complete -o filenames -F _scrivel scrivel\n";
+}
+
+// ---- zsh
+// ------------------------------------------------------------------------------------------------
+
+std::string InQuotes(const std::string& text)
+{
+    return "'" + Replaced(text, "'", "'\\''") + "'";
+}
+
+/// -C and --context: '(-C --context)'{-C,--context}'[help]:N: '
+std::string ForZsh(const OptionText& option)
+{
+    std::string help = Replaced(Replaced(option.help, "[", "\\["), "]", "\\]");
+    std::string tail = "[" + help + "]";
+    if (!option.value.empty())
+        tail += ":" + Replaced(option.value, ":", "\\:") + ":" +
+                (!option.words.empty() ? "(" + Join(option.words, " ") + ")"
+                 : NamesFile(option)   ? "_files"
+                                       : " ");
+    if (option.names.size() == 1)
+        return InQuotes(option.names[0] + tail);
+    return "'(" + Join(option.names, " ") + ")'{" + Join(option.names, ",") + "}" + InQuotes(tail);
+}
+
+std::string ForZsh(const std::vector<CommandText>& commands)
+{
+    std::string list;
+    std::string cases;
+    for (const CommandText& command : commands) {
+        if (!command.name.empty())
+            list +=
+                "        " + InQuotes(command.name + ":" + Replaced(command.summary, ":", "\\:")) + "\n";
+        cases +=
+            "        " + (command.name.empty() ? "''" : command.name) + ")\n            _arguments -s";
+        for (const OptionText& option : command.options)
+            cases += " \\\n                " + ForZsh(option);
+        cases += " \\\n                '*:log:_files'\n            ;;\n";
+    }
+    return "#compdef scrivel\n"
+           "# Completes the words of scrivel in zsh.\n"
+           "_scrivel()\n"
+           "{\n"
+           "    local -a commands=(\n" +
+           list +
+           "        'help:a command and its options'\n"
+           "    )\n"
+           "    local command=''\n"
+           "    if ((CURRENT == 2)) && [[ $words[2] != -* ]]; then\n"
+           "        _describe -t commands command commands\n"
+           "        _files\n"
+           "        return\n"
+           "    fi\n"
+           "    if ((${commands[(I)$words[2]:*]})); then\n"
+           "        command=$words[2]\n"
+           "        shift words\n"
+           "        ((CURRENT -= 1))\n"
+           "    fi\n"
+           "    case $command in\n" +
+           cases +
+           "        help) _describe -t commands command commands ;;\n"
+           "    esac\n"
+           "}\n"
+           "_scrivel \"$@\"\n";
+}
+
+// ---- fish
+// -----------------------------------------------------------------------------------------------
+
+std::string InFishQuotes(const std::string& text)
+{
+    return "'" + Replaced(Replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
+}
+
+std::string ForFish(const std::vector<CommandText>& commands)
+{
+    std::string names;
+    for (const CommandText& command : commands)
+        names += command.name.empty() ? "" : " " + command.name;
+    const std::string before = "complete -c scrivel -n ";
+    std::string text = "# Completes the words of scrivel in fish.\n";
+    for (const CommandText& command : commands) {
+        std::string where = "'__fish_seen_subcommand_from " + command.name + "'";
+        if (command.name.empty())
+            where = "'not __fish_seen_subcommand_from" + names + "'";
+        else
+            text += before + "__fish_use_subcommand -a " + command.name + " -d " +
+                    InFishQuotes(command.summary) + "\n";
+        for (const OptionText& option : command.options) {
+            text += before + where;
+            for (const std::string& name : option.names)
+                text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
+            if (!option.words.empty())
+                text += " -xa '" + Join(option.words, " ") + "'";
+            else if (!option.value.empty())
+                text += NamesFile(option) ? " -r" : " -x";
+            text += " -d " + InFishQuotes(option.help) + "\n";
+        }
+    }
+    return text;
+}
+
+// ---- man
+// ------------------------------------------------------------------------------------------------
+
+/// Text of which man takes no character for a macro or an escape.
+std::string ForMan(const std::string& text)
+{
+    std::string safe = Replaced(Replaced(text, "\\", "\\e"), "-", "\\-");
+    safe = Replaced(Replaced(std::move(safe), "'", "\\(aq"), "~", "\\(ti");
+    return !safe.empty() && safe[0] == '.' ? "\\&" + safe : safe;
+}
+
+std::string ForMan(const OptionText& option)
+{
+    std::vector<std::string> names;
+    for (const std::string& name : option.names)
+        names.push_back("\\fB" + ForMan(name) + "\\fR");
+    std::string text = ".TP\n" + Join(names, ", ");
+    if (!option.value.empty())
+        text += " \\fI" + ForMan(option.value) + "\\fR";
+    return text + "\n" + ForMan(option.help) + "\n";
+}
+
+std::string UseForMan(const CommandText& command)
+{
+    std::string text = ".B scrivel";
+    if (!command.name.empty())
+        text += " " + ForMan(command.name);
+    text += "\n[\\fIOPTIONS\\fR]";
+    for (const std::string& argument : command.arguments)
+        text += " \\fI" + ForMan(argument) + "\\fR";
+    return text + "\n";
+}
+
+std::string CommandsForMan(const std::vector<CommandText>& commands)
+{
+    std::string text = ".SH COMMANDS\n";
+    for (const CommandText& command : commands) {
+        text += ".SS " + (command.name.empty() ? "Without a command" : ForMan(command.name)) + "\n" +
+                UseForMan(command) + ".PP\n" + ForMan(command.summary) + ".\n";
+        bool hasFilter = false;
+        for (const OptionText& option : command.options) {
+            hasFilter = hasFilter || option.isFilter;
+            if (!option.isFilter)
+                text += ForMan(option);
+        }
+        if (hasFilter)
+            text += ".PP\nAnd the options that choose calls, see\n.BR \"CHOOSING CALLS\" .\n";
+        text += ".PP\nExamples:\n.PP\n.nf\n";
+        for (const std::string& example : command.examples)
+            text += "    " + ForMan(example) + "\n";
+        text += ".fi\n";
+    }
+    return text;
+}
+
+/// The options that are the same for every command that reads calls, once.
+std::string FilterForMan(const std::vector<CommandText>& commands)
+{
+    std::vector<std::string> told;
+    std::string text;
+    for (const CommandText& command : commands) {
+        for (const OptionText& option : command.options) {
+            const std::string names = Join(option.names, " ");
+            if (option.isFilter && std::find(told.begin(), told.end(), names) == told.end()) {
+                told.push_back(names);
+                text += ForMan(option);
+            }
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+std::optional<std::string> Completion(std::string_view shell, const Commands& commands)
+{
+    if (shell == "bash")
+        return ForBash(TextOf(commands));
+    if (shell == "zsh")
+        return ForZsh(TextOf(commands));
+    if (shell == "fish")
+        return ForFish(TextOf(commands));
+    return {};
+}
+
+std::string ManPage(const Commands& table)
+{
+    const std::vector<CommandText> commands = TextOf(table);
+    return ".TH SCRIVEL 1 \"\" \"scrivel " + std::string(version) +
+           "\" \"User Commands\"\n"
+           ".SH NAME\n"
+           "scrivel \\- tell what a log of CADI calls says\n"
+           ".SH SYNOPSIS\n"
+           ".B scrivel\n"
+           "\\fICOMMAND\\fR [\\fIOPTIONS\\fR] \\fILOG\\fR...\n"
+           ".PP\n"
+           ".B scrivel\n"
+           "\\fB\\-\\-help\\fR | \\fB\\-\\-version\\fR | \\fB\\-\\-man\\fR | \\fB\\-\\-completion\\fR "
+           "bash | zsh | fish\n"
+           ".SH DESCRIPTION\n"
+           "Reads the XML logs that ScrivelXmlGen writes of the calls between a debugger and a "
+           "simulation:\n"
+           "files, folders of them, or \\- for standard input; compressed ones too.\n"
+           "A log may be damaged, cut short or still in the process's hands.\n" +
+           CommandsForMan(commands) +
+           ".SH CHOOSING CALLS\n"
+           "Every command that reads calls takes these options. A call must fit all that are given.\n" +
+           FilterForMan(commands) +
+           ".PP\n"
+           "An expression has\n"
+           ".BR and ,\n"
+           ".BR or ,\n"
+           ".BR not ,\n"
+           "parentheses, and comparisons of a field with a value by = != < <= > >=, \\(ti (contains) "
+           "and\n"
+           "!\\(ti (doesn\\(aqt). The fields are\n"
+           ".BR \"name status thread number took time return parent address\" ,\n"
+           ".BI arg. PATH\n"
+           "and\n"
+           ".BI result. PATH\n"
+           "for any argument or result whose path ends so, and alone\n"
+           ".BR \"failed open returned\" .\n"
+           "Numbers are compared as numbers, whatever base they are written in.\n"
+           ".SH EXIT STATUS\n"
+           ".TP\n.B 0\nSomething was found; the logs are whole.\n"
+           ".TP\n.B 1\nNothing was found; a log is not whole.\n"
+           ".TP\n.B 2\nThe command line is wrong, or a log can\\(aqt be read.\n"
+           ".SH ENVIRONMENT\n"
+           ".TP\n.B NO_COLOR\nWhen set, nothing is coloured unless \\fB\\-\\-color\\fR says so.\n"
+           ".TP\n.B SCRIVEL_PAGER\n.TQ\n.B PAGER\nShow what is longer than the terminal.\n"
+           ".TP\n.B COLUMNS\nHow wide a line may be.\n";
+}
+
+}  // namespace ScrivelTool
