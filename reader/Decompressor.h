@@ -1,5 +1,5 @@
 // What a compressed format needs: a .cpp of its own when its library was found, and Without<Format>.cpp
-// in its place when it wasn't.
+// in its place when it wasn't. No part of what the shared library shows.
 
 #ifndef SCRIVEL_READER_DECOMPRESSOR_H
 #define SCRIVEL_READER_DECOMPRESSOR_H
@@ -12,7 +12,7 @@
 namespace ScrivelReader
 {
 
-class Decompressor
+class [[gnu::visibility("hidden")]] Decompressor
 {
 public:
     struct Step
@@ -32,11 +32,11 @@ public:
 constexpr unsigned char gzipMagic[] = {0x1f, 0x8b};
 constexpr unsigned char zstdMagic[] = {0x28, 0xb5, 0x2f, 0xfd};
 
-extern const bool hasGzip;
-extern const bool hasZstd;
+[[gnu::visibility("hidden")]] extern const bool hasGzip;
+[[gnu::visibility("hidden")]] extern const bool hasZstd;
 /// Null without the library.
-std::unique_ptr<Decompressor> MakeGzip();
-std::unique_ptr<Decompressor> MakeZstd();
+[[gnu::visibility("hidden")]] std::unique_ptr<Decompressor> MakeGzip();
+[[gnu::visibility("hidden")]] std::unique_ptr<Decompressor> MakeZstd();
 
 }  // namespace ScrivelReader
 

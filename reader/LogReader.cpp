@@ -152,7 +152,7 @@ private:
 
 }  // namespace
 
-class LogReader::Impl final : private XmlEvents
+class [[gnu::visibility("hidden")]] LogReader::Impl final : private XmlEvents
 {
 public:
     Impl(LogHandler& itsHandler, const ReadOptions& itsOptions)

@@ -17,6 +17,18 @@ grep -oh '](\(\w\|[./-]\)*\.md' "$pages"/*.md | sed 's/](//' | sort -u | while r
   [[ -f $pages/$page ]] || fail "The package lacks $page"
 done
 
+# The program finds its library, and each shell its completion.
+export LD_LIBRARY_PATH=$(echo root/usr/lib/*/)
+root/usr/bin/scrivel --version
+for page in man/man1/scrivel.1.gz bash-completion/completions/scrivel zsh/vendor-completions/_scrivel \
+  fish/vendor_completions.d/scrivel.fish; do
+  [[ -s root/usr/share/$page ]] || fail "The package lacks $page"
+done
+dpkg-deb -f build/scrivel_*.deb Depends | grep -q 'libscrivelxmlgenreader2 (= ' || fail "scrivel doesn't name its library"
+
+build "$tests/reading" reading -DCMAKE_FIND_ROOT_PATH="$work/root" -DCMAKE_PREFIX_PATH="$work/root/usr"
+reading/reading
+
 build "$tests/consumer" consumer -DCMAKE_FIND_ROOT_PATH="$work/root" -DCMAKE_PREFIX_PATH="$work/root/usr"
 consumer/generators
 consumer/layer
