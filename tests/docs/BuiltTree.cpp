@@ -26,13 +26,16 @@ void WriteTool(const fs::path& file, const std::string& line)
 BuiltTree::BuiltTree() : root(fs::absolute("tree")), tools(fs::absolute("tools"))
 {
     const fs::path session = root / "build/demo/examples/session";
+    const fs::path tool = root / "build/demo/tool";
     fs::create_directories(session);
+    fs::create_directories(tool);
     for (const auto& entry : fs::directory_iterator(SCRIVEL_SOURCE_DIR)) {
         if (entry.path().filename() != "build") {
             fs::create_symlink(entry.path(), root / entry.path().filename());
         }
     }
     fs::create_symlink(SCRIVEL_DEBUG_SESSION, session / "debug_session");
+    fs::create_symlink(SCRIVEL_PROGRAM, tool / "scrivel");
 
     fs::create_directory(tools);
     WriteTool(tools / "cmake", "echo cmake version 99.9");

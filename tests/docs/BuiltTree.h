@@ -18,8 +18,8 @@ struct Outcome
     int status;
 };
 
-/// The project's files in the folder "tree", with the example session where scripts/demo builds it. The
-/// build itself is not tried here: the commands that make it, and those that install packages for it, do
+/// The project's files in the folder "tree", with the example session and scrivel where scripts/demo builds
+/// them. The build itself is not tried here: the commands that make it, and those that install packages for it, do
 /// nothing, and "g++" is the compiler of this build.
 class BuiltTree
 {

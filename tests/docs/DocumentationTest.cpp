@@ -57,6 +57,13 @@ Lines Shape(const Lines& lines)
         {std::regex(R"(hostname="[^"]*")"), "hostname=\"<host>\""},
         {std::regex(R"(\d+\.\d{6} s)"), "<seconds> s"},
         {std::regex(R"(threadId="\d+")"), "threadId=\"<thread>\""},
+        {std::regex(R"xx("(thread|call_time|return_time|offset)":[0-9.]+)xx"), "\"$1\":<number>"},
+        {std::regex(R"(\b\d+\.\d{6}\b)"), "<seconds>"},
+        {std::regex(R"( *\b\d+(\.\d+)? (ns|us|ms|s)\b)"), " <time>"},
+        {std::regex(R"(\b(T\d+), \d+)"), "$1, <thread>"},
+        {std::regex(R"(\b(byte|bytes \d+ to) \d+)"), "$1 <offset>"},
+        {std::regex(R"(\bbytes \d+ to)"), "bytes <offset> to"},
+        {std::regex(R"(\b\d+ (bytes dropped))"), "<number> $1"},
         {std::regex(R"(\b([a-z_]+)-\d+(?=$|>|(\.\d+)?\.xml))"), "$1-<process>"},
         {std::regex(R"((<simulationFactory>0x)[0-9a-f]{16}<)"), "$1<address><"},
     };

@@ -101,7 +101,7 @@ TEST_F(Recipes, ReadEachLogOnce)
         }
         file.close();
         const auto outcomes = tree.TypeInTurn({
-            {"cd build/demo/logs", "sh ../../../recipe"},
+            {"PATH=$PWD/build/demo/tool:$PATH", "cd build/demo/logs", "sh ../../../recipe"},
             {"mkdir fifos", "for log in *.xml; do", "  mkfifo fifos/$log", "  cat $log >fifos/$log &",
              "  writers=\"$writers $!\"", "done"},
             {"cd fifos", "timeout 60 sh ../../../../recipe"},
