@@ -1,5 +1,5 @@
 // The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp,
-// CallFilterTest.cpp and NumberedFilesTest.cpp.
+// CallPatternsTest.cpp and NumberedFilesTest.cpp.
 
 #include "scrivel/LogOptions.h"
 

@@ -3,7 +3,7 @@
 #ifndef SCRIVEL_LAYER_LOGOPTIONS_H
 #define SCRIVEL_LAYER_LOGOPTIONS_H
 
-#include "scrivel/CallFilter.h"
+#include "scrivel/CallPatterns.h"
 
 #include <cstdint>
 #include <string>
@@ -69,7 +69,7 @@ struct Settings
     std::string name;
     std::string folder;
     bool on;
-    CallFilter calls;
+    CallPatterns calls;
     std::uint64_t fileSize;
 };
 

@@ -4,6 +4,10 @@
 . "$(dirname "$0")/common.sh"
 
 export LC_ALL=C
+# What the libraries are made of lies in one folder there, so none takes the place of another.
+twice=$(cd "$source_dir" && printf '%s\n' {src,layer,reader}/scrivel/*.h | sed 's,.*/,,' | sort | uniq -d)
+[[ -z $twice ]] || fail "Two libraries have a header $twice"
+
 cd "$installed/include/ScrivelXmlGen"
 [[ $(echo *) == "CADITypes.h CallLog.h LoggedCall.h ScrivelXmlGen.h scrivel" ]] ||
   fail "The include path has $(echo *)"

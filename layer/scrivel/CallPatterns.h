@@ -1,7 +1,7 @@
 // Which calls are logged.
 
-#ifndef SCRIVEL_LAYER_CALLFILTER_H
-#define SCRIVEL_LAYER_CALLFILTER_H
+#ifndef SCRIVEL_LAYER_CALLPATTERNS_H
+#define SCRIVEL_LAYER_CALLPATTERNS_H
 
 #include <string>
 #include <string_view>
@@ -11,13 +11,13 @@ namespace Scrivel2::Layer
 {
 
 // What a shared library shows, also when it is built to hide what isn't marked.
-class [[gnu::visibility("default")]] CallFilter;
+class [[gnu::visibility("default")]] CallPatterns;
 
 /// The patterns that LogOptions::calls describes. Blanks around a pattern don't count.
-class CallFilter
+class CallPatterns
 {
 public:
-    explicit CallFilter(std::string_view patterns);
+    explicit CallPatterns(std::string_view patterns);
 
     bool Takes(std::string_view callName) const
     {

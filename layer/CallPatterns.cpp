@@ -1,6 +1,6 @@
-// Patterns of names, and whether a call fits them. Tested by tests/layer/CallFilterTest.cpp.
+// Patterns of names, and whether a call fits them. Tested by tests/layer/CallPatternsTest.cpp.
 
-#include "scrivel/CallFilter.h"
+#include "scrivel/CallPatterns.h"
 
 #include <algorithm>
 
@@ -44,7 +44,7 @@ bool Matches(std::string_view pattern, std::string_view name)
 
 }  // namespace
 
-CallFilter::CallFilter(std::string_view patterns)
+CallPatterns::CallPatterns(std::string_view patterns)
 {
     while (!patterns.empty()) {
         const std::size_t length = std::min(patterns.find(','), patterns.size());
@@ -58,7 +58,7 @@ CallFilter::CallFilter(std::string_view patterns)
     }
 }
 
-bool CallFilter::Fits(std::string_view callName) const
+bool CallPatterns::Fits(std::string_view callName) const
 {
     const auto fits = [&](const std::string& pattern) { return Matches(pattern, callName); };
     return (wanted.empty() || std::any_of(wanted.begin(), wanted.end(), fits)) &&

@@ -12,7 +12,7 @@
 #include <vector>
 
 using namespace Scrivel2;
-using Layer::CallFilter;
+using Layer::CallPatterns;
 using ScrivelTest::Environment;
 
 namespace
@@ -20,17 +20,17 @@ namespace
 
 // ---- Patterns -----------------------------------------------------------------------------------
 
-TEST(CallFilters, NoPatternTakesEveryCall)
+TEST(CallPatternss, NoPatternTakesEveryCall)
 {
     for (const char* nothing : {"", " ", ",", " , ,"}) {
-        EXPECT_TRUE(CallFilter(nothing).Takes("CADIMemRead")) << nothing;
-        EXPECT_TRUE(CallFilter(nothing).Takes("")) << nothing;
+        EXPECT_TRUE(CallPatterns(nothing).Takes("CADIMemRead")) << nothing;
+        EXPECT_TRUE(CallPatterns(nothing).Takes("")) << nothing;
     }
 }
 
-TEST(CallFilters, NameWithoutAStarIsTakenAsItIs)
+TEST(CallPatternss, NameWithoutAStarIsTakenAsItIs)
 {
-    const CallFilter filter("CADIMemRead");
+    const CallPatterns filter("CADIMemRead");
     EXPECT_TRUE(filter.Takes("CADIMemRead"));
     EXPECT_FALSE(filter.Takes("CADIMemReadAll"));
     EXPECT_FALSE(filter.Takes("XCADIMemRead"));
@@ -38,7 +38,7 @@ TEST(CallFilters, NameWithoutAStarIsTakenAsItIs)
     EXPECT_FALSE(filter.Takes("cadimemread"));
 }
 
-TEST(CallFilters, StarStandsForAnyCharactersAndAQuestionMarkForOne)
+TEST(CallPatternss, StarStandsForAnyCharactersAndAQuestionMarkForOne)
 {
     const std::vector<std::pair<const char*, const char*>> fitting = {{"*", ""},
                                                                       {"*", "abc"},
@@ -57,31 +57,31 @@ TEST(CallFilters, StarStandsForAnyCharactersAndAQuestionMarkForOne)
                                                                       {"*a*b?d", "aabacbcd"},
                                                                       {"*ab*cd", "abcabcd"}};
     for (const auto& [pattern, name] : fitting) {
-        EXPECT_TRUE(CallFilter(pattern).Takes(name)) << pattern << ' ' << name;
+        EXPECT_TRUE(CallPatterns(pattern).Takes(name)) << pattern << ' ' << name;
     }
     const std::vector<std::pair<const char*, const char*>> others = {
         {"a*", "ba"},  {"*c", "cb"}, {"a*c", "ab"},       {"?", ""},       {"?", "ab"},
         {"a?c", "ac"}, {"?*?", "a"}, {"*ab*cd", "abcdc"}, {"a*b*c", "acb"}};
     for (const auto& [pattern, name] : others) {
-        EXPECT_FALSE(CallFilter(pattern).Takes(name)) << pattern << ' ' << name;
+        EXPECT_FALSE(CallPatterns(pattern).Takes(name)) << pattern << ' ' << name;
     }
 }
 
-TEST(CallFilters, CallFitsOneOfThePatterns)
+TEST(CallPatternss, CallFitsOneOfThePatterns)
 {
-    const CallFilter filter("CADIMem*, CADIReg*");
+    const CallPatterns filter("CADIMem*, CADIReg*");
     EXPECT_TRUE(filter.Takes("CADIMemRead"));
     EXPECT_TRUE(filter.Takes("CADIRegRead"));
     EXPECT_FALSE(filter.Takes("CADIExecStop"));
 }
 
-TEST(CallFilters, ExclamationMarkLeavesCallsOut)
+TEST(CallPatternss, ExclamationMarkLeavesCallsOut)
 {
-    const CallFilter allBut("!CADIExec*");
+    const CallPatterns allBut("!CADIExec*");
     EXPECT_TRUE(allBut.Takes("CADIMemRead"));
     EXPECT_FALSE(allBut.Takes("CADIExecStop"));
     for (const char* patterns : {"CADIMem*,!CADIMemGet*", "! CADIMemGet* , CADIMem*"}) {
-        const CallFilter both(patterns);
+        const CallPatterns both(patterns);
         EXPECT_TRUE(both.Takes("CADIMemRead")) << patterns;
         EXPECT_FALSE(both.Takes("CADIMemGetSpaces")) << patterns;
         EXPECT_FALSE(both.Takes("CADIExecStop")) << patterns;
