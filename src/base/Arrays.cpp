@@ -13,9 +13,8 @@ void ScrivelXmlGenBase::WriteBoolArray(std::string ident, const bool* items, uns
 void ScrivelXmlGenBase::WriteCharArray(std::string ident, const char* items, unsigned int count)
 {
     // The characters bear the array's own name.
-    WriteItems(ident, items, count, "string", [&](char item) {
-        WriteElement(ident, [&] { AppendEscaped(logFile, {&item, 1}); });
-    });
+    WriteItems(ident, items, count, "string",
+               [&](char item) { WriteElement(ident, [&] { logFile.Append(CheckChar(item)); }); });
 }
 
 void ScrivelXmlGenBase::WriteStringArray(std::string ident, char** items, unsigned int count)

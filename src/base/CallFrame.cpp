@@ -31,15 +31,14 @@ void ScrivelXmlGenBase::WriteIdent(std::string name, bool openTag, bool newline)
 
 void ScrivelXmlGenBase::WriteIdentWithoutTabs(std::string name)
 {
-    AppendTag(logFile, false, name, true);
+    AppendEndTag(logFile, name);
     --depth;
 }
 
 void ScrivelXmlGenBase::WriteDetailedIdent(std::string name)
 {
     // One level and one line whatever the depth: connection-phase calls stand at depth 1.
-    AppendIndentation(logFile, 1);
-    AppendTagBegin(logFile, name);
+    AppendTagBegin(logFile, indentedTagBegin, name);
     AppendAttribute(logFile, LogWords::callNumber, callNo);
     WriteTimestamp(std::string(LogWords::callTime), false);
     logFile.Append(">\n");
@@ -87,7 +86,7 @@ void ScrivelXmlGenBase::WriteTimestamp(const std::string& name, bool asElement)
 
     if (asElement) {
         WriteTabs(true);
-        AppendPlainElement(logFile, name, [&] { AppendEscaped(logFile, elapsed.Text()); });
+        AppendPlainElement(logFile, tagBegin, name, [&] { AppendEscaped(logFile, elapsed.Text()); });
     } else {
         WriteTabs(false);
         AppendAttribute(logFile, name, elapsed.Text());

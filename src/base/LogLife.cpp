@@ -46,8 +46,7 @@ void ScrivelXmlGenBase::StartLoggingIn(const std::string& fileName)
         }
     }
 
-    logFile.Append(LogWords::declaration);
-    logFile.Append("\n");
+    logFile.Append(std::string(LogWords::declaration).append("\n"));
     logFile.Append("<" + logName + "-" + std::to_string(getpid()) + "\n");
     gettimeofday(&startTime, nullptr);
 
@@ -134,8 +133,7 @@ void ScrivelXmlGenBase::WriteComment(std::string text)
 {
     SeekFilePointerPosition();
     WriteTabs(false);  // at the end of the line before: the comment begins with a newline of its own
-    logFile.Append("\n");
-    logFile.Append(LogWords::commentBegin);
+    logFile.Append(std::string("\n").append(LogWords::commentBegin));
     logFile.Append(text);
     logFile.Append(LogWords::commentEnd);
     logFile.Append("\n\n");

@@ -152,17 +152,22 @@ char* PutEscaped(char* out, std::string_view text, PieceOfByte pieceOf)
 
 // ---- Attributes ---------------------------------------------------------------------------------
 
-/// The blank that every attribute begins with, the name as given, and what the value stands in.
+constexpr std::size_t quotesAndSign = 3;
+
+/// The name as given, and what the value stands in.
+char* PutAttributeBegin(char* out, std::string_view name)
+{
+    out = std::copy(name.begin(), name.end(), out);
+    *out++ = '=';
+    *out++ = '"';
+    return out;
+}
+
+/// The blank that every attribute begins with, and all before its value.
 void AppendAttributeBegin(LogStream& log, std::string_view name)
 {
-    constexpr std::size_t aroundName = 3;
-
-    if (char* out = log.Room(name.size() + aroundName)) {
-        *out++ = ' ';
-        out = std::copy(name.begin(), name.end(), out);
-        *out++ = '=';
-        *out++ = '"';
-        log.Advance(out);
+    if (char* out = log.RoomAfter(" ", name.size() + quotesAndSign)) {
+        log.Advance(PutAttributeBegin(out, name));
     }
 }
 
@@ -170,10 +175,9 @@ void AppendAttributeBegin(LogStream& log, std::string_view name)
 
 void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline)
 {
-    constexpr std::size_t aroundName = 4;
+    constexpr std::size_t aroundName = 3;
 
-    if (char* out = log.Room(RoomForName(name) + aroundName)) {
-        *out++ = '<';
+    if (char* out = log.RoomAfter(tagBegin, RoomForName(name) + aroundName)) {
         if (!opening) {
             *out++ = '/';
         }
@@ -186,19 +190,33 @@ void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline
     }
 }
 
-void AppendTagBegin(LogStream& log, std::string_view name)
+void AppendEndTag(LogStream& log, std::string_view name)
 {
-    if (char* out = log.Room(RoomForName(name) + 1)) {
-        *out++ = '<';
+    constexpr std::size_t afterName = 2;
+
+    if (char* out = log.RoomAfter("</", RoomForName(name) + afterName)) {
+        out = PutName(out, name);
+        *out++ = '>';
+        *out++ = '\n';
+        log.Advance(out);
+    }
+}
+
+void AppendTagBegin(LogStream& log, std::string_view begin, std::string_view name)
+{
+    if (char* out = log.RoomAfter(begin, RoomForName(name))) {
         log.Advance(PutName(out, name));
     }
 }
 
 void AppendAttribute(LogStream& log, std::string_view name, std::string_view text)
 {
-    AppendAttributeBegin(log, name);
-    log.Append(text);
-    log.Append("\"");
+    if (char* out = log.RoomAfter(" ", name.size() + quotesAndSign + text.size())) {
+        out = PutAttributeBegin(out, name);
+        out = std::copy(text.begin(), text.end(), out);
+        *out++ = '"';
+        log.Advance(out);
+    }
 }
 
 void AppendAttribute(LogStream& log, std::string_view name, std::uint64_t value)
@@ -219,6 +237,12 @@ void AppendEscaped(LogStream& log, std::string_view text)
 {
     constexpr std::size_t atATime = 4096;
 
+    if (log.width() != 0) {  // the first character's, as the writers insert one by one
+        for (const char c : EscapedText(text)) {
+            log.Append({&c, 1});
+        }
+        return;
+    }
     if (text.size() < printablePieces.size()) {
         if (char* out = log.Room(RoomForEscaped(text.size()))) {
             log.Advance(PutEscaped(out, text, PieceFor));
@@ -308,8 +332,8 @@ void AppendHexDigits(LogStream& log, std::uint64_t value, unsigned int digits)
     // themselves.
     if (digits > 0) {
         log.fill('0');
+        log.width(0);
     }
-    log.width(0);
     log.setf(std::ios_base::dec, std::ios_base::basefield);
 }
 

@@ -19,11 +19,17 @@ namespace Scrivel2
 // Names are cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first stay, any other
 // byte becomes "_"; an empty name becomes "emptyIdent".
 
+//
+// What a tag begins with is a text of its own: it is the one that takes a width which the stream has.
+
 /// Appends a start tag or an end tag, and the end of the line if that is wanted.
 void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline);
 
-/// Appends the beginning of a start tag that has attributes: "<" and the name.
-void AppendTagBegin(LogStream& log, std::string_view name);
+/// Appends the end tag after a value and the end of the line. It begins with "</" in one.
+void AppendEndTag(LogStream& log, std::string_view name);
+
+/// Appends the beginning of a start tag that has attributes: "<" after the blanks of `begin`, the name.
+void AppendTagBegin(LogStream& log, std::string_view begin, std::string_view name);
 
 /// Appends an attribute and the blank before it, name and text as given.
 ///
@@ -32,13 +38,14 @@ void AppendAttribute(LogStream& log, std::string_view name, std::string_view tex
 void AppendAttribute(LogStream& log, std::string_view name, std::uint64_t value);
 void AppendHexAttribute(LogStream& log, std::string_view name, std::uint64_t value, unsigned int digits);
 
-/// Appends an element of one line around what `appendText` appends, its name as given.
+/// Appends an element of one line around what `appendText` appends, its name as given after `begin`.
 ///
 ///     <return_time>3.004500 s</return_time>
 template <typename AppendText>
-void AppendPlainElement(LogStream& log, std::string_view name, AppendText appendText)
+void AppendPlainElement(LogStream& log, std::string_view begin, std::string_view name,
+                        AppendText appendText)
 {
-    log.Append("<");
+    log.Append(begin);
     log.Append(name);
     log.Append(">");
     appendText();
@@ -46,6 +53,10 @@ void AppendPlainElement(LogStream& log, std::string_view name, AppendText append
     log.Append(name);
     log.Append(">\n");
 }
+
+/// What a tag begins with, after the indentation or together with that of one level.
+inline constexpr std::string_view tagBegin = "<";
+inline constexpr std::string_view indentedTagBegin = "    <";
 
 /// Appends blanks: four for each level.
 void AppendIndentation(LogStream& log, unsigned int levels);

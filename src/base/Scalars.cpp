@@ -49,16 +49,17 @@ void ScrivelXmlGenBase::WriteBool(std::string ident, bool value)
 void ScrivelXmlGenBase::WriteByte(std::string ident, const unsigned char* bytes)
 {
     WriteElement(ident, [&] {
-        constexpr std::size_t length = 16 * 2 + 4;
-        if (char* out = logFile.Room(length)) {
-            for (unsigned int i = 16; i-- > 0;) {
-                out = PutHexByte(out, bytes[i]);
-                if (i % 4 == 0) {
-                    *out++ = ' ';  // after the last group too
-                }
+        char text[16 * 2 + 4];
+        char* out = text;
+        for (unsigned int i = 16; i-- > 0;) {
+            out = PutHexByte(out, bytes[i]);
+            if (i % 4 == 0) {
+                *out++ = ' ';  // after the last group too
             }
-            logFile.Advance(out);
         }
+        // A width that is set is the first byte's.
+        logFile.Append({text, 2});
+        logFile.Append({text + 2, sizeof text - 2});
     });
 }
 
@@ -75,7 +76,9 @@ void ScrivelXmlGenBase::WriteBin(std::string ident, std::uint64_t value, int /*b
             (value & 16) != 0 ? '1' : '0', (value & 8) != 0 ? '1' : '0', (value & 4) != 0 ? '1' : '0',
             (value & 2) != 0 ? '1' : '0',  (value & 1) != 0 ? '1' : '0',
         };
-        logFile.Append({digits, sizeof digits});
+        // A width that is set is the first digit's.
+        logFile.Append({digits, 1});
+        logFile.Append({digits + 1, sizeof digits - 1});
     });
 }
 

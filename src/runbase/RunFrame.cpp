@@ -35,8 +35,8 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
 {
     // One level whatever the depth, and both parts as given: this line is the logging layer's own.
     if (!pendingElementName.empty() && !pendingElementText.empty()) {
-        AppendIndentation(logFile, 1);
-        AppendPlainElement(logFile, pendingElementName, [&] { logFile.Append(pendingElementText); });
+        AppendPlainElement(logFile, indentedTagBegin, pendingElementName,
+                           [&] { logFile.Append(pendingElementText); });
     }
     // Half an element is dropped too: it must not wait for its other half and a later call.
     pendingElementName.clear();
@@ -48,7 +48,7 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
     const unsigned int inside = depth + 1;
     WriteTabs(true);
     depth = inside;
-    AppendTagBegin(logFile, callName);
+    AppendTagBegin(logFile, tagBegin, callName);
     AppendAttribute(logFile, LogWords::callNumber, callNo);
     logFile.Append("\n");
     WriteTimestamp(std::string(LogWords::callTime), false);

@@ -49,16 +49,6 @@ void LogStream::Insert(std::string_view text)
     }
 }
 
-/// Gives the width to the first of `most` characters that follow; false when the stream has failed.
-bool LogStream::PadFirst(std::size_t most)
-{
-    if (good() && most > 0) {
-        width(width() - 1);
-        *this << "";
-    }
-    return good();
-}
-
 LogStream::FlushHold::FlushHold(LogStream& stream) : buffer(stream.Buffer())
 {
     buffer.HoldFlushes();

@@ -90,10 +90,10 @@ public:
 
     /// The put position in memory with room for `most` characters, or null when the stream has failed
     /// (or has just failed for want of memory). Advance takes the end of what was written there. A width
-    /// that is set goes to the first character: blanks are put before that place, or what else fills.
+    /// that is set stays for what is inserted next.
     char* Room(std::size_t most)
     {
-        if (!IsPlain() && !PadFirst(most)) {
+        if (!good()) {
             return nullptr;
         }
         char* const place = putArea->Room(most);
@@ -101,6 +101,17 @@ public:
             setstate(badbit);
         }
         return place;
+    }
+
+    /// As Room, after `first`, which is appended: it takes a width that is set.
+    char* RoomAfter(std::string_view first, std::size_t most)
+    {
+        if (!IsPlain()) {
+            Insert(first);
+            return Room(most);
+        }
+        char* const place = Room(first.size() + most);
+        return place == nullptr ? nullptr : place + first.copy(place, first.size());
     }
     void Advance(const char* textEnd) { putArea->Advance(textEnd); }
 
@@ -122,7 +133,6 @@ private:
     bool IsPlain() const { return (static_cast<std::streamsize>(rdstate()) | width()) == 0; }
 
     void Insert(std::string_view text);
-    bool PadFirst(std::size_t most);
 
     static std::unique_ptr<PutArea> MakeBuffer();
     LogBuffer& Buffer() const;

@@ -244,6 +244,27 @@ TEST_F(Scalars, WidthThatALayerHasSetGoesToTheBracketWhereThereIsNoIndentation)
               "<s>text</s>\n");
 }
 
+TEST_F(Scalars, WidthOfALeftAdjustedStreamIsFilledAfterTheBracket)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.depth = 0;
+                  log.logFile << std::left << std::setfill('.') << std::setw(4);
+                  log.WriteDecimal("d", 7);
+                  log.depth = 1;
+              }),
+              "<...d>7</d>\n");
+}
+
+TEST_F(Scalars, WidthThatALayerHasSetGoesToTheBracketAndSlashOfAnEndTagInOne)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.WriteIdent("d", true, false);
+                  log.logFile << std::setfill('.') << std::setw(5);
+                  log.WriteIdentWithoutTabs("d");
+              }),
+              "    <d>...</d>\n");
+}
+
 TEST_F(Scalars, HexWriterOfNoDigitsLeavesZeroAsTheFillCharacterToo)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {
@@ -264,6 +285,19 @@ TEST_F(Scalars, MessageOfAnInvalidEnumeratorLeavesTheFillCharacterAndTheBaseDeci
               "  15\n");
 }
 
+TEST_F(Scalars, WidthOfAFailedStreamOutlivesAMessageButNoHexWriter)
+{
+    Written<ScrivelTest::Unprotected<Scrivel2::Scrivel2XmlGenRun>>([](auto& log) {
+        log.logFile.setstate(std::ios_base::badbit);
+        log.logFile.width(5);
+        log.WriteReturnType("r", eslapi::CADIReturn_t(12));
+        EXPECT_EQ(log.logFile.width(), 5);
+        log.WriteHex("v", 255, 4);
+        EXPECT_EQ(log.logFile.width(), 0);
+        log.logFile.clear();
+    });
+}
+
 TEST_F(Scalars, DecimalFollowsTheBaseThatALayerHasSetAndAHexWriterEndsIt)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {
@@ -278,7 +312,7 @@ TEST_F(Scalars, DecimalFollowsTheBaseThatALayerHasSetAndAHexWriterEndsIt)
 )");
 }
 
-TEST_F(Scalars, DecimalFollowsTheWidthThatADerivedGeneratorHasSet)
+TEST_F(Scalars, FirstTextOfAValueFollowsTheWidthThatADerivedGeneratorHasSet)
 {
     struct Padded : ScrivelXmlGenBase
     {
@@ -290,6 +324,14 @@ TEST_F(Scalars, DecimalFollowsTheWidthThatADerivedGeneratorHasSet)
         }
     };
     EXPECT_EQ(Written<Padded>([](auto& log) { log.WriteDecimal("d", 255); }), "    <d>   255</d>\n");
+    EXPECT_EQ(Written<Padded>([](auto& log) { log.WriteString("s", "<a>"); }),
+              "    <s>     &lt;a&gt;</s>\n");
+    EXPECT_EQ(Written<Padded>([](auto& log) { log.WriteBin("b", 2, 5); }), "    <b>     00010</b>\n");
+    EXPECT_EQ(Written<Padded>([](auto& log) {
+                  const unsigned char bytes[16] = {};
+                  log.WriteByte("v", bytes);
+              }),
+              "    <v>    00000000 00000000 00000000 00000000 </v>\n");
 }
 
 TEST_F(Scalars, TextThatALayerInsertsKeepsItsPlaceAmongTheElements)

@@ -469,11 +469,9 @@ private:
 
     void WidthOfTheLayer()
     {
-        logs.Both([name = Name(), value = Number(), width = source.Below(20)](auto& log) {
-            if (log.logFile.good()) {
-                log.logFile.width(static_cast<std::streamsize>(width));
-            }
-            log.WriteDecimal(name, value);
+        // For whatever comes next.
+        logs.Both([width = source.Below(20)](auto& log) {
+            log.logFile.width(static_cast<std::streamsize>(width));
         });
     }
 

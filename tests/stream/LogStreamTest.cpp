@@ -216,22 +216,35 @@ TEST_F(LogStream, WidthGoesToTheTextAppendedNextAndIsGone)
     EXPECT_EQ(File(), "...abcdef...gh...1");
 }
 
-TEST_F(LogStream, WidthGoesToTheFirstCharacterPutIntoTheRoomAndIsGone)
+TEST_F(LogStream, WidthGoesToTheTextBeforeTheRoomAndIsGone)
 {
-    const auto put = [this](char character) {
-        char* const place = log.Room(1);
+    const auto put = [this](const char* first, char character) {
+        char* const place = log.RoomAfter(first, 1);
         *place = character;
         log.Advance(place + 1);
     };
     Open();
     log << std::setfill('.') << std::setw(4);
-    EXPECT_NE(log.Room(0), nullptr);
-    put('a');
-    put('b');
+    put("ab", 'c');
+    put("de", 'f');
+    log << std::left << std::setw(4);
+    put("gh", 'i');
     log << std::setw(1);
-    put('c');
+    put("jk", 'l');
     log << 1 << std::flush;
-    EXPECT_EQ(File(), "...abc1");
+    EXPECT_EQ(File(), "..abcdefgh..ijkl1");
+}
+
+TEST_F(LogStream, WidthStaysWhileTextIsPutIntoTheRoom)
+{
+    Open();
+    log << std::setw(4);
+    char* const place = log.Room(1);
+    *place = 'a';
+    log.Advance(place + 1);
+    log.Append("b");
+    log.flush();
+    EXPECT_EQ(File(), "a   b");
 }
 
 TEST_F(LogStream, WidthOfAFailedStreamStays)
@@ -240,7 +253,7 @@ TEST_F(LogStream, WidthOfAFailedStreamStays)
     log << std::setw(4);
     log.setstate(std::ios_base::badbit);
     log.Append("lost");
-    EXPECT_EQ(log.Room(1), nullptr);
+    EXPECT_EQ(log.RoomAfter("lost", 1), nullptr);
     EXPECT_EQ(log.rdstate(), std::ios_base::badbit);
     log.clear();
     log.Append("a");
