@@ -12,7 +12,6 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <limits>
 
 namespace Scrivel2
@@ -292,10 +291,13 @@ void AppendIndentation(LogStream& log, unsigned int levels)
 
 char* PutDecimal(char* out, std::uint32_t value, std::ptrdiff_t digits)
 {
-    char text[std::numeric_limits<std::uint32_t>::digits10 + 1];
-    const char* const end = std::to_chars(std::begin(text), std::end(text), value).ptr;
-    out = std::fill_n(out, std::max<std::ptrdiff_t>(digits - (end - text), 0), '0');
-    return std::copy(static_cast<const char*>(text), end, out);
+    constexpr std::uint32_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+    constexpr std::ptrdiff_t most = std::numeric_limits<std::uint32_t>::digits10 + 1;
+
+    for (; digits > 1 && value < powers[digits - 1]; --digits) {
+        *out++ = '0';
+    }
+    return std::to_chars(out, out + most, value).ptr;
 }
 
 void AppendDecimal(LogStream& log, std::uint64_t value)
