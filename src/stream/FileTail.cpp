@@ -16,9 +16,12 @@ bool FileTail::ReachBackTo(off_t from)
     if (from >= start) {
         return true;
     }
+    if (end - from > static_cast<off_t>(Block::mostInMemory)) {
+        return false;
+    }
     const auto missing = static_cast<std::size_t>(start - from);
     const auto known = static_cast<std::size_t>(end - start);
-    if (missing + known > Block::mostInMemory || !block.Grow(missing + known, known)) {
+    if (!block.Grow(missing + known, known)) {
         return false;
     }
     char* const bytes = block.Bytes();
