@@ -28,9 +28,8 @@ eslapi::CADIReturn_t HandOut(const std::vector<Record>& list, std::uint32_t star
     if (actual == nullptr || (out == nullptr && desired > 0) || start > list.size()) {
         return eslapi::CADI_STATUS_IllegalArgument;
     }
-    const auto first = list.begin() + start;
-    *actual = std::min(desired, static_cast<std::uint32_t>(list.end() - first));
-    std::copy_n(first, *actual, out);
+    *actual = std::min(desired, static_cast<std::uint32_t>(list.size() - start));
+    std::copy_n(list.data() + start, *actual, out);
     return eslapi::CADI_STATUS_OK;
 }
 

@@ -430,7 +430,7 @@ CADIReturn_t SimulatedTarget::CADIMemRead(CADIAddrComplete_t start, std::uint32_
         return CADI_STATUS_OK;
     }
     for (; *actual < bytes && address + *actual < core.memory.size(); ++*actual) {
-        data[*actual] = core.memory[address + *actual];
+        data[*actual] = core.memory[static_cast<std::size_t>(address + *actual)];
     }
     return *actual == bytes ? CADI_STATUS_OK : CADI_STATUS_IllegalArgument;
 }
@@ -455,7 +455,7 @@ CADIReturn_t SimulatedTarget::CADIMemWrite(CADIAddrComplete_t start, std::uint32
         return CADI_STATUS_OK;
     }
     for (; *actual < bytes && address + *actual < core.memory.size(); ++*actual) {
-        core.memory[address + *actual] = data[*actual];
+        core.memory[static_cast<std::size_t>(address + *actual)] = data[*actual];
     }
     return *actual == bytes ? CADI_STATUS_OK : CADI_STATUS_IllegalArgument;
 }
@@ -482,7 +482,7 @@ CADIReturn_t SimulatedTarget::CADICacheRead(std::uint32_t space, std::uint32_t f
         valid[i] = line.valid;
         const auto address =
             line.tag * static_cast<std::uint32_t>(cache.size()) * lineSize + (firstLine + i) * lineSize;
-        std::copy_n(core.memory.begin() + address, lineSize, data + i * lineSize);
+        std::copy_n(core.memory.data() + address, lineSize, data + i * lineSize);
     }
     return CADI_STATUS_OK;
 }
@@ -685,7 +685,7 @@ CADIReturn_t SimulatedTarget::CADIGetDisassembly(std::uint64_t address, std::uin
 {
     disassembly.clear();
     for (; disassembly.size() < instructions && address + 4 <= core.memory.size(); address += 4) {
-        const auto* const bytes = &core.memory[address];
+        const std::uint8_t* const bytes = core.memory.data() + address;
         char line[40];
         std::snprintf(line, sizeof line, "%08llx: .word 0x%02x%02x%02x%02x",
                       static_cast<unsigned long long>(address), bytes[3], bytes[2], bytes[1], bytes[0]);
