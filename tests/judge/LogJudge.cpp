@@ -88,13 +88,15 @@ private:
     std::vector<Attribute> attributes;  // of the element that starts; kept for its memory
 };
 
-Verdict VerdictOf(const xmlParserCtxt& parser)
+Verdict VerdictOf(xmlParserCtxt& parser)
 {
     Verdict verdict;
     verdict.accepted = parser.wellFormed == 1 && parser.errNo == XML_ERR_OK;
     if (!verdict.accepted) {
-        verdict.problem = "line " + std::to_string(parser.lastError.line) + ": " +
-                          (parser.lastError.message != nullptr ? parser.lastError.message : "an error");
+        const xmlError* const error = xmlCtxtGetLastError(&parser);
+        verdict.problem = error == nullptr || error->message == nullptr
+                              ? "an error"
+                              : "line " + std::to_string(error->line) + ": " + error->message;
         verdict.problem.resize(verdict.problem.find_last_not_of('\n') + 1);
     }
     return verdict;
