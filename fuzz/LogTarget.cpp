@@ -11,7 +11,7 @@
 #include "Surroundings.h"
 #include "reader/Copies.h"
 #include "reader/Reading.h"
-#include "support/Xml.h"
+#include "judge/LogJudge.h"
 
 using namespace ScrivelFuzz;
 using namespace ScrivelTest;

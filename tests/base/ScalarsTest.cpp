@@ -265,6 +265,19 @@ TEST_F(Scalars, WidthThatALayerHasSetGoesToTheBracketAndSlashOfAnEndTagInOne)
               "    <d>...</d>\n");
 }
 
+TEST_F(Scalars, WidthThatALayerHasSetGoesToAllThatACommentOrACallBeginsWith)
+{
+    EXPECT_EQ(Written<OpenLog>([](auto& log) {
+                  log.logFile << std::setfill('.') << std::setw(8);
+                  log.WriteComment("c");
+                  log.logFile << std::setw(8);
+                  log.WriteDetailedIdent("c");
+                  log.depth = 1;
+              }),
+              "..\n<!-- c -->\n\n"
+              "...    <c call_num=\"0\" call_time=\"0.000000 s\">\n");
+}
+
 TEST_F(Scalars, HexWriterOfNoDigitsLeavesZeroAsTheFillCharacterToo)
 {
     EXPECT_EQ(Written<OpenLog>([](auto& log) {

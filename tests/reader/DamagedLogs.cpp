@@ -23,7 +23,7 @@
 #include "crash/Options.h"
 #include "reader/Copies.h"
 #include "reader/Reading.h"
-#include "support/Xml.h"
+#include "judge/LogJudge.h"
 
 using namespace ScrivelReader;
 using namespace ScrivelTest;

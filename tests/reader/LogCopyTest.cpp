@@ -4,7 +4,7 @@
 
 #include "reader/Copies.h"
 #include "reader/Reading.h"
-#include "support/Xml.h"
+#include "judge/LogJudge.h"
 
 using namespace ScrivelReader;
 using namespace ScrivelTest;

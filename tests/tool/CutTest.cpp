@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/Xml.h"
+#include "judge/LogJudge.h"
 #include "tool/Program.h"
 
 using namespace ScrivelTest;

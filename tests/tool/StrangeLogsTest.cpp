@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "support/Xml.h"
+#include "judge/LogJudge.h"
 #include "tool/Program.h"
 
 using namespace ScrivelTest;
