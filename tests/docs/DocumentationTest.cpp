@@ -181,7 +181,8 @@ private:
         const std::size_t slash = name.find('/');
         const std::string snippet = name.substr(0, slash);
         if (snippet == "examples") {
-            EXPECT_EQ(std::system((SCRIVEL_EXAMPLES_DIR + name.substr(slash)).c_str()), 0) << name;
+            const std::string program = SCRIVEL_EXAMPLES_DIR + name.substr(slash);
+            EXPECT_EQ(std::system(('"' + program + '"').c_str()), 0) << name;
             return "";
         }
         EXPECT_EQ(snippets.count(snippet), 1U) << "no snippet " << snippet;
