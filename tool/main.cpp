@@ -55,10 +55,24 @@ const Command* Find(std::string_view name)
     return found == std::end(commands) ? nullptr : found;
 }
 
+/// Examples, each after the first on a line of its own below it.
+std::string InLines(std::string_view examples)
+{
+    std::string lines(examples);
+    for (std::size_t at = lines.find('\n'); at != std::string::npos; at = lines.find('\n', at + 3))
+        lines.replace(at, 1, "\n  ");
+    return lines;
+}
+
 std::string Help()
 {
     std::string text = "scrivel tells what a log of CADI calls says.\n\n"
-                       "Usage: scrivel COMMAND [OPTIONS] LOG...\n\nCommands:\n";
+                       "Usage: scrivel COMMAND [OPTIONS] LOG...\n";
+    if (const Command* nameless = Find(""); nameless != nullptr) {
+        text += "       scrivel [OPTIONS] LOG...    " + std::string(nameless->summary) + "\n";
+        text += "\nExamples:\n  " + InLines(nameless->examples) + "\n";
+    }
+    text += "\nCommands:\n";
     for (const Command& command : commands) {
         if (command.name.empty())
             continue;
@@ -115,13 +129,7 @@ Exit Run(const Command& command, std::vector<std::string> arguments, Terminal& t
     const std::string name = command.name.empty() ? "scrivel" : "scrivel " + std::string(command.name);
     CLI::App options(std::string(command.summary), name);
     const std::unique_ptr<Action> action = command.make(options);
-    options.footer("Examples:\n  " + [&] {
-        std::string examples(command.examples);
-        for (std::size_t at = examples.find('\n'); at != std::string::npos;
-             at = examples.find('\n', at + 3))
-            examples.replace(at, 1, "\n  ");
-        return examples;
-    }());
+    options.footer("Examples:\n  " + InLines(command.examples));
     const std::vector<std::string> given = arguments;
     std::reverse(arguments.begin(), arguments.end());
     try {

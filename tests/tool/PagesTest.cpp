@@ -98,6 +98,13 @@ TEST_F(Pages, HelpShowsTwoExamplesOfEachCommand)
     }
 }
 
+TEST_F(Pages, HelpShowsTwoExamplesOfWhatNeedsNoCommand)
+{
+    EXPECT_THAT(Run({"--help"}).out,
+                HasSubstr("Examples:\n  scrivel crash-4242.xml\n  scrivel logs/\n\n"));
+    EXPECT_THAT(Run({"--man"}).out, HasSubstr(".SS Without a command\n"));
+}
+
 TEST_F(Pages, ManPageHasEachOptionOfEachCommand)
 {
     const std::string page = Run({"--man"}).out;
@@ -127,6 +134,7 @@ TEST_F(Pages, BashCompletesCommandsWordsAndLogs)
 {
     Write("calm.xml", LogOf(""));
     EXPECT_THAT(Completed({"cal"}), ElementsAre("calls", "calm.xml"));
+    EXPECT_THAT(Completed({"-"}), IsSupersetOf({"--json", "--color"}));
     EXPECT_THAT(Completed({"help", "cal"}), ElementsAre("calls"));
     EXPECT_THAT(Completed({"calls", "--color", "a"}), ElementsAre("auto", "always"));
     EXPECT_THAT(Completed({"calls", "--last", ""}), ElementsAre(""));
