@@ -4,6 +4,8 @@
 
 #include "support/GeneratorTest.h"
 
+#include <gmock/gmock.h>
+
 #include <regex>
 #include <set>
 
@@ -13,6 +15,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using testing::HasSubstr;
 
 class Demo : public ScrivelTest::ScratchTest
 {
@@ -63,12 +66,21 @@ TEST_F(Demo, PrintsALineForEachPhaseAndWhereTheLogsAre)
 TEST_F(Demo, TellsTheCrashInWordsOfItsOwn)
 {
     const std::string printed = Printed("scripts/demo --crash");
-    EXPECT_EQ(printed.substr(printed.find("exception ")),
+    const std::size_t begin = printed.find("exception ");
+    EXPECT_EQ(printed.substr(begin, printed.find("\n$ ") - begin),
               "exception    cause 2, an illegal instruction\n"
               "The session died of SIGSEGV inside a call of the target, as it was meant to.\n"
               "xmllint accepts its logs:\n"
               "  build/demo/logs/crash-N.xml\n"
               "  build/demo/logs/connection-N.xml\n");
+}
+
+TEST_F(Demo, EndsWithWhatScrivelSaysOfTheCrash)
+{
+    const std::string printed = Printed("scripts/demo --crash");
+    const std::size_t command = printed.find("\n$ build/demo/tool/scrivel build/demo/logs/crash-N.xml\n");
+    ASSERT_NE(command, std::string::npos) << printed;
+    EXPECT_THAT(printed.substr(command), HasSubstr("\nCALL 68 NEVER RETURNED, and process "));
 }
 
 TEST_F(Demo, LeavesTheLogsOfTheOtherKindAlone)

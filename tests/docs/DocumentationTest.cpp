@@ -60,9 +60,16 @@ Lines Shape(const Lines& lines)
         {std::regex(R"xx("(thread|call_time|return_time|offset)":[0-9.]+)xx"), "\"$1\":<number>"},
         {std::regex(R"(\b\d+\.\d{6}\b)"), "<seconds>"},
         {std::regex(R"( *\b\d+(\.\d+)? (ns|us|ms|s)\b)"), " <time>"},
+        {std::regex(R"(\b\d+(\.\d+)?(ns|us|ms)\b)"), "<time>"},
         {std::regex(R"(\b(T\d+), \d+)"), "$1, <thread>"},
+        {std::regex(R"(\bprocess \d+( on [^,]*)?)"), "process <process>"},
+        {std::regex(R"( +(total|median|p95|max)\b)"), " $1"},  // over columns as wide as their values
+        {std::regex(R"(\b(most time in|calls -n) \w+)"), "$1 <name>"},
+        {std::regex("(·|▁|▂|▃|▄|▅|▆|▇|█)+"), "<bar>"},
+        {std::regex(R"(\b0x7f[0-9a-f]{10}\b)"), "<address>"},
         {std::regex(R"(\b(byte|bytes \d+ to) \d+)"), "$1 <offset>"},
         {std::regex(R"(\bbytes \d+ to)"), "bytes <offset> to"},
+        {std::regex(R"(\b(line |\.xml:)\d+)"), "$1<line>"},  // two threads may overlap before it
         {std::regex(R"(\b\d+ (bytes dropped))"), "<number> $1"},
         {std::regex(R"(\b([a-z_]+)-\d+(?=$|>|(\.\d+)?\.xml))"), "$1-<process>"},
         {std::regex(R"((<simulationFactory>0x)[0-9a-f]{16}<)"), "$1<address><"},
