@@ -199,6 +199,14 @@ bool IsDocument(std::string_view bytes)
     return Visit(bytes, ignored).accepted;
 }
 
+bool IsDocumentWithoutNamespaces(std::string_view bytes)
+{
+    const Document tree(
+        xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr, options),
+        &xmlFreeDoc);
+    return tree != nullptr;
+}
+
 std::optional<std::vector<Element>> Elements(std::string_view bytes)
 {
     Kept kept;

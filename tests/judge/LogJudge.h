@@ -52,6 +52,9 @@ Verdict VisitFile(const std::string& fileName, LogVisitor& visitor);
 /// Whether the bytes are one document.
 bool IsDocument(std::string_view bytes);
 
+/// The same for readers that know of no namespaces: the prefix of a name need not be declared.
+bool IsDocumentWithoutNamespaces(std::string_view bytes);
+
 struct Element
 {
     unsigned int level;  ///< 0 for the root

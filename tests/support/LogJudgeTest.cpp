@@ -135,6 +135,13 @@ TEST(LogJudge, KeepsElementsWithTheirLevelsAndTheirOwnTexts)
     EXPECT_FALSE(Elements("<a><b></a>").has_value());
 }
 
+TEST(LogJudge, RefusesPrefixesThatNothingDeclaresUnlessToldToKnowNoNamespaces)
+{
+    EXPECT_FALSE(ScrivelTest::IsDocument("<a:b/>"));
+    EXPECT_TRUE(ScrivelTest::IsDocumentWithoutNamespaces("<a:b/>"));
+    EXPECT_FALSE(ScrivelTest::IsDocumentWithoutNamespaces("<a:b>"));
+}
+
 TEST(LogJudge, FindsNodesNumbersAndTruthByXPath)
 {
     EXPECT_EQ(XPath(log, "//value"), (std::vector<std::string>{"1", ""}));
