@@ -12,7 +12,8 @@ if cmp -s cadi/CADITypes.h "$source_dir/src/cadi/CADITypes.h" || grep -q ' : std
   fail "The declarations are not other ones"
 fi
 
-build "$source_dir" build -DSCRIVEL_CADI_INCLUDE_DIR="$work/cadi" -DSCRIVEL_WARNINGS_AS_ERRORS=ON
+build "$source_dir" build -DSCRIVEL_CADI_INCLUDE_DIR="$work/cadi" -DSCRIVEL_WARNINGS_AS_ERRORS=ON \
+  -DSCRIVEL_BUILD_TOOL=OFF
 [[ ! -e build/tests && ! -e build/examples ]] || fail "Tests or examples were built with other declarations"
 cmake --install build --prefix "$work/installed"
 [[ ! -e installed/include/ScrivelXmlGen/CADITypes.h ]] || fail "Declarations were installed"
