@@ -12,19 +12,19 @@ cp "$tests/consumer/generators.cpp" app.cpp
 cp "$tests/consumer/layer.cpp" app.cpp
 "${CXX:-c++}" -std=c++17 -Isrc -Ilayer app.cpp src/*/*.cpp layer/*.cpp
 ./a.out
-log=$(echo guarded-*.xml)
+log=$(echo logs/guarded-*.xml)
 sed -nE -e 's/[0-9]+\.[0-9]{6} s/SECONDS/; s/threadId="[0-9]+"/threadId="THREAD"/' \
   -e '/<CADIExecStop/,/<\/CADIExecStop/p' "$log" | diff - <(cat <<'END'
     <CADIExecStop call_num="1"
      call_time="SECONDS"
-     threadId="THREAD">
+     threadId="THREAD" disassembler_address="0x0000000000008000">
         <now>true</now>
         <return_time>SECONDS</return_time>
         <return>CADI_STATUS_OK</return>
     </CADIExecStop>
 END
 )
-[[ $(tail -n 1 "$log") == "</${log%.xml}>" ]] || fail "The log is not a whole document"
+[[ $(tail -n 1 "$log") == "</$(basename "$log" .xml)>" ]] || fail "The log is not a whole document"
 
 # A CADITypes.h of the program's own is taken in place of the project's.
 mkdir own
