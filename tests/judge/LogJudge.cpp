@@ -88,10 +88,12 @@ private:
     std::vector<Attribute> attributes;  // of the element that starts; kept for its memory
 };
 
-Verdict VerdictOf(xmlParserCtxt& parser)
+Verdict VerdictOf(xmlParserCtxt& parser, Prefixes prefixes)
 {
     Verdict verdict;
-    verdict.accepted = parser.wellFormed == 1 && parser.errNo == XML_ERR_OK;
+    // What is wrong with namespaces alone leaves a document well-formed.
+    verdict.accepted =
+        parser.wellFormed == 1 && (prefixes == Prefixes::Any || parser.errNo == XML_ERR_OK);
     if (!verdict.accepted) {
         const xmlError* const error = xmlCtxtGetLastError(&parser);
         verdict.problem = error == nullptr || error->message == nullptr
@@ -102,7 +104,7 @@ Verdict VerdictOf(xmlParserCtxt& parser)
     return verdict;
 }
 
-Verdict Visit(const Parser& parser, LogVisitor& visitor)
+Verdict Visit(const Parser& parser, LogVisitor& visitor, Prefixes prefixes = Prefixes::Declared)
 {
     if (parser == nullptr) {
         return {false, "nothing to read"};
@@ -113,7 +115,7 @@ Verdict Visit(const Parser& parser, LogVisitor& visitor)
     *parser->sax = Events::Handler();
     parser->userData = &events;
     xmlParseDocument(parser.get());
-    return VerdictOf(*parser);
+    return VerdictOf(*parser, prefixes);
 }
 
 class Ignored : public LogVisitor
@@ -145,7 +147,7 @@ private:
 // ---- As a tree ----------------------------------------------------------------------------------
 
 /// Null when the bytes are no document.
-Document TreeOf(const std::string& bytes)
+Document TreeOf(const std::string& bytes, Prefixes prefixes = Prefixes::Declared)
 {
     const Parser parser = ParserOf(bytes);
     if (parser == nullptr) {
@@ -154,7 +156,7 @@ Document TreeOf(const std::string& bytes)
     xmlCtxtUseOptions(parser.get(), options);
     xmlParseDocument(parser.get());
     Document document(parser->myDoc, &xmlFreeDoc);
-    return VerdictOf(*parser).accepted ? std::move(document) : Document(nullptr, &xmlFreeDoc);
+    return VerdictOf(*parser, prefixes).accepted ? std::move(document) : Document(nullptr, &xmlFreeDoc);
 }
 
 XPathResult Evaluate(xmlDoc* document, const std::string& expression)
@@ -193,18 +195,10 @@ Verdict VisitFile(const std::string& fileName, LogVisitor& visitor)
     return Visit(Parser(xmlCreateFileParserCtxt(fileName.c_str()), &xmlFreeParserCtxt), visitor);
 }
 
-bool IsDocument(std::string_view bytes)
+bool IsDocument(std::string_view bytes, Prefixes prefixes)
 {
     Ignored ignored;
-    return Visit(bytes, ignored).accepted;
-}
-
-bool IsDocumentWithoutNamespaces(std::string_view bytes)
-{
-    const Document tree(
-        xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr, options),
-        &xmlFreeDoc);
-    return tree != nullptr;
+    return Visit(ParserOf(bytes), ignored, prefixes).accepted;
 }
 
 std::optional<std::vector<Element>> Elements(std::string_view bytes)
@@ -216,9 +210,9 @@ std::optional<std::vector<Element>> Elements(std::string_view bytes)
     return std::move(kept.elements);
 }
 
-std::vector<std::string> XPath(const std::string& bytes, const std::string& expression)
+std::vector<std::string> XPath(const std::string& bytes, const std::string& expression, Prefixes prefixes)
 {
-    const Document document = TreeOf(bytes);
+    const Document document = TreeOf(bytes, prefixes);
     if (document == nullptr) {
         throw std::invalid_argument("not a document:\n" + bytes);
     }

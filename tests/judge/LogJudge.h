@@ -49,11 +49,15 @@ Verdict Visit(std::string_view bytes, LogVisitor& visitor);
 /// As Visit, without holding the file in memory.
 Verdict VisitFile(const std::string& fileName, LogVisitor& visitor);
 
-/// Whether the bytes are one document.
-bool IsDocument(std::string_view bytes);
+/// Which prefixes a name may have: readers that know of no namespaces take any.
+enum class Prefixes
+{
+    Declared,
+    Any
+};
 
-/// The same for readers that know of no namespaces: the prefix of a name need not be declared.
-bool IsDocumentWithoutNamespaces(std::string_view bytes);
+/// Whether the bytes are one document.
+bool IsDocument(std::string_view bytes, Prefixes prefixes = Prefixes::Declared);
 
 struct Element
 {
@@ -69,7 +73,8 @@ std::optional<std::vector<Element>> Elements(std::string_view bytes);
 /// The text of each node that an XPath expression finds in the document, in document order; the one
 /// result of an expression that gives a number, a text or a truth value. Throws std::invalid_argument
 /// when the bytes are no document or the expression is wrong.
-std::vector<std::string> XPath(const std::string& bytes, const std::string& expression);
+std::vector<std::string> XPath(const std::string& bytes, const std::string& expression,
+                               Prefixes prefixes = Prefixes::Declared);
 
 /// The canonical form of a log, without the instructions and comments in it and after it; empty when the
 /// bytes are no document.

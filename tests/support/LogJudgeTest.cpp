@@ -71,6 +71,16 @@ TEST(LogJudge, RefusesWhatIsNoDocument)
     }
 }
 
+TEST(LogJudge, TakesAnyPrefixWhenAskedTo)
+{
+    const std::string prefixed = "<a><b c:d='1'>text</b></a>";
+    EXPECT_FALSE(IsDocument(prefixed));
+    EXPECT_TRUE(IsDocument(prefixed, Prefixes::Any));
+    EXPECT_THROW(XPath(prefixed, "/a/b"), std::invalid_argument);
+    EXPECT_EQ(XPath(prefixed, "/a/b", Prefixes::Any), std::vector<std::string>{"text"});
+    EXPECT_FALSE(IsDocument("<a c:d='1'>", Prefixes::Any));
+}
+
 TEST(LogJudge, AcceptsElementsInsideEachOtherToAnyDepth)
 {
     std::string text;
