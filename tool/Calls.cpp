@@ -4,13 +4,12 @@
 #include <deque>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "EntryOrder.h"
 #include "Json.h"
 #include "LogArguments.h"
+#include "Options.h"
 
 namespace ScrivelTool
 {
@@ -23,16 +22,14 @@ namespace
 class Calls final : public Action
 {
 public:
-    explicit Calls(CLI::App& options)
+    explicit Calls(Options& options)
     {
         logs.AddTo(options);
         logs.AddJsonTo(options);
+        options.Option("--last", "N", last, "only the last N calls that the filter leaves");
+        options.Option("-C,--context", "N", context,
+                       "N calls before and after each that the filter leaves");
         filter.AddTo(options);
-        options.add_option("--last", last, "only the last N calls that the filter leaves")
-            ->type_name("N");
-        options
-            .add_option("-C,--context", context, "N calls before and after each that the filter leaves")
-            ->type_name("N");
     }
 
     Exit Run(Terminal& terminal) override
@@ -158,13 +155,13 @@ private:
 
     LogArguments logs;
     FilterArguments filter;
-    std::size_t last = 0;
-    std::size_t context = 0;
+    std::uint64_t last = 0;
+    std::uint64_t context = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<Action> MakeCalls(CLI::App& options)
+std::unique_ptr<Action> MakeCalls(Options& options)
 {
     return std::make_unique<Calls>(options);
 }

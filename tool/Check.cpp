@@ -6,14 +6,13 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "CopyArguments.h"
 #include "JUnit.h"
 #include "Json.h"
 #include "LogArguments.h"
+#include "Options.h"
 #include "OutputFile.h"
 
 namespace ScrivelTool
@@ -305,21 +304,15 @@ private:
 class Check final : public Action
 {
 public:
-    explicit Check(CLI::App& options)
+    explicit Check(Options& options)
     {
         logs.AddTo(options);
         logs.AddJsonTo(options);
-        const char* const group = "A session as a test: of the calls that the filter leaves";
-        options.add_option("--max-failed", bounds.failed, "at most N calls failed")
-            ->type_name("N")
-            ->group(group);
-        options.add_flag("--no-open", bounds.noOpen, "every call returned")->group(group);
-        options.add_option("--max-took", bounds.tookText, "no call took longer")
-            ->type_name("5ms")
-            ->group(group);
-        options.add_option("--junit", junit, "the results as JUnit's XML")
-            ->type_name("FILE")
-            ->group(group);
+        options.BeginGroup("A session as a test: of the calls that the filter leaves");
+        options.Option("--max-failed", "N", bounds.failed, "at most N calls failed");
+        options.Flag("--no-open", bounds.noOpen, "every call returned");
+        options.Option("--max-took", "5ms", bounds.tookText, "no call took longer");
+        options.Option("--junit", "FILE", junit, "the results as JUnit's XML");
         filter.AddTo(options);
     }
 
@@ -381,7 +374,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeCheck(CLI::App& options)
+std::unique_ptr<Action> MakeCheck(Options& options)
 {
     return std::make_unique<Check>(options);
 }

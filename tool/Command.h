@@ -5,6 +5,7 @@
 //                         call in a file. The tool parses nothing.
 //     tool/main.cpp       the table of commands, the choice of one, --help and --version
 //     tool/Terminal.*     the one way out: text, colours, pager, progress, errors in one line
+//     tool/Options.*      the command line
 //     tool/LogArguments.* what all commands take: logs, the filter, --json, --color; and the loop that
 //                         reads every log that was named
 //     tool/CallLine.*     a call in one line; tool/Json.* a call as JSON; tool/EntryOrder.h puts calls
@@ -21,14 +22,10 @@
 #include <memory>
 #include <string_view>
 
-namespace CLI
-{
-class App;
-}
-
 namespace ScrivelTool
 {
 
+class Options;
 class Terminal;
 
 /// What the program tells whoever started it.
@@ -39,8 +36,7 @@ enum class Exit
     Trouble = 2,  ///< the command line is wrong or a log can't be read
 };
 
-/// One run of a command: the function that makes it adds its options to the parser, which then writes
-/// what was given into the action's members.
+/// One run of a command: the function that makes it adds its options, into the action's members.
 class Action
 {
 public:
@@ -53,7 +49,7 @@ struct Command
     std::string_view name;      ///< as it is typed; empty for what runs without a command
     std::string_view summary;   ///< half a line for --help
     std::string_view examples;  ///< two lines, each beginning with "scrivel"
-    std::unique_ptr<Action> (*make)(CLI::App& options);
+    std::unique_ptr<Action> (*make)(Options& options);
 };
 
 /// The table of tool/main.cpp, for completions and the man page.
@@ -66,15 +62,15 @@ struct Commands
 };
 Commands AllCommands();
 
-std::unique_ptr<Action> MakeCalls(CLI::App& options);
-std::unique_ptr<Action> MakeHistory(CLI::App& options);
-std::unique_ptr<Action> MakeShow(CLI::App& options);
-std::unique_ptr<Action> MakeCheck(CLI::App& options);
-std::unique_ptr<Action> MakeRecover(CLI::App& options);
-std::unique_ptr<Action> MakeCut(CLI::App& options);
-std::unique_ptr<Action> MakeState(CLI::App& options);
-std::unique_ptr<Action> MakeStats(CLI::App& options);
-std::unique_ptr<Action> MakeSummary(CLI::App& options);
+std::unique_ptr<Action> MakeCalls(Options& options);
+std::unique_ptr<Action> MakeHistory(Options& options);
+std::unique_ptr<Action> MakeShow(Options& options);
+std::unique_ptr<Action> MakeCheck(Options& options);
+std::unique_ptr<Action> MakeRecover(Options& options);
+std::unique_ptr<Action> MakeCut(Options& options);
+std::unique_ptr<Action> MakeState(Options& options);
+std::unique_ptr<Action> MakeStats(Options& options);
+std::unique_ptr<Action> MakeSummary(Options& options);
 
 }  // namespace ScrivelTool
 

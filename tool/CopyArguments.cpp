@@ -7,8 +7,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
-
+#include "Options.h"
 #include "OutputFile.h"
 
 namespace ScrivelTool
@@ -93,11 +92,11 @@ bool IsWhole(const OutputFile& file, const std::string& path, Terminal& terminal
 
 }  // namespace
 
-void CopyArguments::AddTo(CLI::App& options)
+void CopyArguments::AddTo(Options& options)
 {
     logs.AddTo(options);
-    options.add_option("-o,--output", output, "the file to be written")->type_name("FILE")->required();
-    options.add_flag("--force", force, "replace the file if there is one");
+    options.Required("-o,--output", "FILE", output, "the file to be written");
+    options.Flag("--force", force, "replace the file if there is one");
 }
 
 std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& terminal) const

@@ -20,7 +20,7 @@ using Copying = std::function<std::optional<ScrivelReader::Copied>(
 class CopyArguments
 {
 public:
-    void AddTo(CLI::App& options);
+    void AddTo(Options& options);
 
     /// The log that was named, and the name of the copy.
     const std::string& Log() const { return logs.Paths().front(); }

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "Command.h"
 #include "CopyArguments.h"
 
@@ -18,7 +16,7 @@ namespace
 class Cutting final : public Action
 {
 public:
-    explicit Cutting(CLI::App& options)
+    explicit Cutting(Options& options)
     {
         copy.AddTo(options);
         filter.AddTo(options);
@@ -59,7 +57,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeCut(CLI::App& options)
+std::unique_ptr<Action> MakeCut(Options& options)
 {
     return std::make_unique<Cutting>(options);
 }

@@ -8,14 +8,13 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "DidYouMean.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"
+#include "Options.h"
 #include "scrivel/CallFilter.h"
 
 namespace ScrivelTool
@@ -70,12 +69,10 @@ std::optional<Asked> ParseAsked(const std::string& text)
 class History final : public Action
 {
 public:
-    explicit History(CLI::App& options)
+    explicit History(Options& options)
     {
-        options
-            .add_option("WHAT", what,
-                        "a register's name or number, or an address: pc, 32, 0x3000, Memory:0x3000+16")
-            ->required();
+        options.Argument("WHAT", what,
+                         "a register's name or number, or an address: pc, 32, 0x3000, Memory:0x3000+16");
         logs.AddTo(options);
         logs.AddJsonTo(options);
         filter.AddTo(options);
@@ -345,7 +342,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeHistory(CLI::App& options)
+std::unique_ptr<Action> MakeHistory(Options& options)
 {
     return std::make_unique<History>(options);
 }

@@ -2,27 +2,25 @@
 
 #include "LogArguments.h"
 
-#include <CLI/CLI.hpp>
+#include "Options.h"
 
 namespace ScrivelTool
 {
 
 using namespace ScrivelReader;
 
-void LogArguments::AddTo(CLI::App& options)
+void LogArguments::AddTo(Options& options)
 {
-    options
-        .add_option("LOG", paths, "log files, folders of them, or - for standard input; .gz and .zst too")
-        ->required();
-    options.add_option("--color", colour, "colours: auto, always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}))
-        ->type_name("WHEN");
-    options.add_flag("--no-pager", noPager, "long output goes to the terminal as it is");
+    options.Argument("LOG", paths,
+                     "log files, folders of them, or - for standard input; .gz and .zst too");
+    options.Choice("--color", "WHEN", colour, {"auto", "always", "never"},
+                   "colours: auto, always or never");
+    options.Flag("--no-pager", noPager, "long output goes to the terminal as it is");
 }
 
-void LogArguments::AddJsonTo(CLI::App& options)
+void LogArguments::AddJsonTo(Options& options)
 {
-    options.add_flag("--json", json, "one JSON object a line");
+    options.Flag("--json", json, "one JSON object a line");
 }
 
 void LogArguments::Prepare(Terminal& terminal) const
@@ -50,22 +48,22 @@ std::vector<std::string> LogArguments::Logs(Terminal& terminal, bool& trouble) c
     return logs;
 }
 
-void FilterArguments::AddTo(CLI::App& options)
+void FilterArguments::AddTo(Options& options)
 {
-    const auto add = [&](const char* name, std::string& value, const char* type, const char* help) {
-        options.add_option(name, value, help)->type_name(type)->group("Filter");
-    };
-    add("-n,--name", text.names, "GLOB,...", "calls of these names");
-    options.add_flag("-f,--failed", text.failed, "calls that failed")->group("Filter");
-    options.add_flag("--open", text.open, "calls that had not returned")->group("Filter");
-    add("-t,--thread", text.threads, "T1,...", "calls of these threads: T1, T2 or the threadId");
-    add("--calls", text.calls, "55..68", "calls with these numbers");
-    add("--from", text.from, "SECONDS", "calls entered from then on");
-    add("--to", text.to, "SECONDS", "calls entered until then");
-    add("--slower", text.slower, "1ms", "calls that took longer");
-    add("--inside", text.inside, "N", "calls made within call N");
-    add("--grep", text.grep, "TEXT", "calls with this text in name, status or a value");
-    add("-w,--where", text.where, "EXPRESSION", "'name ~ Mem and took > 1ms and arg.bytes = 4'");
+    options.BeginGroup(group);
+    options.Option("-n,--name", "GLOB,...", text.names, "calls of these names");
+    options.Flag("-f,--failed", text.failed, "calls that failed");
+    options.Flag("--open", text.open, "calls that had not returned");
+    options.Option("-t,--thread", "T1,...", text.threads,
+                   "calls of these threads: T1, T2 or the threadId");
+    options.Option("--calls", "55..68", text.calls, "calls with these numbers");
+    options.Option("--from", "SECONDS", text.from, "calls entered from then on");
+    options.Option("--to", "SECONDS", text.to, "calls entered until then");
+    options.Option("--slower", "1ms", text.slower, "calls that took longer");
+    options.Option("--inside", "N", text.inside, "calls made within call N");
+    options.Option("--grep", "TEXT", text.grep, "calls with this text in name, status or a value");
+    options.Option("-w,--where", "EXPRESSION", text.where,
+                   "'name ~ Mem and took > 1ms and arg.bytes = 4'");
 }
 
 std::optional<CallFilter> FilterArguments::Make(Terminal& terminal) const

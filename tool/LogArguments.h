@@ -23,8 +23,8 @@ namespace ScrivelTool
 class LogArguments
 {
 public:
-    void AddTo(CLI::App& options);
-    void AddJsonTo(CLI::App& options);
+    void AddTo(Options& options);
+    void AddJsonTo(Options& options);
 
     const std::vector<std::string>& Paths() const { return paths; }
     bool Json() const { return json; }
@@ -46,7 +46,10 @@ private:
 class FilterArguments
 {
 public:
-    void AddTo(CLI::App& options);
+    static constexpr const char* group = "Filter";
+
+    /// The last that a command adds: its group goes on.
+    void AddTo(Options& options);
     /// Nothing when the filter isn't understood, which was told.
     std::optional<ScrivelReader::CallFilter> Make(Terminal& terminal) const;
 

@@ -122,8 +122,8 @@ bool OutputFile::Finish()
     return true;
 }
 
-/// A file that came under the name meanwhile is kept too: a link never replaces one. Where the file system
-/// has no links, it is replaced.
+/// A file that came under the name meanwhile is kept too: a link never replaces one. Where the file
+/// system has no links, it is replaced.
 bool OutputFile::Rename()
 {
     if (existing == Existing::Keep && link(hiddenPath.c_str(), path.c_str()) == 0) {

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
+#include "LogArguments.h"
+#include "Options.h"
 #include "Version.h"
 
 namespace ScrivelTool
@@ -16,16 +16,6 @@ namespace ScrivelTool
 
 namespace
 {
-
-/// An option as it is typed.
-struct OptionText
-{
-    std::vector<std::string> names;  // "-n", "--name"
-    std::string value;               // "GLOB,..."; empty for a flag
-    std::vector<std::string> words;  // those that the value may be; empty when it may be any
-    std::string help;
-    bool isFilter = false;
-};
 
 struct CommandText
 {
@@ -35,18 +25,6 @@ struct CommandText
     std::vector<std::string> arguments;  // "N", "LOG..."
     std::vector<OptionText> options;
 };
-
-std::vector<std::string> Split(std::string_view text, char separator)
-{
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(separator, begin), text.size());
-        if (end != begin)
-            parts.emplace_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return parts;
-}
 
 std::string Join(const std::vector<std::string>& parts, std::string_view separator)
 {
@@ -63,42 +41,12 @@ std::string Replaced(std::string text, std::string_view what, std::string_view b
     return text;
 }
 
-OptionText TextOf(const CLI::Option& option)
-{
-    OptionText text;
-    for (const std::string& name : option.get_snames())
-        text.names.push_back("-" + name);
-    for (const std::string& name : option.get_lnames())
-        text.names.push_back("--" + name);
-    if (option.get_items_expected_max() != 0) {
-        // CLI11 appends the words that may be chosen: WHEN:{auto,always,never}
-        const std::string type = option.get_type_name();
-        const std::size_t words = type.find(":{");
-        text.value = type.substr(0, words);
-        if (words != std::string::npos)
-            text.words = Split(std::string_view(type).substr(words + 2, type.size() - words - 3), ',');
-    }
-    text.help = option.get_description();
-    text.isFilter = option.get_group() == "Filter";
-    return text;
-}
-
 CommandText TextOf(const Command& command)
 {
-    CLI::App app;
-    const std::unique_ptr<Action> action = command.make(app);
-    CommandText text;
-    text.name = command.name;
-    text.summary = command.summary;
-    text.examples = Split(command.examples, '\n');
-    for (const CLI::Option* const option : app.get_options()) {
-        if (option->get_positional())
-            text.arguments.push_back(option->get_name() +
-                                     (option->get_items_expected_max() > 1 ? "..." : ""));
-        else
-            text.options.push_back(TextOf(*option));
-    }
-    return text;
+    Options options({}, {}, {});
+    const std::unique_ptr<Action> action = command.make(options);
+    return {std::string(command.name), std::string(command.summary), Split(command.examples, '\n'),
+            options.Arguments(), options.All()};
 }
 
 std::vector<CommandText> TextOf(const Commands& commands)
@@ -107,6 +55,11 @@ std::vector<CommandText> TextOf(const Commands& commands)
     for (const Command& command : commands)
         texts.push_back(TextOf(command));
     return texts;
+}
+
+bool IsFilter(const OptionText& option)
+{
+    return option.group == FilterArguments::group;
 }
 
 bool NamesFile(const OptionText& option)
@@ -318,8 +271,8 @@ std::string CommandsForMan(const std::vector<CommandText>& commands)
                 UseForMan(command) + ".PP\n" + ForMan(command.summary) + ".\n";
         bool hasFilter = false;
         for (const OptionText& option : command.options) {
-            hasFilter = hasFilter || option.isFilter;
-            if (!option.isFilter)
+            hasFilter = hasFilter || IsFilter(option);
+            if (!IsFilter(option))
                 text += ForMan(option);
         }
         if (hasFilter)
@@ -340,7 +293,7 @@ std::string FilterForMan(const std::vector<CommandText>& commands)
     for (const CommandText& command : commands) {
         for (const OptionText& option : command.options) {
             const std::string names = Join(option.names, " ");
-            if (option.isFilter && std::find(told.begin(), told.end(), names) == told.end()) {
+            if (IsFilter(option) && std::find(told.begin(), told.end(), names) == told.end()) {
                 told.push_back(names);
                 text += ForMan(option);
             }

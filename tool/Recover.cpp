@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "Command.h"
 #include "CopyArguments.h"
 
@@ -18,7 +16,7 @@ namespace
 class Recovering final : public Action
 {
 public:
-    explicit Recovering(CLI::App& options) { copy.AddTo(options); }
+    explicit Recovering(Options& options) { copy.AddTo(options); }
 
     Exit Run(Terminal& terminal) override
     {
@@ -61,7 +59,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeRecover(CLI::App& options)
+std::unique_ptr<Action> MakeRecover(Options& options)
 {
     return std::make_unique<Recovering>(options);
 }

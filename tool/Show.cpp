@@ -10,13 +10,12 @@
 #include <unistd.h>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "CallTree.h"
 #include "Command.h"
 #include "Json.h"
 #include "LogArguments.h"
+#include "Options.h"
 #include "scrivel/LogFile.h"
 
 namespace ScrivelTool
@@ -122,14 +121,13 @@ bool GoesOn(int descriptor, std::uint64_t offset, const std::string& name, std::
 class Show final : public Action
 {
 public:
-    explicit Show(CLI::App& options)
+    explicit Show(Options& options)
     {
-        options.add_option("N", number, "the call's number")->required();
+        options.Argument("N", number, "the call's number");
         logs.AddTo(options);
         logs.AddJsonTo(options);
-        options.add_flag("--xml", xml, "its elements as they stand in the log");
-        options.add_flag("--scan", scan,
-                         "read the whole log: for line, thread, and every call it is within");
+        options.Flag("--xml", xml, "its elements as they stand in the log");
+        options.Flag("--scan", scan, "read the whole log: for line, thread, and every call it is within");
     }
 
     Exit Run(Terminal& terminal) override
@@ -314,7 +312,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeShow(CLI::App& options)
+std::unique_ptr<Action> MakeShow(Options& options)
 {
     return std::make_unique<Show>(options);
 }

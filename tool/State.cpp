@@ -5,13 +5,12 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"
+#include "Options.h"
 
 namespace ScrivelTool
 {
@@ -27,10 +26,9 @@ constexpr std::size_t mostLinesOfAPlace = 16;
 class State final : public Action
 {
 public:
-    explicit State(CLI::App& options)
+    explicit State(Options& options)
     {
-        options.add_option("--at", at, "before this call; without it at the end of the log")
-            ->type_name("N");
+        options.Option("--at", "N", at, "before this call; without it at the end of the log");
         logs.AddTo(options);
         logs.AddJsonTo(options);
     }
@@ -276,7 +274,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeState(CLI::App& options)
+std::unique_ptr<Action> MakeState(Options& options)
 {
     return std::make_unique<State>(options);
 }

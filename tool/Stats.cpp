@@ -12,14 +12,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "Durations.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"
+#include "Options.h"
 
 namespace ScrivelTool
 {
@@ -125,20 +124,19 @@ std::string ShortDuration(std::int64_t nanoseconds)
 class Stats final : public Action
 {
 public:
-    explicit Stats(CLI::App& options)
+    explicit Stats(Options& options)
     {
         logs.AddTo(options);
         logs.AddJsonTo(options);
+        options.Choice("--by", "WHAT", by, {"name", "thread", "status", "parent", "log"},
+                       "one row for each name, thread, status, parent or log");
+        options.Flag("--gaps", gaps,
+                     "the time before each call in which its thread made and got no call");
+        options.Choice("--sort", "COLUMN", sort,
+                       {"name", "calls", "failed", "open", "total", "median", "p95", "max"},
+                       "name, calls, failed, open, total, median, p95 or max");
+        options.Flag("--reverse", reverse, "the other way round");
         filter.AddTo(options);
-        options.add_option("--by", by, "one row for each name, thread, status, parent or log")
-            ->check(CLI::IsMember({"name", "thread", "status", "parent", "log"}))
-            ->type_name("WHAT");
-        options.add_flag("--gaps", gaps,
-                         "the time before each call in which its thread made and got no call");
-        options.add_option("--sort", sort, "name, calls, failed, open, total, median, p95 or max")
-            ->check(CLI::IsMember({"name", "calls", "failed", "open", "total", "median", "p95", "max"}))
-            ->type_name("COLUMN");
-        options.add_flag("--reverse", reverse, "the other way round");
     }
 
     Exit Run(Terminal& terminal) override
@@ -484,7 +482,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeStats(CLI::App& options)
+std::unique_ptr<Action> MakeStats(Options& options)
 {
     return std::make_unique<Stats>(options);
 }

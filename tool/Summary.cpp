@@ -12,8 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CallLine.h"
 #include "Command.h"
 #include "Json.h"
@@ -273,7 +271,7 @@ std::string KindText(const Overview& log)
 class Summary final : public Action
 {
 public:
-    explicit Summary(CLI::App& options)
+    explicit Summary(Options& options)
     {
         logs.AddTo(options);
         logs.AddJsonTo(options);
@@ -677,7 +675,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Action> MakeSummary(CLI::App& options)
+std::unique_ptr<Action> MakeSummary(Options& options)
 {
     return std::make_unique<Summary>(options);
 }

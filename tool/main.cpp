@@ -7,10 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Command.h"
 #include "DidYouMean.h"
+#include "Options.h"
 #include "Pages.h"
 #include "Terminal.h"
 #include "Version.h"
@@ -100,45 +99,20 @@ std::string VersionText()
     return text;
 }
 
-/// CLI11 says what is wrong; an unknown option is answered by the nearest one that there is.
-Exit TellWrongUse(const CLI::App& options, const CLI::Error& error,
-                  const std::vector<std::string>& arguments, Terminal& terminal)
+Exit Run(const Command& command, const std::vector<std::string>& arguments, Terminal& terminal)
 {
-    std::string what = error.what();
-    std::vector<std::string> known;
-    for (const CLI::Option* option : options.get_options())
-        for (const std::string& name : option->get_lnames())
-            known.push_back("--" + name);
-    for (const std::string& argument : arguments) {
-        const std::string name = argument.substr(0, argument.find('='));
-        if (name.size() > 2 && name.compare(0, 2, "--") == 0 &&
-            std::find(known.begin(), known.end(), name) == known.end()) {
-            what = "there is no option " + name;
-            if (const std::string near = Nearest(name, known); !near.empty())
-                what += "; did you mean " + near + "?";
-            break;
-        }
-    }
-    std::replace(what.begin(), what.end(), '\n', ' ');
-    terminal.Error(what + " (" + options.get_name() + " --help tells more)");
-    return Exit::Trouble;
-}
-
-Exit Run(const Command& command, std::vector<std::string> arguments, Terminal& terminal)
-{
-    const std::string name = command.name.empty() ? "scrivel" : "scrivel " + std::string(command.name);
-    CLI::App options(std::string(command.summary), name);
+    Options options(command.name.empty() ? "scrivel" : "scrivel " + std::string(command.name),
+                    command.summary, "Examples:\n  " + InLines(command.examples));
     const std::unique_ptr<Action> action = command.make(options);
-    options.footer("Examples:\n  " + InLines(command.examples));
-    const std::vector<std::string> given = arguments;
-    std::reverse(arguments.begin(), arguments.end());
-    try {
-        options.parse(std::move(arguments));
-    } catch (const CLI::CallForHelp&) {
-        terminal.Print(options.help());
+    switch (options.Read(arguments)) {
+    case Request::Help:
+        terminal.Print(options.Help());
         return Exit::Found;
-    } catch (const CLI::Error& error) {
-        return TellWrongUse(options, error, given, terminal);
+    case Request::Unclear:
+        terminal.Error(options.Error());
+        return Exit::Trouble;
+    case Request::Run:
+        break;
     }
     return action->Run(terminal);
 }
@@ -179,12 +153,12 @@ Exit Run(std::vector<std::string> arguments, Terminal& terminal)
     const std::string first = arguments.front();
     if (const Command* command = Find(first); command != nullptr && !first.empty()) {
         arguments.erase(arguments.begin());
-        return Run(*command, std::move(arguments), terminal);
+        return Run(*command, arguments, terminal);
     }
     // What looks like a file or an option is meant for the command that has no name.
     const Command* nameless = Find("");
     if (nameless != nullptr && first.find_first_of("-./") != std::string::npos)
-        return Run(*nameless, std::move(arguments), terminal);
+        return Run(*nameless, arguments, terminal);
 
     std::vector<std::string> names;
     for (const Command& command : commands)
