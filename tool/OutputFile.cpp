@@ -1,4 +1,5 @@
-// Writes beside the name and renames. Tested by tests/tool/RecoverTest.cpp.
+// Writes without a name and gives it at the end. Tested by tests/tool/OutputFileTest.cpp and
+// tests/tool/RecoverTest.cpp.
 
 #include "OutputFile.h"
 
@@ -30,11 +31,36 @@ mode_t RightsOfNewFile()
     return 0666 & ~mask;
 }
 
+/// folder/ of folder/name; empty without a slash.
+std::string FolderOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
+
 /// folder/.name.XXXXXX
 std::string HiddenPattern(const std::string& path)
 {
-    const std::size_t name = path.rfind('/') + 1;  // 0 when there is no slash
-    return path.substr(0, name) + "." + path.substr(name) + ".XXXXXX";
+    const std::string folder = FolderOf(path);
+    return folder + "." + path.substr(folder.size()) + ".XXXXXX";
+}
+
+/// By which a file that has no name can be given one.
+std::string LinkTo(int descriptor)
+{
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+/// -1 where the file system has no files without a name, or they couldn't be given one.
+int OpenUnnamed(const std::string& path)
+{
+    const std::string folder = FolderOf(path);
+    const int descriptor =
+        open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (descriptor >= 0 && access(LinkTo(descriptor).c_str(), F_OK) != 0) {
+        close(descriptor);
+        return -1;
+    }
+    return descriptor;
 }
 
 }  // namespace
@@ -56,7 +82,7 @@ std::unique_ptr<OutputFile> OutputFile::Make(const std::string& path, Existing e
             error = ErrorText(errno);
             return nullptr;
         }
-        return std::unique_ptr<OutputFile>(new OutputFile(path, existing, descriptor, {}));
+        return std::unique_ptr<OutputFile>(new OutputFile(path, existing, Kind::NoFile, descriptor, {}));
     }
     if (isThere && existing == Existing::Keep) {
         error = "there is such a file already; --force replaces it";
@@ -69,20 +95,26 @@ std::unique_ptr<OutputFile> OutputFile::Make(const std::string& path, Existing e
         target = resolved;
         std::free(resolved);
     }
-    std::string hidden = HiddenPattern(target);
-    const int descriptor = mkostemp(hidden.data(), O_CLOEXEC);
+    Kind kind = Kind::Unnamed;
+    std::string hidden;
+    int descriptor = OpenUnnamed(target);
+    if (descriptor < 0) {
+        kind = Kind::Hidden;
+        hidden = HiddenPattern(target);
+        descriptor = mkostemp(hidden.data(), O_CLOEXEC);
+    }
     if (descriptor < 0) {
         error = ErrorText(errno);
         return nullptr;
     }
     fchmod(descriptor, isThere ? status.st_mode & 07777 : RightsOfNewFile());
     return std::unique_ptr<OutputFile>(
-        new OutputFile(std::move(target), existing, descriptor, std::move(hidden)));
+        new OutputFile(std::move(target), existing, kind, descriptor, std::move(hidden)));
 }
 
-OutputFile::OutputFile(std::string itsPath, Existing itsExisting, int itsDescriptor,
+OutputFile::OutputFile(std::string itsPath, Existing itsExisting, Kind itsKind, int itsDescriptor,
                        std::string itsHiddenPath)
-    : path(std::move(itsPath)), existing(itsExisting), descriptor(itsDescriptor),
+    : path(std::move(itsPath)), existing(itsExisting), kind(itsKind), descriptor(itsDescriptor),
       hiddenPath(std::move(itsHiddenPath))
 {
 }
@@ -112,11 +144,11 @@ bool OutputFile::Write(std::string_view bytes)
 
 bool OutputFile::Finish()
 {
-    if (!error.empty() || hiddenPath.empty()) {
+    if (!error.empty() || kind == Kind::NoFile) {
         return error.empty();
     }
     // Some file systems tell only now that there was no room.
-    if (fsync(descriptor) != 0 || !Rename()) {
+    if (fsync(descriptor) != 0 || !Name()) {
         return Fail(errno);
     }
     return true;
@@ -124,17 +156,41 @@ bool OutputFile::Finish()
 
 /// A file that came under the name meanwhile is kept too: a link never replaces one. Where the file
 /// system has no links, it is replaced.
-bool OutputFile::Rename()
+bool OutputFile::Name()
 {
-    if (existing == Existing::Keep && link(hiddenPath.c_str(), path.c_str()) == 0) {
+    const std::string unnamed = kind == Kind::Unnamed ? LinkTo(descriptor) : hiddenPath;
+    if (existing == Existing::Keep &&
+        linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
         return true;
     }
     const bool mayRename = existing == Existing::Replace || errno == EPERM || errno == EOPNOTSUPP;
-    if (!mayRename || rename(hiddenPath.c_str(), path.c_str()) != 0) {
+    if (!mayRename || !Hide() || rename(hiddenPath.c_str(), path.c_str()) != 0) {
         return false;
     }
     hiddenPath.clear();
     return true;
+}
+
+/// Gives a file that has no name a hidden one: a link can't replace a file, renaming can.
+bool OutputFile::Hide()
+{
+    constexpr int mostTries = 100;
+    for (int i = 0; hiddenPath.empty() && i < mostTries; ++i) {
+        std::string hidden = HiddenPattern(path);
+        const int taken = mkostemp(hidden.data(), O_CLOEXEC);  // tells a name that is free
+        if (taken < 0) {
+            return false;
+        }
+        close(taken);
+        unlink(hidden.c_str());
+        if (linkat(AT_FDCWD, LinkTo(descriptor).c_str(), AT_FDCWD, hidden.c_str(), AT_SYMLINK_FOLLOW) ==
+            0) {
+            hiddenPath = hidden;
+        } else if (errno != EEXIST) {
+            return false;
+        }
+    }
+    return !hiddenPath.empty();
 }
 
 bool OutputFile::Fail(int number)

@@ -16,8 +16,9 @@ enum class Existing
     Replace
 };
 
-/// Until it is finished, the file has a hidden name beside its own; unless it is finished, it goes.
-/// What is there already and is no file, as a pipe or /dev/null, is written to as it is.
+/// Until it is finished, the file has no name, so nothing is left of it when the process is killed. Where
+/// the file system has no such files, it has a hidden name beside its own. What is there already and is
+/// no file, as a pipe or /dev/null, is written to as it is.
 class OutputFile
 {
 public:
@@ -37,17 +38,27 @@ public:
     /// What was written, to be read by pread; nothing was when Written() is 0.
     int Descriptor() const { return descriptor; }
     std::uint64_t Written() const { return written; }
-    bool CanBeReadBack() const { return !hiddenPath.empty(); }
+    bool CanBeReadBack() const { return kind != Kind::NoFile; }
 
 private:
-    OutputFile(std::string itsPath, Existing itsExisting, int itsDescriptor, std::string itsHiddenPath);
-    bool Rename();
+    enum class Kind
+    {
+        NoFile,
+        Unnamed,
+        Hidden,
+    };
+
+    OutputFile(std::string itsPath, Existing itsExisting, Kind itsKind, int itsDescriptor,
+               std::string itsHiddenPath);
+    bool Name();
+    bool Hide();
     bool Fail(int number);
 
     const std::string path;
     const Existing existing;
+    const Kind kind;
     int descriptor;
-    std::string hiddenPath;  // empty when there is none
+    std::string hiddenPath;  // empty while the file has no such name
     std::uint64_t written = 0;
     std::string error;
 };
