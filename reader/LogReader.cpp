@@ -155,7 +155,7 @@ private:
 class [[gnu::visibility("hidden")]] LogReader::Impl final : private XmlEvents
 {
 public:
-    Impl(LogHandler& itsHandler, const ReadOptions& itsOptions)
+    Impl(LogHandler & itsHandler, const ReadOptions& itsOptions)
         : handler(itsHandler), options(itsOptions), received(itsOptions.offset),
           heldFrom(itsOptions.offset), heldLine(itsOptions.line)
     {
@@ -254,7 +254,10 @@ private:
         }
     }
 
-    bool Stopped() const { return broken || !parser->Error().empty(); }
+    bool Stopped() const
+    {
+        return broken || !parser->Error().empty();
+    }
 
     void AfterParsing(bool thenParse = true)
     {
@@ -715,7 +718,7 @@ private:
     }
 
     /// Makes a call one that knows nothing, but keeps its memory.
-    static void Renew(Call& used)
+    static void Renew(Call & used)
     {
         used.name.clear();
         used.status.clear();

@@ -128,11 +128,15 @@ public:
         logs.AddJsonTo(options);
         options.Flag("--xml", xml, "its elements as they stand in the log");
         options.Flag("--scan", scan, "read the whole log: for line, thread, and every call it is within");
+        filter.AddTo(options);
     }
 
     Exit Run(Terminal& terminal) override
     {
         logs.Prepare(terminal);
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
         bool trouble = false;
         bool found = false;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
@@ -146,7 +150,8 @@ public:
             const int descriptor = *input->Descriptor();
             const std::uint64_t size = input->Size().value_or(0);
             Finder finder(number);
-            const bool within = !scan && FindNear(descriptor, size, finder);
+            // Which thread it is and what it is within, only the whole log can tell a filter.
+            const bool within = !scan && chosen->MatchesAll() && FindNear(descriptor, size, finder);
             std::optional<Finder> second;
             if (!within) {
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
@@ -159,6 +164,8 @@ public:
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
+                if (!chosen->Matches(call))
+                    continue;
                 found = true;
                 if (xml)
                     PrintXml(descriptor, call, terminal);
@@ -308,6 +315,7 @@ private:
     bool xml = false;
     bool scan = false;
     LogArguments logs;
+    FilterArguments filter;
 };
 
 }  // namespace

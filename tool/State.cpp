@@ -31,16 +31,20 @@ public:
         options.Option("--at", "N", at, "before this call; without it at the end of the log");
         logs.AddTo(options);
         logs.AddJsonTo(options);
+        filter.AddTo(options);
     }
 
     Exit Run(Terminal& terminal) override
     {
         logs.Prepare(terminal);
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
         bool trouble = false;
         bool found = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
-            OneLog log(at, terminal, path);
+            OneLog log(at, *chosen, terminal, path);
             const auto end = ReadLog(path, log, {}, terminal);
             trouble = trouble || !end || !end->isLog;
             if (end && !end->isLog)
@@ -62,9 +66,9 @@ private:
     class OneLog final : public LogHandler
     {
     public:
-        OneLog(const std::optional<std::uint64_t>& itsAt, Terminal& itsTerminal,
-               const std::string& itsPath)
-            : at(itsAt), terminal(itsTerminal), path(itsPath)
+        OneLog(const std::optional<std::uint64_t>& itsAt, const CallFilter& itsFilter,
+               Terminal& itsTerminal, const std::string& itsPath)
+            : at(itsAt), chosen(itsFilter), terminal(itsTerminal), path(itsPath)
         {
         }
 
@@ -89,7 +93,7 @@ private:
         }
         void Ended(Call& call) override
         {
-            if (!reached && call.Returned())
+            if (!reached && call.Returned() && chosen.Matches(call))
                 known.Ended(call, known.AccessBy(call));
         }
         void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
@@ -259,6 +263,7 @@ private:
         }
 
         const std::optional<std::uint64_t>& at;
+        const CallFilter& chosen;
         Terminal& terminal;
         const std::string& path;
         Knowledge known;
@@ -270,6 +275,7 @@ private:
 
     std::optional<std::uint64_t> at;
     LogArguments logs;
+    FilterArguments filter;
 };
 
 }  // namespace

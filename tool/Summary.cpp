@@ -71,25 +71,33 @@ std::string ThreadText(const Call& call)
     return call.thread == 0 ? "" : "T" + std::to_string(call.thread) + "  ";
 }
 
-/// One log, read to its end.
+/// One log, read to its end. It tells of the calls that the filter leaves; what is known of the target
+/// comes from all.
 class Overview final : public LogHandler
 {
 public:
+    explicit Overview(const CallFilter& itsFilter) : chosen(itsFilter) {}
+
     void Header(const LogHeader& itsHeader) override { header = itsHeader; }
     void Entered(const Call& call) override
     {
-        ++calls;
+        ++entered;
         hasThreads = hasThreads || call.threadId.has_value();
         threads = std::max(threads, call.thread);
         Passed(call.callTime);
         known.Entered(call);
     }
-    void TakenBack(const Call&) override { --calls; }
+    void TakenBack(const Call&) override { --entered; }
     void Ended(Call& call) override
     {
         if (!call.parts.empty())
             contentEnd = std::max(contentEnd, call.parts.back().end);
         Passed(call.returnTime);
+        if (call.Returned())
+            known.Ended(call, known.AccessBy(call));
+        if (!chosen.Matches(call))
+            return;
+        ++calls;
         if (call.Failed()) {
             ++failed;
             if (failures.size() < mostNumbers)
@@ -99,7 +107,6 @@ public:
             KeepOpen(call);
             return;
         }
-        known.Ended(call, known.AccessBy(call));
         recent.push_back(std::move(call));
         if (recent.size() > mostRemembered)
             recent.pop_front();
@@ -144,7 +151,8 @@ public:
 
     LogHeader header;
     LogEnd end;
-    std::uint64_t calls = 0;
+    std::uint64_t entered = 0;
+    std::uint64_t calls = 0;  // of them that the filter leaves
     std::uint64_t failed = 0;
     std::uint64_t open = 0;
     std::uint32_t threads = 0;
@@ -157,6 +165,7 @@ public:
     Writer writer = Writer::Elsewhere;
     std::optional<std::int64_t> sinceLastTime;  // nanoseconds since the file changed
 
+    bool IsFiltered() const { return !chosen.MatchesAll(); }
     const Call* LastCall() const { return recent.empty() ? nullptr : &recent.back(); }
     bool WasEnded() const { return EndingOf(end, contentEnd).ended; }
     /// The file that the log goes on in.
@@ -179,6 +188,7 @@ private:
             innermost.insert_or_assign(call.thread, std::move(call));
     }
 
+    const CallFilter& chosen;
     std::map<std::uint32_t, Call> innermost;  // of the open calls, by thread
     std::map<std::uint64_t, std::string> openNames;
     std::deque<Call> recent;
@@ -239,12 +249,14 @@ std::string EndText(const Overview& log)
 {
     if (!log.end.isLog)
         return "this is no log";
+    if (log.IsFiltered())
+        return "every call that the filter leaves returned";
     if (const std::string file = log.ContinuedIn(); !file.empty())
         return "the log goes on in " + Printable(file);
     if (log.WasEnded())
-        return log.calls == 0 ? "the log was ended; it has no call"
-                              : "every call returned, and the log was ended";
-    const std::string all = log.calls == 0 ? "the log has no call" : "every call returned";
+        return log.entered == 0 ? "the log was ended; it has no call"
+                                : "every call returned, and the log was ended";
+    const std::string all = log.entered == 0 ? "the log has no call" : "every call returned";
     if (log.writer == Writer::HasLogOpen)
         return all + "; " + ProcessText(log) + " has the log open";
     if (!log.end.whole)
@@ -265,7 +277,7 @@ std::string DamageText(const Overview& log)
 
 std::string KindText(const Overview& log)
 {
-    return log.calls == 0 ? "log" : log.hasThreads ? "run log" : "connection log";
+    return log.entered == 0 ? "log" : log.hasThreads ? "run log" : "connection log";
 }
 
 class Summary final : public Action
@@ -275,17 +287,21 @@ public:
     {
         logs.AddTo(options);
         logs.AddJsonTo(options);
+        filter.AddTo(options);
     }
 
     Exit Run(Terminal& terminal) override
     {
         logs.Prepare(terminal);
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
         bool trouble = false;
         bool allWhole = true;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         std::vector<Row> rows;
         for (const std::string& path : paths) {
-            const auto log = ReadOverview(path, terminal);
+            const auto log = ReadOverview(path, *chosen, terminal);
             if (log == nullptr) {
                 trouble = true;
                 continue;
@@ -308,7 +324,8 @@ public:
     }
 
 private:
-    static std::unique_ptr<Overview> ReadOverview(const std::string& path, Terminal& terminal)
+    static std::unique_ptr<Overview> ReadOverview(const std::string& path, const CallFilter& chosen,
+                                                  Terminal& terminal)
     {
         std::string error;
         const auto input = OpenLog(path, error);
@@ -316,10 +333,12 @@ private:
             terminal.Error(path, {}, error);
             return nullptr;
         }
-        auto log = std::make_unique<Overview>();
+        auto log = std::make_unique<Overview>(chosen);
         ReadOptions options;
-        options.limits.items = 4096;
-        options.limits.text = 4096;
+        if (!chosen.NeedsContents()) {
+            options.limits.items = 4096;
+            options.limits.text = 4096;
+        }
         const auto end = ReadLog(*input, path, *log, options, terminal);
         if (!end)
             return nullptr;
@@ -571,7 +590,7 @@ private:
                      Counted(log.calls, "call"),
                      std::to_string(log.failed) + " failed",
                      log.lastTime ? DurationText(log.lastTime->nanoseconds) : "-",
-                     log.calls == 0   ? ""
+                     log.entered == 0 ? ""
                      : log.hasThreads ? "run"
                                       : "connection"};
         return row;
@@ -614,7 +633,7 @@ private:
             {"schema", jsonSchema},
             {"log", path},
             {"whole", log.end.whole},
-            {"kind", log.calls == 0   ? Json()
+            {"kind", log.entered == 0 ? Json()
                      : log.hasThreads ? Json("run")
                                       : Json("connection")},
             {"name", log.header.name},
@@ -671,6 +690,7 @@ private:
     }
 
     LogArguments logs;
+    FilterArguments filter;
 };
 
 }  // namespace

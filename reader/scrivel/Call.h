@@ -101,9 +101,9 @@ struct Damage
 /// What was known when the last byte had been read.
 struct LogEnd
 {
-    bool whole = false;  ///< a strict XML parser accepts the log
-    bool empty = false;  ///< there was no byte, or nothing but blanks
-    bool isLog = false;  ///< a root element was read, or a call
+    bool whole = false;      ///< a strict XML parser accepts the log
+    bool empty = false;      ///< there was no byte, or nothing but blanks
+    bool isLog = false;      ///< a root element was read, or a call
     bool rootEnded = false;  ///< the end tag of the root element was read
     std::uint64_t size = 0;
     std::uint64_t damages = 0;

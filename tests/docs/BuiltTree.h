@@ -18,9 +18,9 @@ struct Outcome
     int status;
 };
 
-/// The project's files in the folder "tree", with the example session and scrivel where scripts/demo builds
-/// them. The build itself is not tried here: the commands that make it, and those that install packages for it, do
-/// nothing, and "g++" is the compiler of this build.
+/// The project's files in the folder "tree", with the example session and scrivel where scripts/demo
+/// builds them. The build itself is not tried here: the commands that make it, and those that install
+/// packages for it, do nothing, and "g++" is the compiler of this build.
 class BuiltTree
 {
 public:

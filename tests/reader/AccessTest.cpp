@@ -99,7 +99,8 @@ TEST(Access, BlocksAndDescriptionsAreKnownByTheirFields)
 {
     const Access access =
         Of("<memorySpace>1</memorySpace>",
-           "<blocks><Timer><description>load</description><startAddr>0x0000000040000000</startAddr><endAddr>0x0000000040000007</endAddr>"
+           "<blocks><Timer><description>load</description><startAddr>0x0000000040000000</startAddr>"
+           "<endAddr>0x0000000040000007</endAddr>"
            "</Timer></blocks><registers><pc><regNumber>32</regNumber><bitsWide>32</bitsWide>"
            "<display>CADI_REGTYPE_PC</display></pc></registers>");
     ASSERT_EQ(access.blocks.size(), 1u);

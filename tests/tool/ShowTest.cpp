@@ -127,4 +127,13 @@ TEST_F(Show, FindsEveryCallOfANumberByScanning)
     EXPECT_THAT(Run({"show", "700", "--scan", "long.xml"}).out, HasSubstr("\ncall 700#2  A\n"));
 }
 
+TEST_F(Show, ShowsTheCallsThatTheFilterLeaves)
+{
+    const std::string log = LongLog(5000, 100);
+    Write("long.xml", std::string(log).replace(log.find("call_num=\"5000\""), 15, "call_num=\"100\""));
+    EXPECT_THAT(Run({"show", "100", "long.xml", "-t", "T2"}).out, testing::StartsWith("call 100  A\n"));
+    EXPECT_THAT(Run({"show", "100", "long.xml", "-t", "T1"}).out, testing::StartsWith("call 100#2  A\n"));
+    EXPECT_EQ(Run({"show", "100", "long.xml", "-t", "T3"}).status, 1);
+}
+
 }  // namespace

@@ -34,6 +34,14 @@ TEST_F(State, IsJsonOneObjectAValue)
                                R"("occurrence":1,"way":"read","stale":true})"));
 }
 
+TEST_F(State, ComesFromTheCallsThatTheFilterLeaves)
+{
+    EXPECT_THAT(Run({"state", "--at", "62", "crash-4242.xml", "--calls", "..60"}).out,
+                HasSubstr("\n  pc    0x00003000  wrote #54  stale: target ran (#55)\n"));
+    EXPECT_THAT(Run({"state", "--at", "62", "crash-4242.xml", "-n", "CADIMem*"}).out,
+                Not(HasSubstr("\n  pc ")));
+}
+
 TEST_F(State, TellsThatACallIsntThere)
 {
     const Outcome outcome = Run({"state", "--at", "99", "crash-4242.xml"});

@@ -94,6 +94,15 @@ TEST_F(Summary, NamesTheInnermostOpenCallOfEachThreadTheLatestFirst)
                           "before it  #1 A\n"));
 }
 
+TEST_F(Summary, TellsOfTheCallsThatTheFilterLeaves)
+{
+    const std::string out = Run({"crash-4242.xml", "-n", "CADIReg*"}).out;
+    EXPECT_THAT(out, HasSubstr("\nevery call that the filter leaves returned\n"));
+    EXPECT_THAT(out, testing::Not(HasSubstr("CALL 68")));
+    EXPECT_THAT(out, HasSubstr("\n12 calls, 2 failed (13 52)"));
+    EXPECT_THAT(Run({"crash-4242.xml", "--open"}).out, HasSubstr("\nCALL 68 "));
+}
+
 TEST_F(Summary, TellsWhoTouchedTheAddressBefore)
 {
     std::string log = Read("crash-4242.xml");
