@@ -299,7 +299,7 @@ std::string StatusText(const Call& call)
 {
     constexpr std::string_view prefix = "CADI_STATUS_";
     if (!call.Returned())
-        return "NEVER RETURNED";
+        return "NOT RETURNED";
     if (StartsWith(call.status, prefix))
         return call.status.substr(prefix.size());
     return Printable(call.status);

@@ -19,7 +19,7 @@ namespace ScrivelTool
 std::string CallText(const ScrivelReader::Call& call);
 /// Memory:0x40000000, bytes=4     Registers as pc=0x3000, addresses as space:0x..., bytes in hexadecimal.
 std::string ElementsText(const ScrivelReader::Tree& tree, bool results);
-/// OK, PermissionDenied, NEVER RETURNED or nothing.
+/// OK, PermissionDenied, NOT RETURNED or nothing.
 std::string StatusText(const ScrivelReader::Call& call);
 /// 68, or 68#2 for the second call of that number.
 std::string NumberText(const ScrivelReader::Call& call);

@@ -253,7 +253,7 @@ private:
             if (command.by == "log")
                 return path;
             if (command.by == "status")
-                return !call.Returned() ? "never returned" : call.status.empty() ? "(none)" : call.status;
+                return !call.Returned() ? "not returned" : call.status.empty() ? "(none)" : call.status;
             if (!call.threadId)
                 return "(none)";
             return "T" + std::to_string(call.thread) + " " + std::to_string(*call.threadId);

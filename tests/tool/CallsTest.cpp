@@ -22,7 +22,7 @@ TEST_F(Calls, AreShownInOrderOfEntry)
               "   1  0.000011   12.53 ms T1 CADIExecContinue()                               OK\n"
               "   2  0.000022      11 us T1  └ modeChange(Bpt)\n"
               "   3  0.012550       3 us T2 CADIRegWrite(zero=0x1)             PermissionDenied\n"
-              "   4  0.012560            T1 CADIMemWrite(Memory:0x40000000, ...  NEVER RETURNED\n");
+              "   4  0.012560            T1 CADIMemWrite(Memory:0x40000000, by...  NOT RETURNED\n");
 }
 
 TEST_F(Calls, AreChosenByTheFilter)
@@ -30,7 +30,7 @@ TEST_F(Calls, AreChosenByTheFilter)
     EXPECT_EQ(Run({"calls", "-f", "run.xml"}).out,
               "   3  0.012550       3 us T2 CADIRegWrite(zero=0x1)             PermissionDenied\n");
     EXPECT_EQ(Run({"calls", "-w", "arg.addr = 0x40000000 and open", "run.xml"}).out,
-              "   4  0.012560            T1 CADIMemWrite(Memory:0x40000000, ...  NEVER RETURNED\n");
+              "   4  0.012560            T1 CADIMemWrite(Memory:0x40000000, by...  NOT RETURNED\n");
     EXPECT_EQ(Run({"calls", "-n", "x*", "run.xml"}).status, 1);
 }
 

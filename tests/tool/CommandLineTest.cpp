@@ -50,8 +50,8 @@ TEST_F(CommandLine, ColoursWhenItIsAskedTo)
 {
     Write("run.xml", LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n    </A>\n"));
     EXPECT_EQ(Run({"calls", "--color", "always", "run.xml"}).out,
-              "   1\x1b[2m  0.000001            \x1b[0m\x1b[1mA\x1b[0m()" + std::string(37, ' ') +
-                  "\x1b[31mNEVER RETURNED\x1b[0m\n");
+              "   1\x1b[2m  0.000001            \x1b[0m\x1b[1mA\x1b[0m()" + std::string(39, ' ') +
+                  "\x1b[31mNOT RETURNED\x1b[0m\n");
     EXPECT_EQ(Run({"calls", "--color", "never", "run.xml"}).out, Run({"calls", "run.xml"}).out);
 }
 

@@ -19,7 +19,7 @@ protected:
 
 TEST_F(Show, TellsEverythingAboutACall)
 {
-    EXPECT_EQ(Run({"show", "4", "run.xml"}).out, R"(call 4  CADIMemWrite  NEVER RETURNED
+    EXPECT_EQ(Run({"show", "4", "run.xml"}).out, R"(call 4  CADIMemWrite  NOT RETURNED
   entered   0.012560
   thread    T1, 1234
   log       run.xml:40, bytes 1089 to 1563
