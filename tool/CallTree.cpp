@@ -35,7 +35,7 @@ std::string HexDump(std::string_view bytes, const std::string& indent)
             letters += value >= ' ' && value < 0x7f ? byte : '.';
         }
         digits.resize(bytesInARow * 3, ' ');
-        text += indent + number + digits + "  " + letters + "\n";
+        text.append(indent).append(number).append(digits).append("  ").append(letters).append("\n");
     }
     return text;
 }

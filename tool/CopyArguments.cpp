@@ -124,7 +124,7 @@ std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& term
     }
 
     FileBytes log(*input->Descriptor(), Log(), terminal);
-    const auto copied = copying(
+    auto copied = copying(
         log, [&](std::string_view bytes) { return file->Write(bytes); }, error);
     terminal.EndProgress();
     if (!copied) {

@@ -239,7 +239,7 @@ private:
                 std::string letters;
                 for (const char byte : row)
                     letters += byte >= ' ' && byte < 0x7f ? byte : '.';
-                text += "    " + digits + " " + letters + "\n";
+                text.append("    ").append(digits).append(" ").append(letters).append("\n");
             }
             return text;
         }

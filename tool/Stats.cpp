@@ -277,6 +277,7 @@ private:
             if (column.name != sort)
                 continue;
             std::vector<std::pair<double, Group>> rows;
+            rows.reserve(groups.size());
             for (Group& group : groups)
                 rows.emplace_back(column.value(group), std::move(group));
             std::stable_sort(rows.begin(), rows.end(),
