@@ -55,6 +55,7 @@ Lines Shape(const Lines& lines)
     static const std::pair<std::regex, const char*> shapes[] = {
         {std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)"), "<date>"},
         {std::regex(R"(hostname="[^"]*")"), "hostname=\"<host>\""},
+        {std::regex(R"(\bone a decade, .* to .*)"), "one a decade"},  // from 0 or another time
         {std::regex(R"(\d+\.\d{6} s)"), "<seconds> s"},
         {std::regex(R"(threadId="\d+")"), "threadId=\"<thread>\""},
         {std::regex(R"xx("(thread|call_time|return_time|offset)":[0-9.]+)xx"), "\"$1\":<number>"},
