@@ -3,6 +3,7 @@
 #ifndef SCRIVEL_TOOL_OUTPUTFILE_H
 #define SCRIVEL_TOOL_OUTPUTFILE_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
