@@ -187,6 +187,8 @@ public:
             currentFrom = received;
             Hold({});
             FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
+            if (state == State::Over)
+                break;
             Search(true);
             if (state == State::Parsing)
                 ParseHeld();
@@ -359,11 +361,16 @@ private:
         return IllegalName(text.substr(tag, std::min(next, text.size()) - tag));
     }
 
-    /// Whether what follows the last call is an end tag: that of the root, whose name isn't known.
+    /// Whether what follows the last call is the end tag of the root, whose name isn't known: the only
+    /// one that begins a line without an indent.
     bool AtRootEnd() const
     {
-        return rootName.empty() && restart >= heldFrom && restart - heldFrom <= held.size() &&
-               StartsWith(Trimmed(std::string_view(held).substr(std::size_t(restart - heldFrom))), "</");
+        if (!rootName.empty() || restart < heldFrom || restart - heldFrom > held.size())
+            return false;
+        const std::string_view rest = std::string_view(held).substr(std::size_t(restart - heldFrom));
+        const std::size_t tag = rest.find_first_not_of(" \t\r\n");
+        return tag != std::string_view::npos && StartsWith(rest.substr(tag), "</") &&
+               (tag == 0 || rest[tag - 1] == '\n');
     }
 
     void CloseDamage(std::uint64_t lostTo)

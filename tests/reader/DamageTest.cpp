@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "reader/Copies.h"
 #include "reader/Reading.h"
 #include "judge/LogJudge.h"
 
@@ -98,6 +99,26 @@ TEST(Damage, OfTheHeaderLosesTheHeader)
     EXPECT_EQ(Numbers(reading), "1 2 3");
     EXPECT_TRUE(reading.headers.empty());
     EXPECT_EQ(reading.damages.size(), 1u);
+}
+
+TEST(Damage, OfHeaderAndStartTagLosesNoCallAfterThem)
+{
+    std::string log = LogOf(Elements(4));
+    log.erase(0, log.find("    <CADIReset"));
+    const std::size_t startTag = log.find("    <CADIReset call_num=\"2\"");
+    log.erase(startTag, log.find("    </CADIReset>", startTag) - startTag);
+    EXPECT_EQ(Numbers(ReadBytes(log)), "1 3 4");
+}
+
+TEST(Damage, OfAHeaderEndsReadingAtTheEndTagOfTheRoot)
+{
+    std::string log = LogOf(Elements(1));
+    log.erase(0, log.find("    <CADIReset"));
+    for (const std::string after : {"", "<", "\n    <CADIReset call_num=\"2\""}) {
+        const Copy copy = RecoveredFrom(log.substr(0, log.rfind('>')) + after);
+        EXPECT_TRUE(IsDocument(copy.bytes)) << copy.bytes;
+        EXPECT_EQ(Numbers(ReadBytes(copy.bytes)), "1");
+    }
 }
 
 TEST(Damage, IsAFirstElementThatIsACall)
