@@ -27,7 +27,7 @@ RunLog::RunLog(std::string_view name, const LogOptions& options) : CallLog(name,
 
 RunLog::~RunLog()
 {
-    EndLogging();  // before the tables go
+    EndInDestructor();  // before the tables go
 }
 
 void RunLog::LearnRegisters(const eslapi::CADIRegInfo_t* infos, unsigned int count)

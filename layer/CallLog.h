@@ -55,15 +55,16 @@ public:
     CallLog(const CallLog&) = delete;
     CallLog& operator=(const CallLog&) = delete;
 
-    ~CallLog() { EndLogging(); }
+    /// As EndLogging. When there is no memory for the end, the file stays the document that it is.
+    ~CallLog() { EndInDestructor(); }
 
     /// Completes and closes the file. Calls that have not returned yet stay in it as they are; what is
-    /// logged from now on is dropped.
+    /// logged from now on is dropped. Throws when there is no memory for the end: then the log goes on.
     void EndLogging()
     {
         if (const Access log{*this}) {
-            ended = true;
             log->EndLogging();
+            ended = true;
         }
     }
 
@@ -116,6 +117,15 @@ protected:
         std::unique_lock<std::mutex> lock;
         Layer::ClassicLocale locale;
     };
+
+    void EndInDestructor() noexcept
+    {
+        try {
+            EndLogging();
+        } catch (...) {
+            // std::bad_alloc
+        }
+    }
 
 private:
     friend class LoggedCall<Generator>;

@@ -80,6 +80,9 @@ namespace Scrivel2
 /// The callables that it is given write with what they get, a RunWriters or ConnectWriters: all writers
 /// of values, and WriteComment. They run at once, under the log's lock: a logged call made inside one
 /// would wait for itself. When one throws, what it has written is blanked out, and the exception goes on.
+///
+/// When memory ends, a std::bad_alloc leaves the constructor, Arguments or Results, and nothing of what
+/// they were to write is in the log. It goes on with the next call that there is memory for.
 template <typename Generator>
 class LoggedCall
 {
@@ -125,7 +128,9 @@ public:
             try {
                 Results([](auto&) {});
             } catch (...) {
-                // No memory for the end of the call: the file stays complete without it.
+                // No memory for the end of the call: the log goes on as if it had not returned.
+                const Access xml{log};
+                CountReturn();
             }
         }
     }
@@ -142,12 +147,19 @@ public:
         if (!xml) {
             return;
         }
+        Attempt attempt(*xml);
         if (xml->IsOpen(number)) {
             xml->SeekFilePointerPosition();
-            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
+            xml->WriteAndFinish(writeArguments, [&] {
+                xml->FlushOutput(false, name);
+                attempt.Finish();
+            });
         } else {
             xml->ReopenCall(number, name);
-            xml->WriteAndFinish(writeArguments, [&] { Close(*xml); });
+            xml->WriteAndFinish(writeArguments, [&] {
+                Close(*xml);
+                attempt.Finish();
+            });
         }
     }
 
@@ -156,15 +168,17 @@ public:
     template <typename WriteResults>
     void Results(WriteResults writeResults)
     {
-        const unsigned int returning = returned ? 0 : 1;
-        returned = true;
         if (number == 0) {
             return;
         }
         if (const Access xml{log}) {
-            log.openCalls -= returning;
+            Attempt attempt(*xml);
             xml->WriteContinueFunction(number, name);
-            xml->WriteAndFinish(writeResults, [&] { Close(*xml); });
+            xml->WriteAndFinish(writeResults, [&] {
+                Close(*xml);
+                attempt.Finish();
+                CountReturn();
+            });
         }
     }
 
@@ -173,6 +187,7 @@ public:
 
 private:
     using Access = typename CallLog<Generator>::Access;
+    using Attempt = typename Layer::CompleteFileGenerator<Generator>::Attempt;
 
     // The end tag of an interrupting call is overwritten by the comment and the reopened element that
     // follow it: a longer name could stick out after the end of the document.
@@ -192,10 +207,21 @@ private:
         }
         if (const Access xml{log}) {
             log.GoOnInNextFileWhenFull();
-            number = enterCall(*xml);
-            ++log.openCalls;
-            xml->WriteAndFinish(writeArguments, [&] { xml->FlushOutput(false, name); });
+            Attempt attempt(*xml);
+            const unsigned int entered = enterCall(*xml);
+            xml->WriteAndFinish(writeArguments, [&] {
+                xml->FlushOutput(false, name);
+                attempt.Finish();
+                number = entered;
+                ++log.openCalls;
+            });
         }
+    }
+
+    void CountReturn()
+    {
+        log.openCalls -= returned ? 0U : 1U;
+        returned = true;
     }
 
     void Close(Layer::CompleteFileGenerator<Generator>& xml)

@@ -11,8 +11,12 @@
 #include "scrivel/LogComments.h"
 #include "scrivel/ValueWriters.h"
 
+#include <algorithm>
+#include <ios>
+#include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace Scrivel2::Layer
@@ -86,8 +90,12 @@ public:
     /// Ends the log with a comment that says so: what has none was cut off.
     void EndLogging() override
     {
+        Attempt attempt(*this);
         WriteLastComment(EndComment());
-        Generator::EndLogging();
+        this->SeekFilePointerPosition();
+        FlushOutput(true, "");
+        attempt.Finish();
+        this->logFile.close();
     }
 
     void WriteTimestamp(const std::string& name, bool asElement) override
@@ -110,6 +118,31 @@ public:
     }
 
     // ---- What CallLog and LoggedCall are made of -----------------------------------------------
+
+    /// Something that is written wholly or not at all. Unless Finish has said that all is in the file,
+    /// the end of an attempt takes back what came since its beginning, and the generator is as it was:
+    /// whatever has thrown, the next call is logged as if nothing had been begun.
+    class Attempt
+    {
+    public:
+        explicit Attempt(CompleteFileGenerator& attempting);
+        ~Attempt();
+        Attempt(const Attempt&) = delete;
+        Attempt& operator=(const Attempt&) = delete;
+
+        /// To be called after the flush. Throws when there was no memory for the text.
+        void Finish();
+
+    private:
+        CompleteFileGenerator& generator;
+        const std::streamoff position;
+        const std::streamoff lastFilePos;
+        const unsigned int callNo;
+        const unsigned int depth;
+        const bool callOpen;
+        const bool endsInCallTag;
+        bool finished = false;
+    };
 
     using Generator::GetCallNo;
     using Generator::GetLastFilePointerPosition;
@@ -176,11 +209,13 @@ public:
     /// Writes a comment between calls, or at the end of the call that is open, and flushes.
     void WriteCommentAndFlush(std::string_view text)
     {
+        Attempt attempt(*this);
         {
             const LogStream::FlushHold hold(this->logFile);
             Generator::WriteComment(CommentText(text));
         }
         FlushOutput(!endsInCallTag, this->openCallName);
+        attempt.Finish();
     }
 
     /// Lets `write` write values to the log, then `finish`. When `write` throws, what it has written
@@ -193,9 +228,9 @@ public:
         try {
             write(static_cast<ValueWriters<Generator>&>(*this));
         } catch (...) {
-            const auto length = this->logFile.tellp() - start;
+            const auto end = this->logFile.tellp();
             this->logFile.seekp(start);
-            this->logFile.Append(std::string(length > 0 ? static_cast<std::size_t>(length) : 0, ' '));
+            AppendBlanks(end - start);
             this->depth = startDepth;
             finish();
             throw;
@@ -218,6 +253,15 @@ private:
         this->UpdateFilePointerPosition();
     }
 
+    void AppendBlanks(std::streamoff count)
+    {
+        static constexpr std::string_view blanks = "                                ";
+        constexpr std::streamoff most = blanks.size();
+        for (; count > 0; count -= most) {
+            this->logFile.Append(blanks.substr(0, static_cast<std::size_t>(std::min(count, most))));
+        }
+    }
+
     static void MakeHeadLegal(std::string& name)
     {
         if (!name.empty() && (name.front() == '-' || name.front() == '.')) {
@@ -227,7 +271,54 @@ private:
 
     bool endsInCallTag = false;  ///< the last flush wrote the end tag of an open call
     bool reopening = false;
+    std::string nameBefore;  ///< of the open call, when the attempt began; keeps its memory
 };
+
+template <typename Generator>
+CompleteFileGenerator<Generator>::Attempt::Attempt(CompleteFileGenerator& attempting)
+    : generator(attempting), position(generator.logFile.tellp()), lastFilePos(generator.lastFilePos),
+      callNo(generator.callNo), depth(generator.depth), callOpen(generator.callOpen),
+      endsInCallTag(generator.endsInCallTag)
+{
+    generator.nameBefore = generator.openCallName;
+}
+
+template <typename Generator>
+CompleteFileGenerator<Generator>::Attempt::~Attempt()
+{
+    if (finished) {
+        return;
+    }
+    if (position >= 0) {
+        generator.logFile.TakeBack(position);
+    }
+    generator.lastFilePos = lastFilePos;
+    generator.callNo = callNo;
+    generator.depth = depth;
+    generator.callOpen = callOpen;
+    generator.endsInCallTag = endsInCallTag;
+    generator.reopening = false;
+    generator.openCallName.swap(generator.nameBefore);
+    // Of the tail only counts whether it is the root end tag. That has been in both strings before, so no
+    // memory is asked for.
+    if (endsInCallTag) {
+        generator.pendingTail.clear();
+    } else {
+        generator.pendingTail = generator.FileEndTag();
+    }
+    if constexpr (std::is_same_v<Generator, Scrivel2XmlGenRun>) {
+        generator.SetPendingElement({}, {});
+    }
+}
+
+template <typename Generator>
+void CompleteFileGenerator<Generator>::Attempt::Finish()
+{
+    if (generator.logFile.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
+    finished = true;
+}
 
 }  // namespace Scrivel2::Layer
 

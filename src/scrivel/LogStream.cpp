@@ -49,6 +49,21 @@ void LogStream::Insert(std::string_view text)
     }
 }
 
+void LogStream::TakeBack(std::streamoff position)
+{
+    if (IsOutOfMemory()) {
+        clear();
+    }
+    if (good()) {
+        Buffer().TakeBack(position);
+    }
+}
+
+bool LogStream::IsOutOfMemory() const
+{
+    return Buffer().IsOutOfMemory();
+}
+
 LogStream::FlushHold::FlushHold(LogStream& stream) : buffer(stream.Buffer())
 {
     buffer.HoldFlushes();

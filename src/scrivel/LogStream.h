@@ -115,6 +115,13 @@ public:
     }
     void Advance(const char* textEnd) { putArea->Advance(textEnd); }
 
+    /// Takes back all text since the last flush, and goes to `position`. A stream that is bad for want of
+    /// memory alone is good again; one whose file has failed stays bad.
+    void TakeBack(std::streamoff position);
+
+    /// Whether memory has ended: no text is taken, and what came since the last flush is gone.
+    bool IsOutOfMemory() const;
+
     /// While one of these lives, flushing its stream does nothing; the next flush after it writes all.
     class FlushHold
     {

@@ -4,7 +4,8 @@
 //             Open            any output            WriteOutPiece
 //   CLOSED ----------> CLEAN ------------> PENDING -----------------> PIECES
 //      ^               |   ^                  |                          |
-//      |     Close     |   |                  | Flush, DropText          | Flush, DropText
+//      |     Close     |   |                  | Flush, DropText,         | Flush, DropText,
+//      |               |   |                  | TakeBack                 | TakeBack
 //      +---------------+   +------------------+--------------------------+
 //
 //   CLOSED    No descriptor, no put area: output fails.
@@ -56,6 +57,7 @@ bool LogBuffer::Open(const char* name)
     }
     tail.Clear();
     pieces.reset();
+    outOfMemory = false;
     StartTextAt(0);
     assert(CurrentState() == State::Clean);
     return true;
@@ -140,6 +142,15 @@ void LogBuffer::DropText()
     StartTextAt(textStart);
 }
 
+void LogBuffer::TakeBack(off_t position)
+{
+    if (IsOpen()) {
+        DropText();
+        StartTextAt(position);
+        outOfMemory = false;
+    }
+}
+
 // ---- The text in memory -------------------------------------------------------------------------
 
 void LogBuffer::StartTextAt(off_t position)
@@ -181,6 +192,7 @@ char* LogBuffer::MakeRoom(std::size_t most)
     }
     if (!Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most)) {
         DropText();
+        outOfMemory = true;
         return nullptr;
     }
     return pptr();

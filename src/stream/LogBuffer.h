@@ -29,6 +29,9 @@ public:
     bool IsOpen() const { return file.IsOpen(); }
     bool Close();
 
+    void TakeBack(off_t position);
+    bool IsOutOfMemory() const { return outOfMemory; }
+
     void HoldFlushes() { ++holds; }
     void ReleaseFlushes() { --holds; }
 
@@ -85,6 +88,7 @@ private:
     OpenFile file;
     FileTail tail{file};
     unsigned int holds = 0;
+    bool outOfMemory = false;  // text has been dropped
 
     Block block;                  // of the text: the put area begins with it
     off_t textStart = 0;          // the text's place in the file

@@ -8,6 +8,7 @@
 // Fails when the file isn't the document of the last flush that succeeded or of a later one, or when the
 // process ends in another way.
 
+#include "crash/Allocations.h"
 #include "crash/LogReader.h"
 #include "crash/Options.h"
 #include "crash/Scratch.h"
@@ -15,69 +16,10 @@
 #include "crash/Shared.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <new>
 #include <string>
 
 using namespace ScrivelTest;
-
-namespace
-{
-
-struct Allocations
-{
-    unsigned long made = 0;
-    unsigned long failFrom = 0;  ///< numbers count from 1
-    unsigned long failUpTo = 0;
-};
-
-Allocations allocations;
-
-void* Allocate(std::size_t size)
-{
-    const unsigned long number = ++allocations.made;
-    const bool fails = number >= allocations.failFrom && number <= allocations.failUpTo;
-    void* const memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
-}
-
-}  // namespace
-
-// The forms that don't throw are made of these.
-
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 int main(int argc, char** argv)
 {

@@ -4,7 +4,9 @@
 
 #include "layer/CallReader.h"
 #include "layer/LayerTest.h"
+#include "support/Memory.h"
 
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 
@@ -384,6 +386,37 @@ TEST_F(LoggedCalls, ArrayWhoseWriterThrowsInItsMidstLeavesTheDepthAsItWas)
     ASSERT_TRUE(ScrivelTest::ReadCalls(file).accepted);
     EXPECT_EQ(file.find("<names>"), std::string::npos);
     EXPECT_NE(file.find("\n    <next call_num=\"2\"\n"), std::string::npos);
+}
+
+// ---- Memory that ends ---------------------------------------------------------------------------
+
+TEST_F(LoggedCalls, CallThatThereIsNoMemoryForIsNotInTheLogAndTheNextOneIs)
+{
+    const std::string text(100'000, 'x');
+    const auto writeText = [&](auto& xml) { xml.WriteString("text", text); };
+    ScrivelTest::refuseMemory = [](std::size_t) { return true; };
+    EXPECT_THROW(LoggedCall(log, "refused", writeText), std::bad_alloc);
+    EXPECT_EQ(InRunFile(), RunFile(""));
+    EXPECT_TRUE(log.IsGood());
+    ScrivelTest::refuseMemory = nullptr;
+    const LoggedCall call(log, "taken", writeText);
+    EXPECT_EQ(call.Number(), 1U);
+    EXPECT_EQ(ScrivelTest::ReadCalls(InRunFile()).calls.at(1).Argument("text"), text);
+}
+
+TEST_F(LoggedCalls, ResultsThatThereIsNoMemoryForLeaveTheCallToItsEnd)
+{
+    {
+        LoggedCall call(log, "c");
+        ScrivelTest::refuseMemory = [](std::size_t) { return true; };
+        EXPECT_THROW(call.Results([](auto& xml) { xml.WriteString("text", std::string(100'000, 'x')); }),
+                     std::bad_alloc);
+        ScrivelTest::refuseMemory = nullptr;
+    }
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("c") + R"(
+        <return_time>0.000000 s</return_time>
+    </c>
+)"));
 }
 
 // ---- What the callables reach -------------------------------------------------------------------

@@ -223,4 +223,43 @@ TEST_F(LogBuffer, TextAfterThePutPositionStays)
     EXPECT_EQ(File(), "aXYdef");
 }
 
+TEST_F(LogBuffer, TextIsTakenBack)
+{
+    Open();
+    log << "kept" << std::flush << "dropped";
+    log.TakeBack(2);
+    EXPECT_EQ(log.tellp(), 2);
+    log << "ep";
+    log.close();
+    EXPECT_EQ(File(), "keep");
+}
+
+TEST_F(LogBuffer, StreamThatWasOutOfMemoryIsGoodAgainWhenItsTextIsTakenBack)
+{
+    Open();
+    log << "kept" << std::flush << "dropped";
+    refuseMemory = [](std::size_t) { return true; };
+    log << std::string(100'000, 'x');
+    EXPECT_TRUE(log.bad());
+    EXPECT_TRUE(log.IsOutOfMemory());
+    log.TakeBack(4);
+    refuseMemory = nullptr;
+    EXPECT_TRUE(log.good());
+    EXPECT_FALSE(log.IsOutOfMemory());
+    log << " too";
+    log.close();
+    EXPECT_EQ(File(), "kept too");
+}
+
+TEST_F(LogBuffer, StreamWhoseFileHasFailedStaysBadWhenItsTextIsTakenBack)
+{
+    Open();
+    log << "kept" << std::flush;
+    FailWrites(1, 1);
+    log << "lost" << std::flush;
+    log.TakeBack(4);
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), "kept");
+}
+
 }  // namespace
