@@ -28,6 +28,22 @@ auto Uninterrupted(SystemCall call)
     return result;
 }
 
+/// The descriptor, or another of the same file when it has the number of a standard stream: where one was
+/// closed, what the host prints would go into the log. Negative, with the reason in errno, when there is
+/// none.
+int AboveStandardStreams(int descriptor)
+{
+    constexpr int least = STDERR_FILENO + 1;
+    if (descriptor < 0 || descriptor >= least) {
+        return descriptor;
+    }
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, least);
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return moved;
+}
+
 }  // namespace
 
 OpenFile::~OpenFile()
@@ -47,6 +63,7 @@ bool OpenFile::Open(const char* name)
     if (!IsOpen() && errno == EACCES) {
         descriptor = open(name, O_WRONLY | flags, 0666);
     }
+    descriptor = AboveStandardStreams(descriptor);
     if (!IsOpen()) {
         return false;
     }

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -155,6 +156,42 @@ TEST_F(OpenFile, DescriptorIsClosedOnExec)
 {
     Open();
     EXPECT_EQ(fcntl(Descriptor(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+}
+
+/// Whether `holds` does in a child process without standard output and error.
+template <typename Holds>
+bool HoldsWithoutOutput(Holds holds)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        close(STDOUT_FILENO);
+        close(STDERR_FILENO);
+        _exit(holds() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status == 0;
+}
+
+TEST_F(OpenFile, WhatTheHostSaysOnAClosedStreamDoesNotGoIntoTheLog)
+{
+    EXPECT_TRUE(HoldsWithoutOutput([this] {
+        log.open("log");
+        log << "<log/>\n" << std::flush;
+        return log.good() && write(STDOUT_FILENO, "host", 4) < 0 && write(STDERR_FILENO, "host", 4) < 0;
+    }));
+    EXPECT_EQ(File(), "<log/>\n");
+}
+
+TEST_F(OpenFile, OpeningFailsWhenThereIsNoDescriptorAboveThoseOfTheStreams)
+{
+    EXPECT_TRUE(HoldsWithoutOutput([this] {
+        const rlimit three{3, 3};
+        setrlimit(RLIMIT_NOFILE, &three);
+        errno = 0;
+        log.open("log");
+        return log.fail() && !log.is_open() && errno != 0 && fcntl(STDOUT_FILENO, F_GETFD) < 0;
+    }));
 }
 
 TEST_F(OpenFile, PermissionsFollowTheUmask)
