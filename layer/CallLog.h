@@ -7,13 +7,15 @@
 #include "scrivel/CompleteFileGenerator.h"
 #include "scrivel/ForkCount.h"
 #include "scrivel/LogFiles.h"
+#include "scrivel/LogLock.h"
 #include "scrivel/LogOptions.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <ios>
 #include <map>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,6 +33,10 @@ class LoggedCall;
 /// A log of calls, from its construction until EndLogging or its destruction. LoggedCall writes the
 /// calls; `Generator` is Scrivel2XmlGenRun or Scrivel2XmlGenConnect. Any thread may log at any time.
 /// LoggedCalls refer to their log: it must outlive them.
+///
+/// A thread that is in the midst of logging is refused when it comes to the same log again: from within a
+/// callable that writes values, or in the handler of a signal that came meanwhile. What it would write is
+/// not logged, and it doesn't wait. A handler may end the log all the same.
 ///
 /// A child that the process forks does not log: what it would write belongs to the parent's file. It may
 /// start logs of its own.
@@ -60,11 +66,17 @@ public:
 
     /// Completes and closes the file. Calls that have not returned yet stay in it as they are; what is
     /// logged from now on is dropped. Throws when there is no memory for the end: then the log goes on.
+    ///
+    /// A handler may call this in a thread that is in the midst of logging. Then the file stays the
+    /// document that it is, what has been begun is dropped, and the log is closed when the thread goes
+    /// on.
     void EndLogging()
     {
-        if (const Access log{*this}) {
-            log->EndLogging();
-            ended = true;
+        const Access log{*this};
+        if (log) {
+            End();
+        } else if (log.IsRefused()) {
+            endIsDue = true;
         }
     }
 
@@ -76,11 +88,15 @@ public:
     const std::string& FileName() const { return files.First(); }
 
     /// Whether the log goes on: it is on, was opened, not ended, and every write has gone well so far.
+    /// False where a thread in the midst of logging asks, which may log nothing then.
     bool IsGood()
     {
         const Access log{*this};
         return log && log->IsGood();
     }
+
+    /// How many calls are not in the log because they were made by a thread in the midst of logging.
+    unsigned int RefusedCalls() const { return refusedCalls; }
 
     /// Writes a comment between two calls, or at the end of the call that is running. The text may be
     /// any; "--" and what XML doesn't allow are changed (CommentText).
@@ -95,43 +111,76 @@ public:
 
 protected:
     /// The generator, for one thread at a time: locks the log while it lives. False when nothing may be
-    /// written, because the log has ended or the process is a forked child (whose copy of the lock may
-    /// be held by a thread that it doesn't have).
+    /// written, because the log has ended, the thread has access already, or the process is a forked
+    /// child (whose copy of the lock may be held by a thread that it doesn't have).
     class Access
     {
     public:
-        explicit Access(CallLog& callLog) : generator(nullptr), lock(callLog.mutex, std::defer_lock)
+        explicit Access(CallLog& accessed) : callLog(accessed)
         {
-            if (callLog.forkCount == Layer::ForkCount()) {
-                lock.lock();
-                generator = callLog.ended ? nullptr : &callLog.generator;
+            if (callLog.forkCount != Layer::ForkCount() || !turn.emplace(callLog.lock).HasBegun()) {
+                return;
+            }
+            if (turn->FollowsADeadThread()) {
+                callLog.generator.TakeBack();
+            }
+            if (!callLog.ended) {
+                locale.emplace();
+                generator = &callLog.generator;
             }
         }
+
+        ~Access()
+        {
+            if (generator != nullptr && callLog.endIsDue && !callLog.ended) {
+                callLog.EndIfThereIsMemory();
+            }
+        }
+
+        Access(const Access&) = delete;
+        Access& operator=(const Access&) = delete;
 
         explicit operator bool() const { return generator != nullptr; }
         Layer::CompleteFileGenerator<Generator>& operator*() const { return *generator; }
         Layer::CompleteFileGenerator<Generator>* operator->() const { return generator; }
 
+        /// Whether the thread has access already.
+        bool IsRefused() const { return turn && !turn->HasBegun(); }
+
     private:
-        Layer::CompleteFileGenerator<Generator>* generator;
-        std::unique_lock<std::mutex> lock;
-        Layer::ClassicLocale locale;
+        CallLog& callLog;
+        std::optional<Layer::LogLock::Turn> turn;
+        std::optional<Layer::ClassicLocale> locale;
+        Layer::CompleteFileGenerator<Generator>* generator = nullptr;
     };
 
     void EndInDestructor() noexcept
     {
-        try {
-            EndLogging();
-        } catch (...) {
-            // std::bad_alloc
+        if (const Access log{*this}) {
+            EndIfThereIsMemory();
         }
     }
 
 private:
     friend class LoggedCall<Generator>;
 
-    /// To be called before a call is entered, by the thread that has the log: begins the next file when
-    /// this one is full.
+    /// To be called by the thread that has the log, as are those below.
+    void End()
+    {
+        generator.EndLogging();
+        ended = true;
+    }
+
+    void EndIfThereIsMemory() noexcept
+    {
+        try {
+            End();
+        } catch (...) {
+            // std::bad_alloc: the file stays the document that it is.
+        }
+    }
+
+    /// To be called before a call is entered: begins the next file when this one is full.
     void GoOnInNextFileWhenFull()
     {
         const std::streamoff written = generator.GetLastFilePointerPosition();
@@ -153,8 +202,10 @@ private:
     Layer::Settings settings;
     Layer::LogFiles files;
     unsigned int forkCount;
-    std::mutex mutex;
+    Layer::LogLock lock;
     bool ended;
+    std::atomic<bool> endIsDue{false};  // a handler has ended the log in the midst of an access
+    std::atomic<unsigned int> refusedCalls{0};
     unsigned int openCalls = 0;    // guards that have entered a call and not returned
     std::uint64_t fullAt;          // the size from which on the file is full
     unsigned int callsBefore = 0;  // those in the files before this one

@@ -78,8 +78,8 @@ namespace Scrivel2
 /// refers to its log.
 ///
 /// The callables that it is given write with what they get, a RunWriters or ConnectWriters: all writers
-/// of values, and WriteComment. They run at once, under the log's lock: a logged call made inside one
-/// would wait for itself. When one throws, what it has written is blanked out, and the exception goes on.
+/// of values, and WriteComment. They run at once, under the log's lock: a logged call made inside one is
+/// refused (CallLog). When one throws, what it has written is blanked out, and the exception goes on.
 ///
 /// When memory ends, a std::bad_alloc leaves the constructor, Arguments or Results, and nothing of what
 /// they were to write is in the log. It goes on with the next call that there is memory for.
@@ -150,16 +150,10 @@ public:
         Attempt attempt(*xml);
         if (xml->IsOpen(number)) {
             xml->SeekFilePointerPosition();
-            xml->WriteAndFinish(writeArguments, [&] {
-                xml->FlushOutput(false, name);
-                attempt.Finish();
-            });
+            xml->WriteAndFinish(writeArguments, [&] { Finish(attempt, [&] { Flush(*xml); }); });
         } else {
             xml->ReopenCall(number, name);
-            xml->WriteAndFinish(writeArguments, [&] {
-                Close(*xml);
-                attempt.Finish();
-            });
+            xml->WriteAndFinish(writeArguments, [&] { Finish(attempt, [&] { Close(*xml); }); });
         }
     }
 
@@ -175,9 +169,9 @@ public:
             Attempt attempt(*xml);
             xml->WriteContinueFunction(number, name);
             xml->WriteAndFinish(writeResults, [&] {
-                Close(*xml);
-                attempt.Finish();
-                CountReturn();
+                if (Finish(attempt, [&] { Close(*xml); })) {
+                    CountReturn();
+                }
             });
         }
     }
@@ -210,12 +204,27 @@ private:
             Attempt attempt(*xml);
             const unsigned int entered = enterCall(*xml);
             xml->WriteAndFinish(writeArguments, [&] {
-                xml->FlushOutput(false, name);
-                attempt.Finish();
-                number = entered;
-                ++log.openCalls;
+                if (Finish(attempt, [&] { Flush(*xml); })) {
+                    number = entered;
+                    ++log.openCalls;
+                }
             });
+        } else if (xml.IsRefused()) {
+            ++log.refusedCalls;
         }
+    }
+
+    /// Brings what has been written to the file, unless a handler has ended the log meanwhile: then the
+    /// attempt takes it back.
+    template <typename WriteEnd>
+    bool Finish(Attempt& attempt, WriteEnd writeEnd)
+    {
+        if (log.endIsDue) {
+            return false;
+        }
+        writeEnd();
+        attempt.Finish();
+        return true;
     }
 
     void CountReturn()
@@ -223,6 +232,8 @@ private:
         log.openCalls -= returned ? 0U : 1U;
         returned = true;
     }
+
+    void Flush(Layer::CompleteFileGenerator<Generator>& xml) { xml.FlushOutput(false, name); }
 
     void Close(Layer::CompleteFileGenerator<Generator>& xml)
     {

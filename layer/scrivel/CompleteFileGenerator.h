@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <ios>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -125,24 +126,27 @@ public:
     class Attempt
     {
     public:
-        explicit Attempt(CompleteFileGenerator& attempting);
-        ~Attempt();
+        explicit Attempt(CompleteFileGenerator& attempting) : generator(attempting) { generator.Begin(); }
+        ~Attempt() { generator.TakeBack(); }
         Attempt(const Attempt&) = delete;
         Attempt& operator=(const Attempt&) = delete;
 
         /// To be called after the flush. Throws when there was no memory for the text.
-        void Finish();
+        void Finish()
+        {
+            if (generator.logFile.IsOutOfMemory()) {
+                throw std::bad_alloc();
+            }
+            generator.begun.reset();
+        }
 
     private:
         CompleteFileGenerator& generator;
-        const std::streamoff position;
-        const std::streamoff lastFilePos;
-        const unsigned int callNo;
-        const unsigned int depth;
-        const bool callOpen;
-        const bool endsInCallTag;
-        bool finished = false;
     };
+
+    /// Takes back what an attempt has begun and not finished, if there is one; also that of a thread that
+    /// has ended in the midst of it.
+    void TakeBack();
 
     using Generator::GetCallNo;
     using Generator::GetLastFilePointerPosition;
@@ -241,6 +245,24 @@ public:
     bool IsGood() const { return this->logFile.good(); }
 
 private:
+    /// The generator as it was when an attempt began.
+    struct Begun
+    {
+        std::streamoff position;
+        std::streamoff lastFilePos;
+        unsigned int callNo;
+        unsigned int depth;
+        bool callOpen;
+        bool endsInCallTag;
+    };
+
+    void Begin()
+    {
+        nameBefore = this->openCallName;
+        begun = {this->logFile.tellp(), this->lastFilePos, this->callNo,
+                 this->depth,           this->callOpen,    endsInCallTag};
+    }
+
     /// Writes a comment after which the file may be closed, without a flush.
     void WriteLastComment(std::string text)
     {
@@ -271,53 +293,38 @@ private:
 
     bool endsInCallTag = false;  ///< the last flush wrote the end tag of an open call
     bool reopening = false;
-    std::string nameBefore;  ///< of the open call, when the attempt began; keeps its memory
+    std::optional<Begun> begun;
+    std::string
+        nameBefore;  ///< of the open call, when the attempt began: outside of it, to keep its memory
 };
 
 template <typename Generator>
-CompleteFileGenerator<Generator>::Attempt::Attempt(CompleteFileGenerator& attempting)
-    : generator(attempting), position(generator.logFile.tellp()), lastFilePos(generator.lastFilePos),
-      callNo(generator.callNo), depth(generator.depth), callOpen(generator.callOpen),
-      endsInCallTag(generator.endsInCallTag)
+void CompleteFileGenerator<Generator>::TakeBack()
 {
-    generator.nameBefore = generator.openCallName;
-}
-
-template <typename Generator>
-CompleteFileGenerator<Generator>::Attempt::~Attempt()
-{
-    if (finished) {
+    if (!begun) {
         return;
     }
-    if (position >= 0) {
-        generator.logFile.TakeBack(position);
+    if (begun->position >= 0) {
+        this->logFile.TakeBack(begun->position);
     }
-    generator.lastFilePos = lastFilePos;
-    generator.callNo = callNo;
-    generator.depth = depth;
-    generator.callOpen = callOpen;
-    generator.endsInCallTag = endsInCallTag;
-    generator.reopening = false;
-    generator.openCallName.swap(generator.nameBefore);
+    this->lastFilePos = begun->lastFilePos;
+    this->callNo = begun->callNo;
+    this->depth = begun->depth;
+    this->callOpen = begun->callOpen;
+    endsInCallTag = begun->endsInCallTag;
+    reopening = false;
+    this->openCallName.swap(nameBefore);
     // Of the tail only counts whether it is the root end tag. That has been in both strings before, so no
     // memory is asked for.
     if (endsInCallTag) {
-        generator.pendingTail.clear();
+        this->pendingTail.clear();
     } else {
-        generator.pendingTail = generator.FileEndTag();
+        this->pendingTail = this->FileEndTag();
     }
     if constexpr (std::is_same_v<Generator, Scrivel2XmlGenRun>) {
-        generator.SetPendingElement({}, {});
+        this->SetPendingElement({}, {});
     }
-}
-
-template <typename Generator>
-void CompleteFileGenerator<Generator>::Attempt::Finish()
-{
-    if (generator.logFile.IsOutOfMemory()) {
-        throw std::bad_alloc();
-    }
-    finished = true;
+    begun.reset();
 }
 
 }  // namespace Scrivel2::Layer
