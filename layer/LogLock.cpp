@@ -26,6 +26,7 @@ LogLock::~LogLock()
 
 LogLock::Turn::Turn(LogLock& lock) : mutex(lock.mutex)
 {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore);
     const int result = pthread_mutex_lock(&mutex);
     followsADeadThread = result == EOWNERDEAD;
     if (followsADeadThread) {
@@ -39,6 +40,7 @@ LogLock::Turn::~Turn()
     if (hasBegun) {
         pthread_mutex_unlock(&mutex);
     }
+    pthread_setcancelstate(cancelStateBefore, nullptr);
 }
 
 }  // namespace Scrivel2::Layer

@@ -11,9 +11,9 @@ namespace Scrivel2::Layer
 // What a shared library shows, also when it is built to hide what isn't marked.
 class [[gnu::visibility("default")]] LogLock;
 
-/// Lets one thread at a time have its turn at a log. A thread that asks for a second turn within its
-/// first one is told so instead of waiting for itself, even when a signal has interrupted it on its way
-/// to the lock.
+/// Lets one thread at a time have its turn at a log, in which it is not cancelled. A thread that asks for
+/// a second turn within its first one is told so instead of waiting for itself, even when a signal has
+/// interrupted it on its way to the lock.
 class LogLock
 {
 public:
@@ -44,6 +44,7 @@ public:
 
     private:
         pthread_mutex_t& mutex;
+        int cancelStateBefore;
         bool hasBegun;
         bool followsADeadThread;
     };

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace Scrivel2
@@ -86,6 +87,7 @@ OpenFile::Change::Change(OpenFile& changed) : file(changed)
 {
     assert(file.change == nullptr);
     file.change = this;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore);
 }
 
 OpenFile::Change::~Change()
@@ -93,6 +95,7 @@ OpenFile::Change::~Change()
     if (signalIsKeptBack) {
         pthread_sigmask(SIG_SETMASK, &signalsBefore, nullptr);
     }
+    pthread_setcancelstate(cancelStateBefore, nullptr);
     file.change = nullptr;
 }
 

@@ -28,9 +28,9 @@ public:
     bool IsOpen() const { return descriptor >= 0; }
     bool Close();
 
-    /// A change of the file in progress. Once a write has come up against something, the signal of the
-    /// file-size limit is kept back until the change is over: a process that this signal kills leaves a
-    /// document too.
+    /// A change of the file in progress. The thread is not cancelled in its midst. Once a write has come
+    /// up against something, the signal of the file-size limit is kept back until the change is over: a
+    /// process that this signal kills leaves a document too.
     class Change
     {
     public:
@@ -44,6 +44,7 @@ public:
         void KeepSignalBack();
 
         OpenFile& file;
+        int cancelStateBefore;
         bool signalIsKeptBack = false;
         sigset_t signalsBefore;
     };

@@ -232,4 +232,27 @@ TEST_F(LogLock, WhatAThreadHasBegunThatEndsInTheMidstIsTakenBackByTheNext)
     EXPECT_TRUE(read.calls.at(1).arguments.empty());
 }
 
+TEST_F(LogLock, ThreadThatIsCancelledEndsItsTurnFirst)
+{
+    RunLog log("run");
+    std::thread([&] {
+        const std::string text(9000, 'x');
+        pthread_cancel(pthread_self());
+        const LoggedCall call(log, "c", [&](auto& xml) {
+            pthread_testcancel();
+            xml.WriteString("text", text);
+        });
+        pthread_testcancel();
+        ADD_FAILURE() << "the thread may be cancelled while the target runs";
+    }).join();
+    {
+        const LoggedCall call(log, "after");
+    }
+    const auto read = ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_EQ(read.calls.at(1).Argument("text"), std::string(9000, 'x'));
+    EXPECT_EQ(read.calls.at(1).returns, 1U);
+    EXPECT_EQ(read.calls.at(2).name, "after");
+}
+
 }  // namespace

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
+
+#include <pthread.h>
 
 namespace
 {
@@ -248,6 +251,24 @@ TEST_F(SteppedFlush, WithoutMemoryForItsMarksTheTextIsWrittenInOneGo)
     log.flush();
     EXPECT_EQ(platform.pwrite.Calls(), 1U);
     EXPECT_EQ(File(), document + Element(5000) + endTag);
+}
+
+TEST_F(SteppedFlush, ThreadIsNotCancelledInItsMidst)
+{
+    platform.pthread_self.Reset();
+    const std::string document = Begin(pageSize - 3);
+    bool flushed = false;
+    std::thread([&] {
+        pthread_cancel(pthread_self());
+        Grow(Element(5000));
+        flushed = true;
+        pthread_testcancel();
+        ADD_FAILURE() << "the thread may be cancelled after the flush";
+    }).join();
+    EXPECT_TRUE(flushed);
+    EXPECT_EQ(File(), document + Element(5000) + endTag);
+    Grow(Element(5000));
+    EXPECT_EQ(File(), document + Element(5000) + Element(5000) + endTag);
 }
 
 }  // namespace
