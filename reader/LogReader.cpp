@@ -728,6 +728,7 @@ private:
     static void Renew(Call & used)
     {
         used.name.clear();
+        used.thread = 0;
         used.status.clear();
         used.disassemblerAddress.clear();
         used.ancestors.clear();

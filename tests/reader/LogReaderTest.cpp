@@ -58,6 +58,15 @@ TEST(LogReader, JoinsTheElementsOfAnInterruptedCall)
     EXPECT_TRUE(reading.comments.empty());
 }
 
+TEST(LogReader, GivesNoThreadToACallThatNamesNone)
+{
+    const Reading reading =
+        ReadBytes(LogOf(std::string(interrupted) + "    <Lost call_num=\"9\"></Lost>\n"));
+    ASSERT_EQ(reading.calls.size(), 3u);
+    EXPECT_EQ(reading.calls[1].thread, 1u);
+    EXPECT_EQ(reading.calls[2].thread, 0u);
+}
+
 TEST(LogReader, ReadsTheSameWhateverThePieces)
 {
     const std::string log = LogOf(interrupted);
