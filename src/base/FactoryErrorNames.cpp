@@ -79,7 +79,11 @@ std::string FactoryErrorName(std::index_sequence<positions...> /*positions*/)
 template <std::size_t... names>
 std::vector<std::string> AllNames(std::index_sequence<names...> /*names*/)
 {
-    return {FactoryErrorName<names>(std::make_index_sequence<FactoryErrors()[names].size()>())...};
+    std::vector<std::string> all;
+    all.reserve(sizeof...(names));
+    (all.push_back(FactoryErrorName<names>(std::make_index_sequence<FactoryErrors()[names].size()>())),
+     ...);
+    return all;
 }
 
 }  // namespace

@@ -8,12 +8,13 @@
 namespace Scrivel2
 {
 
-LogStream::~LogStream() = default;
-
-std::unique_ptr<PutArea> LogStream::MakeBuffer()
+LogStream::LogStream() : std::ostream(nullptr), putArea(std::make_unique<LogBuffer>())
 {
-    return std::make_unique<LogBuffer>();
+    rdbuf(putArea.get());
+    imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
 }
+
+LogStream::~LogStream() = default;
 
 LogBuffer& LogStream::Buffer() const
 {

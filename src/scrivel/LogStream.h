@@ -60,11 +60,7 @@ protected:
 class LogStream final : public std::ostream
 {
 public:
-    LogStream() : std::ostream(nullptr), putArea(MakeBuffer())
-    {
-        rdbuf(putArea.get());
-        imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
-    }
+    LogStream();
     ~LogStream() override;
 
     /// Creates or empties the file and clears the stream's error state; sets the fail state, with the
@@ -141,7 +137,6 @@ private:
 
     void Insert(std::string_view text);
 
-    static std::unique_ptr<PutArea> MakeBuffer();
     LogBuffer& Buffer() const;
 
     std::unique_ptr<PutArea> putArea;  // of the LogBuffer
