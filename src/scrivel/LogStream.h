@@ -16,6 +16,7 @@
 #define SCRIVEL_SCRIVEL_LOGSTREAM_H
 
 #include <cstddef>
+#include <limits>
 #include <locale>
 #include <memory>
 #include <ostream>
@@ -41,7 +42,14 @@ public:
     {
         return static_cast<std::size_t>(epptr() - pptr()) >= most ? pptr() : MakeRoom(most);
     }
-    void Advance(const char* end) { pbump(static_cast<int>(end - pptr())); }
+    void Advance(const char* end)
+    {
+        constexpr int most = std::numeric_limits<int>::max();
+        while (end - pptr() > most) {
+            pbump(most);
+        }
+        pbump(static_cast<int>(end - pptr()));
+    }
 
     /// Takes text for which there is room already; false when there isn't.
     bool Take(std::string_view text)
@@ -49,7 +57,7 @@ public:
         if (static_cast<std::size_t>(epptr() - pptr()) < text.size()) {
             return false;
         }
-        pbump(static_cast<int>(text.copy(pptr(), text.size())));
+        Advance(pptr() + text.copy(pptr(), text.size()));
         return true;
     }
 

@@ -176,7 +176,7 @@ bool LogBuffer::Enlarge(std::size_t wanted)
         return false;
     }
     setp(block.Bytes(), block.Bytes() + block.Capacity());
-    pbump(static_cast<int>(put));
+    Advance(pbase() + put);
     textHighest = pbase() + highest;
     sought = pbase() + target;
     return true;
@@ -229,7 +229,7 @@ bool LogBuffer::MoveTo(off_t target)
         return false;
     }
     setp(pbase(), epptr());
-    pbump(static_cast<int>(target - textStart));
+    Advance(Text().At(target));
     sought = pptr();
     return true;
 }

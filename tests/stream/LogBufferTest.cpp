@@ -262,4 +262,18 @@ TEST_F(LogBuffer, StreamWhoseFileHasFailedStaysBadWhenItsTextIsTakenBack)
     EXPECT_EQ(File(), "kept");
 }
 
+TEST_F(LogBuffer, TextMayBeLongerThanAnIntCounts)
+{
+    Open();
+    constexpr std::size_t length = (std::size_t{1} << 31U) + 5;
+    char* const place = log.Room(length);  // memory that nothing is written to
+    ASSERT_NE(place, nullptr);
+    log.Advance(place + length);
+    EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(length));
+    log.TakeBack(0);
+    log << "text";
+    log.close();
+    EXPECT_EQ(File(), "text");
+}
+
 }  // namespace
