@@ -53,7 +53,9 @@ void ScrivelXmlGenBase::StartLoggingIn(const std::string& fileName)
     // The time and the host name share a buffer: a host name that can't be read is written as the time.
     char text[256] = {};
     const std::time_t now = time(nullptr);
-    strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime(&now));
+    std::tm local{};
+    tzset();  // localtime does so, and its record is shared by all threads
+    strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime_r(&now, &local));
     AppendAttribute(logFile, LogWords::time, text);
     logFile.Append("\n");
     AppendAttribute(logFile, LogWords::cadiVersion, cadiVersion);

@@ -138,21 +138,42 @@ TEST_F(LogLife, StartingResetsCallNumberAndDepth)
 TEST_F(LogLife, HeaderTimeIsTheLocalTime)
 {
     platform.time.Use([](std::time_t*) -> std::time_t { return 86400; });
-    platform.localtime.Use([](const std::time_t* moment) {
-        static std::tm answer;
+    platform.localtime_r.Use([](const std::time_t* moment, std::tm* local) {
         EXPECT_EQ(*moment, 86400);
-        answer = {};
-        answer.tm_year = 133;
-        answer.tm_mon = 1;
-        answer.tm_mday = 3;
-        answer.tm_hour = 4;
-        answer.tm_min = 5;
-        answer.tm_sec = 6;
-        return &answer;
+        local->tm_year = 133;
+        local->tm_mon = 1;
+        local->tm_mday = 3;
+        local->tm_hour = 4;
+        local->tm_min = 5;
+        local->tm_sec = 6;
+        return local;
     });
     const auto log = Make();
     log->StartLogging();
     EXPECT_NE(WholeFile().find("\n time=\"2033-02-03 04:05:06\"\n"), std::string::npos);
+}
+
+TEST_F(LogLife, HeaderTimeFollowsAChangeOfTheTimeZone)
+{
+    platform.localtime_r.Reset();
+    platform.time.Use([](std::time_t*) -> std::time_t { return 86400; });
+    const auto startIn = [this](const char* zone) {
+        setenv("TZ", zone, 1);
+        Make()->StartLogging();
+        const std::string file = WholeFile();
+        return file.substr(file.find(" time=") + 7, 16);
+    };
+    EXPECT_EQ(startIn("UTC"), "1970-01-02 00:00");
+    EXPECT_EQ(startIn("XYZ-5:30"), "1970-01-02 05:30");
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST_F(LogLife, LogsMayStartInSeveralThreadsAtOnce)
+{
+    const auto log = Make();
+    log->StartLogging();
+    EXPECT_EQ(platform.localtime.Calls(), 0U);  // whose record all threads share
 }
 
 // ---- Host name ----------------------------------------------------------------------------------

@@ -39,6 +39,8 @@ ScratchTest::ScratchTest() : startFolder(fs::current_path())
     });
     // The fixed moment is meant in the zone of the test, wherever that runs.
     platform.localtime.Use([](const std::time_t* moment) { return std::gmtime(moment); });
+    platform.localtime_r.Use(
+        [](const std::time_t* moment, std::tm* local) { return gmtime_r(moment, local); });
     platform.gethostname.Use([](char* host, std::size_t) {
         std::strcpy(host, "lab7");
         return 0;

@@ -61,6 +61,7 @@ void Platform::Reset()
     gettimeofday.Reset();
     time.Reset();
     localtime.Reset();
+    localtime_r.Reset();
     strftime.Reset();
     gethostname.Reset();
     strerror.Reset();
@@ -102,6 +103,11 @@ std::time_t time(std::time_t* now) noexcept
 std::tm* localtime(const std::time_t* moment) noexcept
 {
     return platform.localtime.Call(moment);
+}
+
+std::tm* localtime_r(const std::time_t* moment, std::tm* local) noexcept
+{
+    return platform.localtime_r.Call(moment, local);
 }
 
 std::size_t strftime(char* text, std::size_t size, const char* format, const std::tm* moment) noexcept

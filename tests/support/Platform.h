@@ -125,6 +125,7 @@ struct Platform
     Replaceable<int(timeval*, void*)> gettimeofday{"gettimeofday"};
     Replaceable<std::time_t(std::time_t*)> time{"time"};
     Replaceable<std::tm*(const std::time_t*)> localtime{"localtime"};
+    Replaceable<std::tm*(const std::time_t*, std::tm*)> localtime_r{"localtime_r"};
     Replaceable<std::size_t(char*, std::size_t, const char*, const std::tm*)> strftime{"strftime"};
     Replaceable<int(char*, std::size_t)> gethostname{"gethostname"};
     Replaceable<char*(int)> strerror{"strerror"};
