@@ -16,7 +16,9 @@
 #include <thread>
 
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Scrivel2;
 using ScrivelTest::IsDocument;
@@ -306,6 +308,24 @@ TEST_F(Traps, ForkedChildDoesNotLog)
     ASSERT_TRUE(read.accepted);
     EXPECT_EQ(read.calls.size(), 1U);
     EXPECT_EQ(read.calls.at(1).Result("r"), "1");
+}
+
+TEST_F(Traps, ChildThatNoHandlerOfAForkKnowsOfDoesNotLog)
+{
+    RunLog log("run");
+    const LoggedCall call(log, "CADIExecContinue");
+    const std::string before = InRunFile();
+    const auto child =
+        static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, nullptr, nullptr, nullptr, nullptr));
+    if (child == 0) {
+        const LoggedCall childs(log, "child");
+        log.EndLogging();
+        _exit(childs.Number() == 0 && !log.IsGood() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(InRunFile(), before);
 }
 
 TEST_F(Traps, ForkedChildLogsIntoLogsOfItsOwn)
