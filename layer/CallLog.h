@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdint>
 #include <ios>
 #include <map>
@@ -54,7 +55,7 @@ public:
           fullAt(settings.fileSize), generator(files.LogName().c_str())
     {
         if (settings.on) {
-            generator.StartLoggingIn(files.First());
+            Start();
         }
     }
 
@@ -164,6 +165,17 @@ protected:
 private:
     friend class LoggedCall<Generator>;
 
+    void Start()
+    {
+        int problem = EEXIST;
+        while ((problem = generator.StartIn(files.LogName(), files.Place())) == EEXIST) {
+            files.Rename();
+        }
+        if (problem != 0) {
+            files.Report(problem);
+        }
+    }
+
     /// To be called by the thread that has the log, as are those below.
     void End()
     {
@@ -189,14 +201,26 @@ private:
         if (!full || (openCalls > 0 && size - fullAt < settings.fileSize)) {
             return;
         }
-        const std::string thisFile = files.Current();
-        if (files.MakeNext()) {
-            generator.GoOnIn(files.Current(), thisFile);
+        if (const int problem = GoOnInNextFile(); problem != 0) {
+            files.ReportNext(problem);
+            fullAt = size + settings.fileSize;  // no attempt at every call
+        } else {
             fullAt = settings.fileSize;
             callsBefore = generator.GetCallNo();
-        } else {
-            fullAt = size + settings.fileSize;  // no attempt at every call
         }
+    }
+
+    /// Returns 0, or the system's number for the reason why the log is where it was.
+    int GoOnInNextFile()
+    {
+        int problem = EEXIST;
+        while ((problem = generator.GoOnIn(files.Next(), files.Current())) == EEXIST) {
+            files.RenameNext();
+        }
+        if (problem == 0) {
+            files.GoOn();
+        }
+        return problem;
     }
 
     Layer::Settings settings;

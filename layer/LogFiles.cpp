@@ -5,14 +5,13 @@
 
 #include "scrivel/LogNames.h"
 
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <string_view>
 #include <system_error>
-#include <utility>
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Scrivel2::Layer
@@ -30,15 +29,15 @@ void MakeFolder(const std::filesystem::path& folder)
     }
 }
 
-/// Makes the file, unless there is one.
-bool MakeFile(const std::filesystem::path& file)
+bool Exists(const std::string& file)
 {
-    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor < 0) {
-        return false;
-    }
-    close(descriptor);
-    return true;
+    struct stat status;
+    return lstat(file.c_str(), &status) == 0;
+}
+
+std::string InFolder(const std::string& folder, const std::string& name)
+{
+    return (std::filesystem::path(folder) / name).string();
 }
 
 }  // namespace
@@ -48,43 +47,67 @@ LogFiles::LogFiles(const Settings& settings)
     if (!settings.on) {
         return;
     }
-    const std::filesystem::path folder(settings.folder);
+    wanted = LegalName(settings.name);
+    folder = settings.folder;
+    end = std::string("-").append(std::to_string(getpid())).append(".xml");
     if (!folder.empty()) {
         MakeFolder(folder);
     }
-    const std::string wanted = LegalName(settings.name);
-    const std::string end = std::string("-").append(std::to_string(getpid())).append(".xml");
-    logName = wanted;
-    // When no file can be made for another reason the generator that opens the log reports it.
-    for (unsigned int next = 2; !MakeFile(folder / (logName + end)) && errno == EEXIST; ++next) {
-        logName = wanted + "-" + std::to_string(next);
-    }
-    first = (folder / (logName + end)).string();
-    current = first;
     std::error_code error;
-    std::filesystem::path whole = std::filesystem::absolute(first, error);
+    wholeFolder = std::filesystem::absolute(folder.empty() ? "." : folder, error).lexically_normal();
     if (error) {
-        whole = first;
+        wholeFolder = folder;
     }
-    numbered = whole.replace_extension().string() + ".";
+    NameFirst();
+    while (Exists(place)) {
+        Rename();
+    }
 }
 
-bool LogFiles::MakeNext()
+void LogFiles::NameFirst()
 {
-    for (;;) {
-        std::string next = numbered + std::to_string(number + 1) + ".xml";
-        const bool made = MakeFile(next);
-        if (!made && errno != EEXIST) {
-            std::cerr << "Scrivel: Unable to make logfile \"" << next << "\": the log goes on in \""
-                      << current << "\".\n    Error given by OS: " << std::strerror(errno) << std::endl;
-            return false;
-        }
-        ++number;
-        if (made) {
-            current = std::move(next);
-            return true;
-        }
-    }
+    logName = logNumber == 1 ? wanted : wanted + "-" + std::to_string(logNumber);
+    first = InFolder(folder, logName + end);
+    place = InFolder(wholeFolder, logName + end);
+    current = first;
+    NameNext();
+}
+
+void LogFiles::Rename()
+{
+    ++logNumber;
+    NameFirst();
+}
+
+void LogFiles::NameNext()
+{
+    const std::string_view suffix = ".xml";
+    next = place.substr(0, place.size() - suffix.size()) + "." + std::to_string(nextNumber) +
+           std::string(suffix);
+}
+
+void LogFiles::RenameNext()
+{
+    ++nextNumber;
+    NameNext();
+}
+
+void LogFiles::GoOn()
+{
+    current = next;
+    RenameNext();
+}
+
+void LogFiles::Report(int problem) const
+{
+    std::cerr << "Scrivel: Unable to open logfile \"" << first << "\".\n"
+              << "    Error given by OS: " << std::strerror(problem) << std::endl;
+}
+
+void LogFiles::ReportNext(int problem) const
+{
+    std::cerr << "Scrivel: Unable to make logfile \"" << next << "\": the log goes on in \"" << current
+              << "\".\n    Error given by OS: " << std::strerror(problem) << std::endl;
 }
 
 }  // namespace Scrivel2::Layer

@@ -325,9 +325,8 @@ protected:
     void WriteName(const std::string& ident, const Name* name, std::string_view message,
                    Enumeration value);
 
-    /// As StartLogging, into a file of another name: the root element is named after the log all the
-    /// same.
-    void StartLoggingIn(const std::string& fileName);
+    /// What StartLogging writes into the file that it has opened: the header, and a final flush.
+    void WriteHeader();
 
     /// As GetFileEndTag, in memory that the generator keeps: valid until the next call.
     const std::string& FileEndTag();

@@ -12,6 +12,7 @@
 #include "scrivel/ValueWriters.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <ios>
 #include <new>
 #include <optional>
@@ -151,7 +152,6 @@ public:
     using Generator::GetCallNo;
     using Generator::GetLastFilePointerPosition;
     using Generator::SeekFilePointerPosition;
-    using Generator::StartLoggingIn;
 
     /// Of a run: the tables of names that values bear.
     template <typename NameTable>
@@ -161,19 +161,48 @@ public:
         this->SetMemSpaceNames(memSpaces);
     }
 
-    /// Ends the file and goes on in the next, with the numbers of calls. Each of the two names the other.
-    void GoOnIn(const std::string& nextFile, const std::string& thisFile)
+    /// Starts the log of that name in a new file, which appears with the header or not at all. Returns 0,
+    /// or the system's number for the reason why there is no log: EEXIST when the file's name is in use.
+    int StartIn(const std::string& name, const std::string& fileName)
     {
-        WriteLastComment(ContinuedInComment(nextFile));
-        Generator::EndLogging();
-        const unsigned int number = this->callNo;
-        {
-            const LogStream::FlushHold hold(this->logFile);
-            this->StartLoggingIn(nextFile);
-            Generator::WriteComment(ContinuedFromComment(thisFile));
+        this->logName = name;
+        return BeginFile(fileName, [this] { this->WriteHeader(); });
+    }
+
+    /// Ends the file and goes on in a new one, with the numbers of calls. Each of the two names the
+    /// other. Returns as StartIn; when that isn't 0 the log is as it was.
+    int GoOnIn(const std::string& nextFile, const std::string& thisFile)
+    {
+        Attempt attempt(*this);
+        const timeval startBefore = this->startTime;
+        LogStream other;
+        bool swapped = false;
+        int problem = ENOMEM;
+        try {
+            {
+                const LogStream::FlushHold hold(this->logFile);
+                WriteLastComment(ContinuedInComment(nextFile));
+                this->SeekFilePointerPosition();
+                FlushOutput(true, "");
+            }
+            if (this->logFile.good()) {
+                this->logFile.swap(other);
+                swapped = true;
+                problem = BeginFile(nextFile, [&] { WriteHeaderAfter(thisFile); });
+            }
+        } catch (const std::bad_alloc&) {
+            // The problem is that one.
         }
-        this->callNo = number;
-        FlushOutput(true, "");
+        if (problem != 0) {
+            if (swapped) {
+                this->logFile.swap(other);
+            }
+            this->startTime = startBefore;
+            return problem;
+        }
+        other.close();  // flushes what was held back
+        attempt.Finish();
+        return 0;
     }
 
     /// Enters a call of either phase and returns its number. The arguments and a flush must follow.
@@ -245,6 +274,40 @@ public:
     bool IsGood() const { return this->logFile.good(); }
 
 private:
+    /// Lets `write` write the header, with a flush, into a new file. Returns as StartIn.
+    template <typename Write>
+    int BeginFile(const std::string& fileName, Write write)
+    {
+        errno = 0;
+        this->logFile.create(fileName);
+        if (this->logFile.good()) {
+            this->depth = 0;
+            write();
+        }
+        if (this->logFile.IsOutOfMemory()) {
+            throw std::bad_alloc();
+        }
+        if (this->logFile.good()) {
+            return 0;
+        }
+        const int problem = errno == 0 ? ENOMEM : errno;
+        if (this->logFile.is_open()) {
+            this->logFile.close();
+        }
+        return problem;
+    }
+
+    /// The header of a file that goes on where another ended.
+    void WriteHeaderAfter(const std::string& fileBefore)
+    {
+        {
+            const LogStream::FlushHold hold(this->logFile);
+            this->WriteHeader();
+            Generator::WriteComment(ContinuedFromComment(fileBefore));
+        }
+        FlushOutput(true, "");
+    }
+
     /// The generator as it was when an attempt began.
     struct Begun
     {

@@ -13,9 +13,9 @@ namespace Scrivel2::Layer
 // What a shared library shows, also when it is built to hide what isn't marked.
 class [[gnu::visibility("default")]] LogFiles;
 
-/// Makes the folder of a log and an empty file in it, so that no one else is given the name: the legal
-/// form of the log's name, with a number after it when there is a log of that name already, of this
-/// process or of an earlier one of the same id.
+/// Makes the folder of a log, and chooses the names of its files: the legal form of the log's name, with
+/// a number after it when there is a log of that name already, of this process or of an earlier one of
+/// the same id.
 ///
 ///     "run"          run-4242.xml
 ///     "run" again    run-2-4242.xml
@@ -23,7 +23,8 @@ class [[gnu::visibility("default")]] LogFiles;
 /// Files that follow the first, of a log with a limit of size, have its name and a number,
 /// "run-4242.2.xml". Numbers that are in use are left out.
 ///
-/// What can't be made is reported on standard error. A log that is off has no files.
+/// All lie in the same folder, whatever the current directory is later. A folder that can't be made is
+/// reported on standard error. A log that is off has no files.
 class LogFiles
 {
 public:
@@ -35,19 +36,43 @@ public:
     /// The first file, with its folder: "logs/run-4242.xml".
     const std::string& First() const { return first; }
 
-    /// The file that was made last.
+    /// The same from the root folder on, for whoever makes it.
+    const std::string& Place() const { return place; }
+
+    /// Another name for the first file, when that one is in use.
+    void Rename();
+
+    /// The file that the log is in.
     const std::string& Current() const { return current; }
 
-    /// Makes the next file, empty, in the folder of the first, whatever the current directory is now.
-    /// False when that can't be done.
-    bool MakeNext();
+    /// The one after it, from the root folder on, for whoever makes it.
+    const std::string& Next() const { return next; }
+
+    /// Another name for the next one, when that one is in use.
+    void RenameNext();
+
+    /// The next file has been made: it is the current one.
+    void GoOn();
+
+    /// Says on standard error that a file could not be made, by the system's number for the reason.
+    void Report(int problem) const;
+    void ReportNext(int problem) const;
 
 private:
+    void NameFirst();
+    void NameNext();
+
+    std::string wanted;
+    std::string folder;
+    std::string wholeFolder;
+    std::string end;  // of the first file's name
     std::string logName;
     std::string first;
+    std::string place;
     std::string current;
-    std::string numbered;  // what the names of the next files begin with, folder and "."
-    unsigned int number = 1;
+    std::string next;
+    unsigned int logNumber = 1;
+    unsigned int nextNumber = 2;
 };
 
 }  // namespace Scrivel2::Layer

@@ -29,14 +29,10 @@ void ScrivelXmlGenBase::SetWriteSecure(bool secure)
 
 void ScrivelXmlGenBase::StartLogging()
 {
-    StartLoggingIn(logName + "-" + std::to_string(getpid()) + ".xml");
-}
-
-void ScrivelXmlGenBase::StartLoggingIn(const std::string& fileName)
-{
     callNo = 0;
     depth = 0;
 
+    const std::string fileName = logName + "-" + std::to_string(getpid()) + ".xml";
     errno = 0;
     logFile.open(fileName);
     if (!logFile.good()) {
@@ -45,7 +41,11 @@ void ScrivelXmlGenBase::StartLoggingIn(const std::string& fileName)
             std::cerr << "    Error given by OS: " << std::strerror(errno) << std::endl;
         }
     }
+    WriteHeader();
+}
 
+void ScrivelXmlGenBase::WriteHeader()
+{
     logFile.Append(std::string(LogWords::declaration).append("\n"));
     logFile.Append("<" + logName + "-" + std::to_string(getpid()) + "\n");
     gettimeofday(&startTime, nullptr);

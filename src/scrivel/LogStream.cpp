@@ -23,7 +23,17 @@ LogBuffer& LogStream::Buffer() const
 
 void LogStream::open(const std::string& name)
 {
-    if (Buffer().Open(name.c_str())) {
+    Opened(Buffer().Open(name.c_str()));
+}
+
+void LogStream::create(const std::string& name)
+{
+    Opened(Buffer().Create(name.c_str()));
+}
+
+void LogStream::Opened(bool success)
+{
+    if (success) {
         clear();
     } else {
         setstate(failbit);
@@ -48,6 +58,17 @@ void LogStream::Insert(std::string_view text)
     if (good()) {
         *this << text;
     }
+}
+
+void LogStream::swap(LogStream& other)
+{
+    const iostate state = rdstate();
+    const iostate othersState = other.rdstate();
+    putArea.swap(other.putArea);
+    rdbuf(putArea.get());
+    other.rdbuf(other.putArea.get());
+    clear(othersState);
+    other.clear(state);
 }
 
 void LogStream::TakeBack(std::streamoff position)

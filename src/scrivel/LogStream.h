@@ -77,6 +77,12 @@ public:
     /// terminal, fails at once.
     void open(const std::string& name);
 
+    /// As open, but of a new file: one of that name stays as it is. The file appears when it is flushed
+    /// for the first time, with all that was written, or not at all: when it can't be made, or there is
+    /// one of that name (EEXIST), the flush fails, with the reason in errno. Where a file system has no
+    /// files without names an empty one is there from now on; it goes again when the flush fails.
+    void create(const std::string& name);
+
     bool is_open() const;
 
     /// Flushes and closes; sets the fail state when either fails or no file is open.
@@ -119,6 +125,9 @@ public:
     }
     void Advance(const char* textEnd) { putArea->Advance(textEnd); }
 
+    /// Exchanges the files, with the text for them.
+    void swap(LogStream& other);
+
     /// Takes back all text since the last flush, and goes to `position`. A stream that is bad for want of
     /// memory alone is good again; one whose file has failed stays bad.
     void TakeBack(std::streamoff position);
@@ -144,6 +153,8 @@ private:
     bool IsPlain() const { return (static_cast<std::streamsize>(rdstate()) | width()) == 0; }
 
     void Insert(std::string_view text);
+
+    void Opened(bool success);
 
     LogBuffer& Buffer() const;
 

@@ -1,7 +1,7 @@
 // The states of a LogBuffer, and what is in the file in each. Tested by tests/stream/LogBufferTest.cpp,
 // tests/stream/StreamBesideOfstreamTest.cpp and tests/stream/HugeFlushTest.cpp.
 //
-//             Open            any output            WriteOutPiece
+//          Open, Create       any output            WriteOutPiece
 //   CLOSED ----------> CLEAN ------------> PENDING -----------------> PIECES
 //      ^               |   ^                  |                          |
 //      |     Close     |   |                  | Flush, DropText,         | Flush, DropText,
@@ -52,12 +52,28 @@ LogBuffer::State LogBuffer::CurrentState() const
 
 bool LogBuffer::Open(const char* name)
 {
-    if (IsOpen() || !block.Grow(Block::firstCapacity, 0) || !tail.Reserve() || !file.Open(name)) {
+    return GetMemory() && file.Open(name) && Start();
+}
+
+bool LogBuffer::Create(const char* name)
+{
+    return GetMemory() && file.Create(name) && Start();
+}
+
+/// What is needed before a file is opened; false when one is open already.
+bool LogBuffer::GetMemory()
+{
+    if (IsOpen()) {
         return false;
     }
+    outOfMemory = !block.Grow(Block::firstCapacity, 0) || !tail.Reserve();
+    return !outOfMemory;
+}
+
+bool LogBuffer::Start()
+{
     tail.Clear();
     pieces.reset();
-    outOfMemory = false;
     StartTextAt(0);
     assert(CurrentState() == State::Clean);
     return true;
@@ -83,7 +99,7 @@ bool LogBuffer::Flush()
     }
     const off_t start = textStart;
     const OpenFile::Change change(file);
-    if (WriteText()) {
+    if (WriteText() && file.GiveName()) {
         TakeTextAsTail();
         return true;
     }

@@ -26,6 +26,7 @@ class LogBuffer final : public PutArea
 {
 public:
     bool Open(const char* name);
+    bool Create(const char* name);
     bool IsOpen() const { return file.IsOpen(); }
     bool Close();
 
@@ -54,6 +55,8 @@ private:
     State CurrentState() const;
 
     // The arrows between the states.
+    bool GetMemory();
+    bool Start();
     bool Flush();
     bool WriteOutPiece();
     void TakeTextAsTail();

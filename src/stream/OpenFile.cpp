@@ -5,10 +5,12 @@
 
 #include <cassert>
 #include <cerrno>
+#include <string>
 #include <utility>
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Scrivel2
@@ -45,12 +47,35 @@ int AboveStandardStreams(int descriptor)
     return moved;
 }
 
+/// Where the process finds its open file.
+std::string PlaceOf(int descriptor)
+{
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+/// A file without a name in the folder that `name` is to be in; negative, with the reason in errno, when
+/// there can be none: EOPNOTSUPP when that is for no other reason than that it has no name.
+int OpenUnnamed(const std::string& name)
+{
+    const auto slash = name.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : name.substr(0, slash + 1);
+    int descriptor = AboveStandardStreams(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
+    if (descriptor < 0 && errno == EISDIR) {
+        errno = EOPNOTSUPP;  // a kernel that doesn't know such files
+    }
+    if (descriptor >= 0 && access(PlaceOf(descriptor).c_str(), F_OK) != 0) {
+        close(std::exchange(descriptor, -1));
+        errno = EOPNOTSUPP;  // it could not be given a name
+    }
+    return descriptor;
+}
+
 }  // namespace
 
 OpenFile::~OpenFile()
 {
     if (IsOpen()) {
-        close(descriptor);
+        Close();
     }
 }
 
@@ -77,9 +102,47 @@ bool OpenFile::Open(const char* name)
     return true;
 }
 
+bool OpenFile::Create(const char* name)
+{
+    assert(!IsOpen());
+    newName = name;
+    state = Name::ToBeGiven;
+    descriptor = OpenUnnamed(newName);
+    if (!IsOpen() && errno == EOPNOTSUPP) {
+        state = Name::ToBeKept;
+        descriptor = AboveStandardStreams(open(name, O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666));
+    }
+    return IsOpen();
+}
+
+bool OpenFile::GiveName()
+{
+    if (state == Name::ToBeGiven && linkat(AT_FDCWD, PlaceOf(descriptor).c_str(), AT_FDCWD,
+                                           newName.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+        return false;
+    }
+    state = Name::Given;
+    return true;
+}
+
+/// Removes the file, unless another has its name by now.
+void OpenFile::Remove()
+{
+    struct stat made;
+    struct stat found;
+    if (fstat(descriptor, &made) == 0 && lstat(newName.c_str(), &found) == 0 &&
+        made.st_dev == found.st_dev && made.st_ino == found.st_ino) {
+        unlink(newName.c_str());
+    }
+}
+
 bool OpenFile::Close()
 {
     assert(IsOpen() && change == nullptr);
+    if (state == Name::ToBeKept) {
+        Remove();
+    }
+    state = Name::Given;
     return close(std::exchange(descriptor, -1)) == 0;
 }
 

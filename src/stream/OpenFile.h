@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include <sys/types.h>
@@ -25,6 +26,16 @@ public:
     /// Creates or empties the file of that name; false, with the reason in errno, when that can't be
     /// done or what the name leads to can't seek.
     bool Open(const char* name);
+
+    /// Makes a file that has its name from GiveName on; false, with the reason in errno, when that can't
+    /// be done. Where the file system has no files without names it has its name at once, but loses it
+    /// when it is closed before GiveName.
+    bool Create(const char* name);
+
+    /// Gives a file its name, for the first time; false, with the reason in errno, when there is one of
+    /// that name already (EEXIST) or it can't be done. Does nothing when it has one.
+    bool GiveName();
+
     bool IsOpen() const { return descriptor >= 0; }
     bool Close();
 
@@ -55,8 +66,19 @@ public:
     bool CutAt(off_t end);
 
 private:
+    enum class Name
+    {
+        Given,
+        ToBeGiven,
+        ToBeKept  ///< or else removed
+    };
+
+    void Remove();
+
     int descriptor = -1;
     Change* change = nullptr;
+    std::string newName;
+    Name state = Name::Given;
 };
 
 }  // namespace Scrivel2

@@ -5,11 +5,17 @@
 #include "layer/Environment.h"
 #include "support/GeneratorTest.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+
+#include <fcntl.h>
 
 using namespace Scrivel2;
 using ScrivelTest::Environment;
+using ScrivelTest::platform;
 
 namespace
 {
@@ -129,6 +135,125 @@ TEST_F(LogFiles, FolderThatCannotBeMadeIsReportedByItsNameAndCallsAreTaken)
               "Scrivel: Unable to open logfile \"logs/today/run-4242.xml\".\n"
               "    Error given by OS: Not a directory\n");
     EXPECT_EQ(FileText("logs"), "a file");
+}
+
+// ---- The first instant --------------------------------------------------------------------------
+
+/// What is to happen while a log starts, and where a file system has no files without names.
+class StartOfALog : public LogFiles
+{
+protected:
+    static void AllowNoFilesWithoutNames()
+    {
+        platform.open.Use([](const char* name, int flags, mode_t mode) {
+            if ((flags & O_TMPFILE) == O_TMPFILE) {
+                errno = EOPNOTSUPP;
+                return -1;
+            }
+            return platform.open.Real(name, flags, mode);
+        });
+    }
+
+    static unsigned int FileCount()
+    {
+        return static_cast<unsigned int>(std::distance(fs::directory_iterator("."), {}));
+    }
+};
+
+TEST_F(StartOfALog, FileAppearsWithItsHeader)
+{
+    unsigned int filesAtWrite = 1;
+    const auto stub =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t offset) {
+            filesAtWrite = FileCount();
+            return platform.pwrite.Real(file, bytes, size, offset);
+        });
+    const RunLog log("run");
+    EXPECT_EQ(filesAtWrite, 0U);
+    EXPECT_TRUE(ScrivelTest::IsDocument(FileText("run-4242.xml")));
+}
+
+TEST_F(StartOfALog, HeaderThatCannotBeWrittenLeavesNoFile)
+{
+    for (const bool named : {false, true}) {
+        if (named) {
+            AllowNoFilesWithoutNames();
+        }
+        platform.pwrite.Use([](int, const void*, std::size_t, off_t) -> ssize_t {
+            errno = ENOSPC;
+            return -1;
+        });
+        testing::internal::CaptureStderr();
+        RunLog log("run");
+        EXPECT_FALSE(log.IsGood());
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "Scrivel: Unable to open logfile \"run-4242.xml\".\n"
+                  "    Error given by OS: No space left on device\n");
+        EXPECT_EQ(FileCount(), 0U);
+        platform.pwrite.Reset();
+    }
+}
+
+TEST_F(StartOfALog, LogHasItsNameAtOnceWhereFilesCannotBeWithoutOne)
+{
+    AllowNoFilesWithoutNames();
+    EXPECT_EQ(FileOf("run"), "run-4242.xml");
+    EXPECT_EQ(FileOf("run"), "run-2-4242.xml");
+    EXPECT_EQ(FileText("run-4242.xml"), Header("run") + "\n<!-- Log ended -->\n\n" + EndTag("run"));
+}
+
+TEST_F(StartOfALog, FileThatAppearsMeanwhileIsKept)
+{
+    for (const bool named : {false, true}) {
+        if (named) {
+            AllowNoFilesWithoutNames();
+        }
+        fs::remove("run-4242.xml");
+        fs::remove("run-2-4242.xml");
+        platform.gethostname.Use([](char* name, std::size_t) {
+            if (!fs::exists("run-4242.xml")) {
+                std::ofstream("run-4242.xml") << "<other/>";
+            }
+            std::strcpy(name, "host");
+            return 0;
+        });
+        EXPECT_EQ(FileOf("run"), named ? "run-4242.xml" : "run-2-4242.xml");
+        if (!named) {
+            EXPECT_EQ(FileText("run-4242.xml"), "<other/>");
+            EXPECT_NE(FileText("run-2-4242.xml").find("<run-2-4242\n"), std::string::npos);
+        }
+    }
+}
+
+TEST_F(StartOfALog, FileThatTookTheNameOfARemovedOneIsKept)
+{
+    AllowNoFilesWithoutNames();
+    platform.pwrite.Use([](int, const void*, std::size_t, off_t) -> ssize_t {
+        fs::remove("run-4242.xml");
+        std::ofstream("run-4242.xml") << "<other/>";
+        errno = ENOSPC;
+        return -1;
+    });
+    testing::internal::CaptureStderr();
+    const RunLog log("run");
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(FileText("run-4242.xml"), "<other/>");
+}
+
+TEST_F(StartOfALog, DirectoryThatChangesMeanwhileLeadsNowhereElse)
+{
+    fs::create_directory("elsewhere");
+    std::ofstream("elsewhere/run-4242.xml") << "<other/>";
+    platform.gethostname.Use([](char* name, std::size_t) {
+        fs::current_path("elsewhere");
+        std::strcpy(name, "host");
+        return 0;
+    });
+    {
+        const RunLog log("run");
+    }
+    EXPECT_EQ(FileText("run-4242.xml"), "<other/>");
+    EXPECT_TRUE(fs::exists("../run-4242.xml"));
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ int isprint(int character) noexcept
 int open(const char* name, int flags, ...)
 {
     mode_t mode = 0;
-    if ((flags & O_CREAT) != 0) {
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0 && (flags & (O_CREAT | O_TMPFILE)) != O_DIRECTORY) {
         va_list arguments;
         va_start(arguments, flags);
         mode = va_arg(arguments, mode_t);
