@@ -99,12 +99,24 @@ bool LogBuffer::Flush()
     }
     const off_t start = textStart;
     const OpenFile::Change change(file);
-    if (WriteText() && file.GiveName()) {
+    if (IsFileAsLeft() && WriteText() && file.GiveName()) {
         TakeTextAsTail();
         return true;
     }
     StartTextAt(start);
     return false;
+}
+
+/// Looks whether the host has taken the file away, but not at each flush within a page: the look would
+/// take a sixth of a small call.
+bool LogBuffer::IsFileAsLeft()
+{
+    constexpr unsigned int flushesPerLook = 100;
+    const bool costsLittle = EndOfText() - textStart >= SteppedFlush::pageSize;
+    if (++flushes % flushesPerLook != 0 && !costsLittle) {
+        return true;
+    }
+    return file.IsAsLeft(std::max(tail.End(), pieces ? pieces->end : 0));
 }
 
 /// After a flush: the text just written is the new tail, and the old tail's memory takes the next text.

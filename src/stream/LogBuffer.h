@@ -56,6 +56,7 @@ private:
 
     // The arrows between the states.
     bool GetMemory();
+    bool IsFileAsLeft();
     bool Start();
     bool Flush();
     bool WriteOutPiece();
@@ -91,6 +92,7 @@ private:
     OpenFile file;
     FileTail tail{file};
     unsigned int holds = 0;
+    unsigned int flushes = 0;
     bool outOfMemory = false;  // text has been dropped
 
     Block block;                  // of the text: the put area begins with it

@@ -93,7 +93,7 @@ bool OpenFile::Open(const char* name)
     if (!IsOpen()) {
         return false;
     }
-    if (lseek(descriptor, 0, SEEK_CUR) < 0) {
+    if (lseek(descriptor, 0, SEEK_CUR) < 0 || !Identify()) {
         const int reason = errno;
         close(std::exchange(descriptor, -1));
         errno = reason;
@@ -112,7 +112,30 @@ bool OpenFile::Create(const char* name)
         state = Name::ToBeKept;
         descriptor = AboveStandardStreams(open(name, O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666));
     }
+    if (IsOpen() && !Identify()) {
+        const int reason = errno;
+        Close();
+        errno = reason;
+    }
     return IsOpen();
+}
+
+bool OpenFile::Identify()
+{
+    struct stat status;
+    if (fstat(descriptor, &status) != 0) {
+        return false;
+    }
+    device = status.st_dev;
+    inode = status.st_ino;
+    return true;
+}
+
+bool OpenFile::IsAsLeft(off_t end) const
+{
+    struct stat status;
+    return fstat(descriptor, &status) == 0 && status.st_dev == device && status.st_ino == inode &&
+           (!S_ISREG(status.st_mode) || status.st_size == end);
 }
 
 bool OpenFile::GiveName()

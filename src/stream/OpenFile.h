@@ -65,6 +65,10 @@ public:
     bool Write(std::string_view bytes, off_t offset);
     bool CutAt(off_t end);
 
+    /// Whether the descriptor still leads to the file that was opened, and that ends where it should: not
+    /// when the host has closed the descriptor and got its number for a file of its own.
+    bool IsAsLeft(off_t end) const;
+
 private:
     enum class Name
     {
@@ -75,7 +79,11 @@ private:
 
     void Remove();
 
+    bool Identify();
+
     int descriptor = -1;
+    dev_t device = 0;
+    ino_t inode = 0;
     Change* change = nullptr;
     std::string newName;
     Name state = Name::Given;

@@ -55,7 +55,7 @@ namespace Scrivel2
 namespace
 {
 
-constexpr off_t pageSize = 4096;
+constexpr off_t pageSize = SteppedFlush::pageSize;
 
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;

@@ -36,6 +36,8 @@ struct FlushText
 class SteppedFlush
 {
 public:
+    static constexpr off_t pageSize = 4096;
+
     /// What a flush has come to, and what is to be done then.
     enum class Outcome
     {

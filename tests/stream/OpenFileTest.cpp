@@ -194,6 +194,62 @@ TEST_F(OpenFile, OpeningFailsWhenThereIsNoDescriptorAboveThoseOfTheStreams)
     }));
 }
 
+/// The log's descriptor in the hands of the host.
+class TakenFile : public ScrivelTest::StreamTest
+{
+protected:
+    void SetUp() override
+    {
+        Open();
+        log << "<log/>\n" << std::flush;
+    }
+
+    /// Flushes as often as it may take until the file is looked at.
+    void FlushOften()
+    {
+        for (int i = 0; i < 100; ++i) {
+            log << "<!-- -->" << std::flush;
+        }
+    }
+};
+
+TEST_F(TakenFile, DescriptorThatTheHostHasClosedAndUsesAgainIsNoticed)
+{
+    const int descriptor = Descriptor();
+    for (const std::size_t length : {0U, 5000U}) {
+        std::ofstream("host") << "<log/>\n";
+        const int own = open("host", O_RDWR);
+        dup2(own, descriptor);
+        close(own);
+        if (length == 0) {
+            platform.pwrite.Reset();
+            FlushOften();
+            EXPECT_LE(platform.pwrite.Calls(), 99U);
+        } else {
+            log.clear();
+            log << std::string(length, ' ') << std::flush;
+            EXPECT_EQ(fs::file_size("host"), 7U);
+        }
+        EXPECT_TRUE(log.bad());
+    }
+}
+
+TEST_F(TakenFile, FileThatWasShortenedIsNotWrittenTo)
+{
+    fs::resize_file("log", 3);
+    log << std::string(5000, ' ') << std::flush;
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), "<lo");
+}
+
+TEST_F(TakenFile, FileIsLookedAtAtEveryHundredthFlush)
+{
+    ResetCounts();
+    FlushOften();
+    EXPECT_EQ(platform.fstat.Calls(), 1U);
+    EXPECT_TRUE(log.good());
+}
+
 TEST_F(OpenFile, PermissionsFollowTheUmask)
 {
     const mode_t before = umask(027);
