@@ -1,4 +1,4 @@
-// Bisection over the calls of a log file. Tested by tests/reader/LogInputTest.cpp.
+// Bisection over the calls of a log file, and one of them. Tested by tests/reader/LogInputTest.cpp.
 
 #include "scrivel/LogFile.h"
 
@@ -8,6 +8,9 @@
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
+
+#include "scrivel/LogReader.h"
 
 namespace ScrivelReader
 {
@@ -87,7 +90,48 @@ std::optional<Beginning> FirstIn(int descriptor, std::uint64_t from, std::uint64
     return {};
 }
 
+/// Keeps the call that begins at an offset.
+class CallAt final : public LogHandler
+{
+public:
+    explicit CallAt(std::uint64_t itsBegin) : begin(itsBegin) {}
+
+    void Ended(Call& call) override
+    {
+        if (!call.parts.empty() && call.parts.front().begin == begin)
+            found = std::move(call);
+    }
+
+    std::optional<Call> found;
+
+private:
+    std::uint64_t begin;
+};
+
 }  // namespace
+
+std::optional<Call> ReadCall(int descriptor, const CallPlace& place)
+{
+    // The parser takes an end tag for one when something follows it.
+    constexpr std::uint64_t following = 64;
+    constexpr std::string_view root = "<log>";
+    CallAt call(place.begin);
+    ReadOptions options;
+    options.offset = place.from - root.size();  // may wrap below zero, and back
+    LogReader reader(call, options);
+    reader.Feed(root);
+    const std::uint64_t end = place.end + following;
+    std::string bytes;
+    for (std::uint64_t at = place.from; at < end && !call.found; at += bytes.size()) {
+        ReadAt(descriptor, at, std::size_t(std::min<std::uint64_t>(end - at, window)), bytes);
+        if (bytes.empty())
+            break;
+        reader.Feed(bytes);
+    }
+    if (!call.found)
+        reader.Finish();
+    return std::move(call.found);
+}
 
 std::optional<std::uint64_t> FindCall(int descriptor, std::uint64_t size, std::uint64_t number)
 {

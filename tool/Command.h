@@ -65,6 +65,7 @@ Commands AllCommands();
 std::unique_ptr<Action> MakeCalls(Options& options);
 std::unique_ptr<Action> MakeHistory(Options& options);
 std::unique_ptr<Action> MakeShow(Options& options);
+std::unique_ptr<Action> MakeDiff(Options& options);
 std::unique_ptr<Action> MakeCheck(Options& options);
 std::unique_ptr<Action> MakeRecover(Options& options);
 std::unique_ptr<Action> MakeCut(Options& options);

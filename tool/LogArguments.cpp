@@ -32,12 +32,13 @@ void LogArguments::Prepare(Terminal& terminal) const
         terminal.ForbidPager();
 }
 
-std::vector<std::string> LogArguments::Logs(Terminal& terminal, bool& trouble) const
+std::vector<std::string> LogArguments::LogsAt(const std::vector<std::string>& paths, Terminal& terminal,
+                                              bool& trouble)
 {
     std::vector<std::string> logs;
     for (const std::string& path : paths) {
         std::string error;
-        const auto found = LogsAt(path, error);
+        const auto found = ScrivelReader::LogsAt(path, error);
         if (!found || found->empty()) {
             terminal.Error(path, {}, found ? "there is no log in this folder" : error);
             trouble = true;

@@ -30,7 +30,12 @@ public:
     bool Json() const { return json; }
 
     /// The logs that the paths name, folders opened. Tells of what can't be read, and then has trouble.
-    std::vector<std::string> Logs(Terminal& terminal, bool& trouble) const;
+    std::vector<std::string> Logs(Terminal& terminal, bool& trouble) const
+    {
+        return LogsAt(paths, terminal, trouble);
+    }
+    static std::vector<std::string> LogsAt(const std::vector<std::string>& paths, Terminal& terminal,
+                                           bool& trouble);
 
     /// Applies --color and the like. To be called first.
     void Prepare(Terminal& terminal) const;

@@ -94,6 +94,8 @@ std::string Terminal::Styled(Style style, std::string_view text) const
             return "31";
         case Style::Damage:
             return "33";
+        case Style::Added:
+            return "32";
         }
         return {};
     }();

@@ -20,6 +20,7 @@ enum class Style
     Quiet,    ///< dim: times, OK
     Failure,  ///< red: failed, never returned
     Damage,   ///< yellow
+    Added,    ///< green: only in the second of two
 };
 
 enum class ColourChoice

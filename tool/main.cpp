@@ -43,6 +43,9 @@ constexpr Command commands[] = {
      MakeStats},
     {"history", "every read and write of a register or an address",
      "scrivel history pc crash-4242.xml\nscrivel history Memory:0x3000+16 crash-4242.xml", MakeHistory},
+    {"diff", "what differs between two runs",
+     "scrivel diff monday/run-4242.xml run-4711.xml\nscrivel diff --results --ignore arg.callback a/ b/",
+     MakeDiff},
     {"state", "registers and memory as the debugger had seen them",
      "scrivel state --at 68 crash-4242.xml\nscrivel state --json run-4242.xml", MakeState},
 };

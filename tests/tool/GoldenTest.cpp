@@ -12,6 +12,7 @@ struct Golden
 {
     const char* name;  // of the file, without its end
     std::vector<std::string> arguments;
+    int status = 0;
 };
 
 std::ostream& operator<<(std::ostream& out, const Golden& golden)
@@ -36,6 +37,7 @@ const Golden goldens[] = {
     {"state-crash", {"state", "--at", "68", "crash-4242.xml"}},
     {"state-run", {"state", "run-4243.xml"}},
     {"state-early", {"state", "--at", "30", "run-4243.xml"}},
+    {"diff-crash", {"diff", "run-4243.xml", "crash-4242.xml"}, 1},
 };
 
 class GoldenTest : public SessionTest, public testing::WithParamInterface<Golden>
@@ -54,7 +56,7 @@ TEST_P(GoldenTest, PrintsWhatIsStored)
     const Outcome outcome = RunIn("never");
     EXPECT_EQ(outcome.out, Stored(std::string("golden/") + GetParam().name + ".txt"));
     EXPECT_EQ(outcome.error, "");
-    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.status, GetParam().status);
 }
 
 TEST_P(GoldenTest, PrintsWhatIsStoredInColour)
