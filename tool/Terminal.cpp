@@ -107,6 +107,7 @@ std::string Terminal::Styled(Style style, std::string_view text) const
 void Terminal::Print(std::string_view text)
 {
     EndProgress();
+    EraseLive();
     kept.append(text);
     if (outputIsTerminal && mayPage && pager == 0 && height != 0) {
         lines += std::size_t(std::count(text.begin(), text.end(), '\n'));
@@ -122,6 +123,23 @@ void Terminal::Flush()
 {
     WriteAll(output, kept);
     kept.clear();
+}
+
+void Terminal::ShowLive(std::string_view text)
+{
+    if (!outputIsTerminal || pager != 0)
+        return;
+    EraseLive();
+    Flush();
+    WriteAll(output, text);
+    liveLines = std::size_t(std::count(text.begin(), text.end(), '\n'));
+}
+
+void Terminal::EraseLive()
+{
+    if (liveLines != 0)
+        WriteAll(output, "\x1b[" + std::to_string(liveLines) + "A\r\x1b[J");
+    liveLines = 0;
 }
 
 void Terminal::StartPager()

@@ -51,6 +51,9 @@ public:
     std::size_t Width() const { return width; }
     /// Writes what is kept back, as a command does that tells what happens as it happens.
     void Flush();
+    /// Lines that stay below what is printed, until others take their place. They are there for a person:
+    /// nothing of them goes into a file or a pipe.
+    void ShowLive(std::string_view text);
 
     // ---- Standard error -----------------------------------------------------------------------------
     /// scrivel: FILE:LINE: what
@@ -63,6 +66,7 @@ public:
 
 private:
     void StartPager();
+    void EraseLive();
 
     bool outputIsTerminal;
     bool errorIsTerminal;
@@ -71,6 +75,7 @@ private:
     std::size_t width;
     std::size_t height = 0;
     std::size_t lines = 0;  // printed so far, when a pager may still begin
+    std::size_t liveLines = 0;
     std::string kept;
     int output = 1;
     int pager = 0;  // its process

@@ -46,6 +46,8 @@ constexpr Command commands[] = {
     {"diff", "what differs between two runs",
      "scrivel diff monday/run-4242.xml run-4711.xml\nscrivel diff --results --ignore arg.callback a/ b/",
      MakeDiff},
+    {"follow", "calls of a log that is being written, as they return",
+     "scrivel follow run-4242.xml\nscrivel follow -f --all run-4242.xml", MakeFollow},
     {"state", "registers and memory as the debugger had seen them",
      "scrivel state --at 68 crash-4242.xml\nscrivel state --json run-4242.xml", MakeState},
 };
