@@ -76,6 +76,12 @@ public:
         std::string name = input.Text(20);
         std::replace(name.begin(), name.end(), '/', '_');  // no folders: the log is a file in memory
         Log log(name);
+        if (const std::string told = surroundings.TakePrinted(); !told.empty()) {
+            Require(mayLose && told.rfind("Scrivel: Unable to open logfile \"", 0) == 0,
+                    "a log isn't made, and no write has failed");
+            Require(!log.IsGood(), "a log without a file is good");
+            return;
+        }
         while (!input.Ended()) {
             Step(log);
             Check(log);

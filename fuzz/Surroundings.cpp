@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <iostream>
 
 #include <fcntl.h>
@@ -109,6 +110,8 @@ const bool Surroundings::installed = [] {
         return fixed;
     });
     platform.localtime.Use([](const std::time_t* moment) { return std::gmtime(moment); });
+    platform.localtime_r.Use(
+        [](const std::time_t* moment, std::tm* record) { return gmtime_r(moment, record); });
     platform.gethostname.Use([](char* text, std::size_t size) {
         return current != nullptr && current->GetHost(text, size) ? 0 : -1;
     });
@@ -139,9 +142,14 @@ const bool Surroundings::installed = [] {
 
 int Surroundings::Open(const char* name, int flags, mode_t mode)
 {
-    const std::string_view text(name);
-    const bool isLog =
-        text.find('/') == text.npos && text.size() > 4 && text.substr(text.size() - 4) == ".xml";
+    if ((flags & O_TMPFILE) == O_TMPFILE) {
+        errno = EOPNOTSUPP;  // so that a log is opened by its name
+        return -1;
+    }
+    // The layer opens its logs by whole paths.
+    const std::filesystem::path path(name);
+    const bool isHere = !path.has_parent_path() || path.parent_path() == std::filesystem::current_path();
+    const bool isLog = isHere && path.extension() == ".xml";
     if (!isLog) {
         return platform.open.Real(name, flags, mode);
     }
@@ -149,7 +157,7 @@ int Surroundings::Open(const char* name, int flags, mode_t mode)
         errno = openError;
         return -1;
     }
-    auto& file = logs.try_emplace(name, -1).first->second;
+    auto& file = logs.try_emplace(path.filename().string(), -1).first->second;
     if (file < 0) {
         file = memfd_create("log", MFD_CLOEXEC);
     } else if ((flags & O_EXCL) != 0) {

@@ -290,7 +290,7 @@ private:
         if (this->logFile.good()) {
             return 0;
         }
-        const int problem = errno == 0 ? ENOMEM : errno;
+        const int problem = errno == 0 ? EIO : errno;
         if (this->logFile.is_open()) {
             this->logFile.close();
         }

@@ -110,6 +110,7 @@ bool OpenFile::Create(const char* name)
     descriptor = OpenUnnamed(newName);
     if (!IsOpen() && errno == EOPNOTSUPP) {
         state = Name::ToBeKept;
+        errno = 0;
         descriptor = AboveStandardStreams(open(name, O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666));
     }
     if (IsOpen() && !Identify()) {
