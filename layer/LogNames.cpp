@@ -64,6 +64,8 @@ std::string CommentText(std::string_view text)
             safe.append(escaped.data(), escaped.size());
         } else if (c == '-' && !safe.empty() && safe.back() == '-') {
             safe += " -";
+        } else if (c == '>' && !safe.empty() && safe.back() == '?') {
+            safe += " >";  // what ends the instructions that hide a flush
         } else {
             safe += c;
         }

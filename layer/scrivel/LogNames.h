@@ -25,10 +25,10 @@ namespace Scrivel2
 ///     DatedName("run")   ->  run-20261121-140359
 [[gnu::visibility("default")]] std::string DatedName(std::string_view name);
 
-/// The text as the inside of a comment: "--" is taken apart, characters that XML doesn't allow and bytes
-/// from 0x80 up become \xNN.
+/// The text as the inside of a comment: "--" and "?>" are taken apart, characters that XML doesn't allow
+/// and bytes from 0x80 up become \xNN.
 ///
-///     CommentText("a--b\x1b")   ->  a- -b\x1b
+///     CommentText("a--b\x1b?>")   ->  a- -b\x1b? >
 [[gnu::visibility("default")]] std::string CommentText(std::string_view text);
 
 }  // namespace Scrivel2

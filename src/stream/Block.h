@@ -19,7 +19,7 @@ public:
     static constexpr std::size_t firstCapacity = 16 * 1024;
 
     /// Room after the capacity, for what a stepped flush writes after its text.
-    static constexpr std::size_t spare = 1024;
+    static constexpr std::size_t spare = 4096;
 
     /// Makes the capacity `wanted` at least and keeps the first `used` bytes; false without memory.
     bool Grow(std::size_t wanted, std::size_t used);

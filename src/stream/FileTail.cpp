@@ -34,6 +34,33 @@ bool FileTail::ReachBackTo(off_t from)
     return true;
 }
 
+std::optional<off_t> FileTail::LastMarkup(off_t from, off_t to) const
+{
+    static constexpr struct
+    {
+        std::string_view opening;
+        std::string_view closing;
+    } opaque[] = {{"<!--", "-->"}, {"<?", "?>"}, {"<![CDATA[", "]]>"}};
+
+    std::optional<off_t> last;
+    // What memory holds begins where a flush began: outside of all that.
+    const std::string_view text = From(start);
+    std::size_t place = text.find('<');
+    while (place != std::string_view::npos && start + static_cast<off_t>(place) <= to) {
+        if (start + static_cast<off_t>(place) >= from) {
+            last = start + static_cast<off_t>(place);
+        }
+        std::size_t after = place + 1;
+        for (const auto& [opening, closing] : opaque) {
+            if (text.compare(place, opening.size(), opening) == 0) {
+                after = text.find(closing, place + opening.size());
+            }
+        }
+        place = text.find('<', after);
+    }
+    return last;
+}
+
 void FileTail::Copy(off_t from, off_t to, char* out) const
 {
     assert(from >= start);

@@ -9,6 +9,7 @@
 #include "stream/OpenFile.h"
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 #include <sys/types.h>
@@ -39,6 +40,10 @@ public:
         return {block.Bytes() + (from - start), static_cast<std::size_t>(to - from)};
     }
     std::string_view From(off_t from) const { return Part(from, end); }
+
+    /// Where the last markup begins that has its first byte in [from, to]; nothing when memory has none
+    /// there. What looks like markup within comments, instructions and sections is none.
+    std::optional<off_t> LastMarkup(off_t from, off_t to) const;
 
     /// Copies what the file has in [from, to), a place that memory reaches back to; zeros after its end.
     void Copy(off_t from, off_t to, char* out) const;

@@ -127,6 +127,9 @@ void LogBuffer::TakeTextAsTail()
     const off_t fileEnd = EndOfFile();
     const off_t end = EndOfText();
     const bool oldTailStands = !pieces && textStart >= tail.Start();
+    if (oldTailStands) {
+        KeepMarkupBeforePageEnd();
+    }
     bool endsFile = end == fileEnd;
     if (!endsFile && oldTailStands && Enlarge(static_cast<std::size_t>(fileEnd - textStart))) {
         // The old tail was longer than the text: its last bytes are still there.
@@ -136,6 +139,20 @@ void LogBuffer::TakeTextAsTail()
     tail.Take(block, endsFile ? textStart : fileEnd, fileEnd);
     pieces.reset();
     StartTextAt(position);
+}
+
+/// Where a page ends soon after the beginning of the text, the next flush may have to begin earlier, with
+/// markup that the old tail holds.
+void LogBuffer::KeepMarkupBeforePageEnd()
+{
+    constexpr off_t soon = 100;
+    const off_t lastPage = EndOfText() / SteppedFlush::pageSize * SteppedFlush::pageSize;
+    if (lastPage <= textStart || lastPage - textStart > soon) {
+        return;
+    }
+    if (const auto markup = tail.LastMarkup(tail.Start(), std::min(textStart, lastPage - soon / 2))) {
+        BeginEarlier(*markup);
+    }
 }
 
 /// Writes the text out ahead of its flush, when there is too much of it for memory.

@@ -61,6 +61,7 @@ private:
     bool Flush();
     bool WriteOutPiece();
     void TakeTextAsTail();
+    void KeepMarkupBeforePageEnd();
     void DropText();
 
     // The text in memory.

@@ -39,8 +39,18 @@
 // no room on the page of T0, T0 and M are taken to begin some bytes earlier, with the last markup before
 // them that leaves it room.
 //
-// Text that holds "?>" would end an instruction: it is not for steps. A tail across two pages whose copy
-// would end its comment or an instruction is not hidden, but replaced as if it lay on one page.
+// Text that holds "?>" would end an instruction, and a tail that holds "--" the comment around its copy.
+// Where one of them does, the opening is that of a section, "<![CDATA[", which hides both. Then staged
+// pages hold no text, but their lead and newlines:
+//
+//   STAGED     ...</trac|e-4242>\n<?x ]]>T0<?x ?>\n\n\n|<?x ]]>T0<?x ?>\n\n\n|<?x ]]>T0<?x ?>
+//   HIDDEN     ...<![CDATA[MM|MMMMMMMMMMMMMMMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMMM<?x ]]>T0<?x ?>
+//
+//   after T0           <?x ]]>T0<?x ?>  is an instruction
+//   in a section       ]]>              is its end, T0 the tail, and <?x ?> an instruction
+//
+// A tail that holds "?>" has its copies in comments there, <!-- ]]>T0<?x --><?x ?>.
+// docs/crash-safety.md has the conditions of each form in a table.
 
 #include "stream/SteppedFlush.h"
 
@@ -52,17 +62,49 @@
 
 namespace Scrivel2
 {
+
+/// What a text is hidden in until it is committed, and what is around the copies of the tail that end it
+/// early.
+struct SteppedFlush::Cover
+{
+    std::string_view opening;
+    std::string_view closing;
+    std::string_view beforeCopy;
+    std::string_view afterCopy;
+    std::string_view notInCopy;  ///< besides the closing
+};
+
 namespace
 {
+
+using Cover = SteppedFlush::Cover;
 
 constexpr off_t pageSize = SteppedFlush::pageSize;
 
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
-constexpr std::string_view beforeCopy = LogWords::flushBeforeCopy;
-constexpr std::string_view afterCopy = LogWords::flushAfterCopy;
-constexpr std::size_t longestCopy = 256;
-constexpr std::size_t longestLead = beforeCopy.size() + longestCopy + afterCopy.size();
+constexpr std::size_t longestCopy = 1024;
+
+constexpr std::array<Cover, 3> covers = {{
+    {opening, closing, LogWords::flushBeforeCopy, LogWords::flushAfterCopy, "--"},
+    {"<![CDATA[", "]]>", "<?x ]]>", "<?x ?>", "?>"},
+    {"<![CDATA[", "]]>", "<!-- ]]>", "<?x --><?x ?>", "--"},
+}};
+
+constexpr std::size_t longestOpening = [] {
+    std::size_t longest = 0;
+    for (const Cover& cover : covers) {
+        longest = std::max(longest, cover.opening.size());
+    }
+    return longest;
+}();
+constexpr std::size_t longestLead = [] {
+    std::size_t longest = 0;
+    for (const Cover& cover : covers) {
+        longest = std::max(longest, cover.beforeCopy.size() + longestCopy + cover.afterCopy.size());
+    }
+    return longest;
+}();
 constexpr std::size_t longestMarks = longestLead + closing.size();
 static_assert(Block::spare >= 2 * longestMarks);
 
@@ -111,6 +153,43 @@ off_t After(off_t offset)
     return offset + static_cast<off_t>(opening.size());
 }
 
+/// Whether the part lies across the place where the second text follows the first.
+bool ContainsAcross(std::string_view first, std::string_view second, std::string_view part)
+{
+    for (std::size_t length = 1; length < part.size(); ++length) {
+        const std::string_view begin = part.substr(0, length);
+        const std::string_view rest = part.substr(length);
+        if (first.size() >= begin.size() && first.substr(first.size() - begin.size()) == begin &&
+            second.substr(0, rest.size()) == rest) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool HasRoom(std::string_view mark, off_t offset)
+{
+    return offset + static_cast<off_t>(mark.size()) <= PageEnd(offset);
+}
+
+/// What a staged page begins with.
+class Lead
+{
+public:
+    Lead(std::string_view before, std::string_view copy, std::string_view after)
+    {
+        for (const std::string_view part : {before, copy, after}) {
+            end = std::copy(part.begin(), part.end(), end);
+        }
+    }
+
+    std::string_view Text() const { return {text.data(), static_cast<std::size_t>(end - text.data())}; }
+
+private:
+    std::array<char, longestLead> text;
+    char* end = text.data();
+};
+
 }  // namespace
 
 SteppedFlush::SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
@@ -120,66 +199,117 @@ SteppedFlush::SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& m
 {
 }
 
-bool SteppedFlush::IsPossible()
+bool SteppedFlush::IsPossible() const
 {
     const bool replacesTail = text.start < tail.End() && tail.End() < text.end;
-    if (!replacesTail || !SpansPages(text.start, text.end) || Contains(text.All(), closing)) {
-        return false;
-    }
-    // The longest marks on every page: no rare flush needs more memory than others.
-    const auto pages = static_cast<std::size_t>((text.end - tail.End()) / pageSize + 2);
-    return covered.Grow(pages * longestMarks, 0);
+    return replacesTail && SpansPages(text.start, text.end);
 }
 
 bool SteppedFlush::ReplacesTailInOnePage() const
 {
-    return firstInstruction >= 0 && !SpansPages(text.start, After(firstInstruction));
-}
-
-bool SteppedFlush::HasRoomToHide() const
-{
-    return After(text.start) <= PageEnd(text.start);
+    return firstInstruction >= 0 && !SpansPages(text.start, After(firstInstruction)) &&
+           !Contains(text.Part(After(firstInstruction), text.end), closing);
 }
 
 std::optional<off_t> SteppedFlush::BetterStart() const
 {
-    if (ReplacesTailInOnePage() || HasRoomToHide()) {
+    if (ReplacesTailInOnePage() || CoverForTail() != nullptr) {
         return {};
     }
     const off_t pageEnd = PageEnd(text.start);
-    const off_t last = pageEnd - static_cast<off_t>(opening.size());
-    const off_t first = std::max(pageEnd - pageSize, tail.Start());
-    if (last < first) {
-        return {};
+    for (const Cover& cover : covers) {
+        const auto room = static_cast<off_t>(cover.opening.size());
+        const auto start = tail.LastMarkup(pageEnd - pageSize, std::min(pageEnd - room, text.start));
+        if (start && TextFits(cover) && TailFits(cover, *start) &&
+            !ContainsAcross(tail.Part(*start, text.start), text.All(), cover.closing)) {
+            return start;
+        }
     }
-    const auto markup = tail.Part(first, last + 1).rfind('<');
-    if (markup == std::string_view::npos) {
-        return {};
-    }
-    return first + static_cast<off_t>(markup);
+    return {};
 }
 
 SteppedFlush::Outcome SteppedFlush::Run()
 {
-    const bool hides = !ReplacesTailInOnePage() && HasRoomToHide() && CanHideTail();
-    if (!hides && firstInstruction < 0) {
+    if (ReplacesTailInOnePage()) {
+        return RunInOnePage();
+    }
+    if (const Cover* const cover = CoverForTail()) {
+        return RunHidden(*cover);
+    }
+    // Nothing can hide this tail: it is replaced as if it lay on one page.
+    const bool staysHidden =
+        firstInstruction >= 0 && !Contains(text.Part(After(firstInstruction), text.end), closing);
+    return staysHidden ? RunInOnePage() : Outcome::NotBegun;
+}
+
+SteppedFlush::Outcome SteppedFlush::RunInOnePage()
+{
+    if (!GetMemoryFor(opening)) {
         return Outcome::NotBegun;
     }
-    if (!(hides ? StageToHide() : Stage(opening) && Merge())) {
+    if (!Stage(opening) || !Merge()) {
         return Outcome::TailStands;
     }
-    if (!(hides ? Hide() && Commit(After(text.start)) : Commit(After(firstInstruction)))) {
+    if (!Commit(After(firstInstruction))) {
         return Outcome::TailTouched;
     }
     return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
 }
 
-/// Whether nothing ends the instruction, or the comment, that is to hide the text and copies of the tail.
-bool SteppedFlush::CanHideTail() const
+SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
 {
-    const std::string_view replaced = tail.From(text.start);
-    return replaced.size() <= longestCopy && !Contains(replaced, "--") && !Contains(replaced, closing) &&
-           !Contains(text.All(), closing) && *text.At(PageEnd(text.start) - 1) != closing.front();
+    const Lead lead(cover.beforeCopy, tail.From(text.start), cover.afterCopy);
+    const bool inInstructions = cover.closing == closing;
+    if (inInstructions && !GetMemoryFor(lead.Text())) {
+        return Outcome::NotBegun;
+    }
+    if (!(inInstructions ? Stage(lead.Text()) : StageBlank(lead.Text()))) {
+        return Outcome::TailStands;
+    }
+    if (!Hide(cover.opening) || !Commit(text.start + static_cast<off_t>(cover.opening.size()))) {
+        return Outcome::TailTouched;
+    }
+    return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
+}
+
+const SteppedFlush::Cover* SteppedFlush::CoverForTail() const
+{
+    const auto* const found = std::find_if(covers.begin(), covers.end(), [this](const Cover& cover) {
+        return HasRoom(cover.opening, text.start) && TextFits(cover) && TailFits(cover, text.start) &&
+               TextAndTailFit(cover);
+    });
+    return found == covers.end() ? nullptr : found;
+}
+
+/// Whether the text does not end the cover.
+bool SteppedFlush::TextFits(const Cover& cover) const
+{
+    return !Contains(text.All(), cover.closing);
+}
+
+/// Whether the tail from `start` on ends neither the cover nor what is around its copies, and whether the
+/// cover may stand where it begins: a section only within the root.
+bool SteppedFlush::TailFits(const Cover& cover, off_t start) const
+{
+    const std::string_view replaced = tail.From(start);
+    return replaced.size() <= longestCopy && !Contains(replaced, cover.closing) &&
+           !Contains(replaced, cover.notInCopy) && (cover.closing == closing || Contains(replaced, "</"));
+}
+
+/// Whether the text on the first page does not end the cover together with the rest of the tail on the
+/// next one, while that page is still old.
+bool SteppedFlush::TextAndTailFit(const Cover& cover) const
+{
+    const off_t pageEnd = PageEnd(text.start);
+    return pageEnd >= tail.End() ||
+           !ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), cover.closing);
+}
+
+/// Gets the memory for the true bytes under the marks of all pages.
+bool SteppedFlush::GetMemoryFor(std::string_view lead)
+{
+    const auto pages = static_cast<std::size_t>((text.end - tail.End()) / pageSize + 2);
+    return covered.Grow(pages * (lead.size() + closing.size()), 0);
 }
 
 // ---- The steps ----------------------------------------------------------------------------------
@@ -205,14 +335,27 @@ bool SteppedFlush::Stage(std::string_view lead)
     return staged;
 }
 
-bool SteppedFlush::StageToHide()
+/// Writes what comes after the tail as pages that begin with `lead` and hold nothing else, and the
+/// trailer.
+bool SteppedFlush::StageBlank(std::string_view lead)
 {
-    std::array<char, longestLead> lead;
-    char* leadEnd = lead.data();
-    for (const std::string_view part : {beforeCopy, tail.From(text.start), afterCopy}) {
-        leadEnd = std::copy(part.begin(), part.end(), leadEnd);
+    assert(state == State::Before);
+    state = State::Staged;
+    std::array<char, pageSize> page;
+    const auto length = static_cast<off_t>(lead.size());
+    const bool fitsAfterText = length <= PageEnd(text.end) - text.end;
+    const off_t trailer = fitsAfterText ? text.end : PageEnd(text.end);
+    for (off_t from = tail.End(), to; from < trailer + length; from = to) {
+        to = from < trailer ? std::min(PageEnd(from), trailer) : trailer + length;
+        char* const rest =
+            to - from < length ? page.data() : std::copy(lead.begin(), lead.end(), page.data());
+        char* const end = page.data() + (to - from);
+        std::fill(rest, end, '\n');
+        if (!file.Write({page.data(), static_cast<std::size_t>(to - from)}, from)) {
+            return false;
+        }
     }
-    return Stage({lead.data(), static_cast<std::size_t>(leadEnd - lead.data())});
+    return true;
 }
 
 /// Writes the true bytes from the closing of the first instruction on.
@@ -224,16 +367,16 @@ bool SteppedFlush::Merge()
                      text.end);
 }
 
-/// Writes the true bytes, but for an opening in the place of the first ones.
-bool SteppedFlush::Hide()
+/// Writes the true bytes, but for the opening of a cover in the place of the first ones.
+bool SteppedFlush::Hide(std::string_view coverOpening)
 {
     assert(state == State::Staged);
     state = State::Hidden;
-    std::array<char, opening.size()> first;
-    std::copy_n(text.bytes, first.size(), first.begin());
-    opening.copy(text.bytes, first.size());
+    std::array<char, longestOpening> first;
+    std::copy_n(text.bytes, coverOpening.size(), first.begin());
+    coverOpening.copy(text.bytes, coverOpening.size());
     const bool hidden = WriteText(text.start, text.end);
-    std::copy(first.begin(), first.end(), text.bytes);
+    std::copy_n(first.begin(), coverOpening.size(), text.bytes);
     return hidden;
 }
 

@@ -38,10 +38,12 @@ class SteppedFlush
 public:
     static constexpr off_t pageSize = 4096;
 
+    struct Cover;
+
     /// What a flush has come to, and what is to be done then.
     enum class Outcome
     {
-        NotBegun,     ///< nothing is written: write the text in one go
+        NotBegun,     ///< nothing is written, as there are no steps for it: write the text in one go
         Done,         ///< the file holds the text and nothing after it
         TailStands,   ///< failed before the tail was touched: cut off what follows it
         TailTouched,  ///< failed in the midst of the tail: put it back
@@ -51,8 +53,8 @@ public:
     /// `memory` is kept from flush to flush.
     SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory, const FlushText& brought);
 
-    /// Whether the text is one for steps, and there is memory for them.
-    bool IsPossible();
+    /// Whether the text spans pages and replaces the tail.
+    bool IsPossible() const;
 
     /// The place before the text where there is room to hide the tail, when the tail is to be hidden and
     /// there is no room where the text begins; nothing when memory has no such place. The text may then
@@ -73,16 +75,22 @@ private:
         Done
     };
 
+    Outcome RunInOnePage();
+    Outcome RunHidden(const Cover& cover);
+
     bool Stage(std::string_view lead);
-    bool StageToHide();
+    bool StageBlank(std::string_view lead);
     bool Merge();
-    bool Hide();
+    bool Hide(std::string_view coverOpening);
     bool Commit(off_t to);
     bool CutTrailer();
 
+    bool GetMemoryFor(std::string_view lead);
     bool ReplacesTailInOnePage() const;
-    bool HasRoomToHide() const;
-    bool CanHideTail() const;
+    const Cover* CoverForTail() const;
+    bool TextFits(const Cover& cover) const;
+    bool TailFits(const Cover& cover, off_t start) const;
+    bool TextAndTailFit(const Cover& cover) const;
     off_t PutTrailer(std::string_view lead);
     template <typename Visit>
     void ForEachMark(std::string_view lead, Visit visit) const;

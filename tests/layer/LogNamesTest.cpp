@@ -72,6 +72,13 @@ TEST_F(LogNames, CommentTextTakesHyphensApart)
     EXPECT_EQ(CommentText("-"), "-");
 }
 
+TEST_F(LogNames, CommentTextTakesTheEndOfAnInstructionApart)
+{
+    EXPECT_EQ(CommentText("<?x ?>"), "<?x ? >");
+    EXPECT_EQ(CommentText("?>?>"), "? >? >");
+    EXPECT_EQ(CommentText("?"), "?");
+}
+
 TEST_F(LogNames, CommentTextWritesWhatXmlDoesNotAllowAsNumbers)
 {
     EXPECT_EQ(CommentText(std::string_view("a\0\x1b\x7f\xff\xc3\xa9", 7)),

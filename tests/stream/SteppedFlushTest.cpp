@@ -137,9 +137,8 @@ TEST_F(SteppedFlush, OldDocumentIsWholeWhileItsTailIsHidden)
     EXPECT_EQ(kept, (std::vector<std::string>{"0kept", "0kept", "1kept"}));
 }
 
-TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
+TEST_F(SteppedFlush, LeavesADocumentWhenTheTextOrTheTailHoldsWhatEndsAnInstructionOrAComment)
 {
-    const std::string longTail = std::string(250, ' ') + endTag;
     const std::string questionAtPageEnd = "<a>?" + std::string(5000, 'x') + "</a>";
     const struct
     {
@@ -148,12 +147,82 @@ TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
         std::string tail;
         std::string added;
     } cases[] = {
-        {5, "<b/>\n", "<!--x--></log>\n", Element(5000)},  // a comment would end early
-        {5, "<b/>\n", "<?x?></log>\n", Element(5000)},     // an instruction would
+        {5, "<b/>\n", "<!--x--></log>\n", Element(5000)},
+        {5, "<b/>\n<!-- x -->", endTag, Element(5000)},
+        {3, "<b/>\n<!-- x -->", endTag, Element(5000)},
+        {3, "<b>--</b>", endTag, Element(5000)},
+        {3, "<b/>\n<!-- a <c> -->", endTag, Element(5000)},
+        {5, "<b/>\n", "<?x?></log>\n", "<!-- x -->" + Element(5000)},
         {4, "<b/>\n", endTag, questionAtPageEnd},
-        {3, "<b>?", "</b></log>\n", "></b>" + Element(5000)},
-        {3, std::string(300, ' '), endTag, Element(5000)},  // no markup nearby
-        {5, "<b/>\n", longTail, Element(5000)},             // longer than the marks can hold
+        {3, "<b/>\n<b>?", "</b></log>\n", "></b>" + Element(5000)},
+        {5, "<b/>\n", std::string(250, ' ') + endTag, Element(5000)},
+        {900, "<b/>\n", "<!-- " + std::string(900, '.') + " --></log>\n", Element(5000)},
+        {20, "<b/>\n", endTag, Element(5000) + "<!-- ?> -->"},
+        {4000, "<b/>\n", endTag, Element(5000) + "<?y ?>" + Element(9000)},
+        {3, "<b a='123456'/>", endTag, Element(5000) + "<!-- ?> -->"},
+        {3, "<b/>", endTag, "<!-- <?x -->" + Element(5000) + "<!-- ]]> -->"},
+    };
+    for (const auto& [onFirstPage, before, tail, added] : cases) {
+        for (const bool again : {false, true}) {
+            const std::string document = Begin(2 * pageSize - onFirstPage, before, tail);
+            const auto start = static_cast<std::streamoff>(document.size());
+            if (again) {  // a second flush of the tail alone
+                log.seekp(start);
+                log << tail << std::flush;
+            }
+            log.seekp(start);
+            log << added << endTag;
+            StopBetweenPages();
+            log.flush();
+            platform.pwrite.Reset();
+            EXPECT_GE(std::exchange(stops, 0), 1U) << before << tail;
+            EXPECT_EQ(File(), document + added + endTag);
+        }
+    }
+}
+
+TEST_F(SteppedFlush, LeavesADocumentWhateverTheRootIsNamed)
+{
+    for (const std::size_t length : {4U, 30U, 250U}) {
+        std::string name = "a--b";
+        name.resize(length, '-');
+        const std::string tail = "</" + name + ">\n";
+        for (std::size_t onFirstPage = 1; onFirstPage < tail.size() + 12; ++onFirstPage) {
+            for (const char* last : {"<bbbbbb/>\n", "<b/>\n<!-- -->"}) {
+                const std::string before(last);
+                if (log.is_open()) {
+                    log.close();
+                }
+                Open();
+                std::string document = "<" + name + ">\n";
+                document.append(2 * pageSize - onFirstPage - document.size() - before.size(), ' ');
+                document += before;
+                log << document << tail << std::flush;
+                log.seekp(static_cast<std::streamoff>(document.size()));
+                log << Element(5000) << tail;
+                StopBetweenPages();
+                log.flush();
+                platform.pwrite.Reset();
+                ASSERT_EQ(File(), document + Element(5000) + tail);
+            }
+        }
+    }
+    EXPECT_GT(stops, 300U);
+}
+
+TEST_F(SteppedFlush, TailThatCantBeHiddenIsReplacedInOneWrite)
+{
+    const struct
+    {
+        std::size_t onFirstPage;  // of the tail
+        std::string before;
+        std::string tail;
+        std::string added;
+    } cases[] = {
+        {3, std::string(2000, ' '), endTag, Element(5000)},             // no markup nearby
+        {5, "<b/>\n", std::string(1025, ' ') + endTag, Element(5000)},  // longer than the marks can hold
+        {5, "<b/>\n", "<!--?>--></log>\n", Element(5000)},              // ends whatever could hide it
+        {5, "<b/>\n", "<!--x--></log>\n", Element(5000) + "<!-- ]]> -->"},
     };
     for (const auto& [onFirstPage, before, tail, added] : cases) {
         const std::string document = Begin(2 * pageSize - onFirstPage, before, tail);
@@ -204,14 +273,15 @@ TEST_F(SteppedFlush, TailIsReplacedInOneWriteWhenTheMarkupBeforeItIsNotInMemory)
     }
 }
 
-TEST_F(SteppedFlush, TextThatHoldsAClosingMarkIsWrittenInOneGo)
+TEST_F(SteppedFlush, TextThatNothingCanHideIsWrittenInOneGo)
 {
     const std::string document = Begin(100);
     ResetCounts();
-    Grow(Element(5000) + "<?y ?>");
+    const std::string added = Element(5000) + "<!-- ?> ]]> -->";
+    Grow(added);
     EXPECT_EQ(platform.pwrite.Calls(), 1U);
     EXPECT_EQ(platform.ftruncate.Calls(), 0U);
-    EXPECT_EQ(File(), document + Element(5000) + "<?y ?>" + endTag);
+    EXPECT_EQ(File(), document + added + endTag);
 }
 
 TEST_F(SteppedFlush, TextAfterTheEndOfTheFileIsWrittenInOneGo)
