@@ -16,6 +16,7 @@
 #include <ios>
 #include <new>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -44,7 +45,9 @@ class [[gnu::visibility("default")]] CompleteFileGenerator;
 ///    the document after them.
 ///  - The end tag of a call that is still open stays, when an older call is continued or the log ends.
 ///  - A log that is ended has a last comment that says so.
-///  - Elements named with a leading "-" or "." are written with "_" in its place.
+///  - Elements named with a leading "-" or "." are written with "_" in its place; a name that readers
+///  refuse
+///    for its length is refused here, with a std::length_error.
 template <typename Generator>
 class CompleteFileGenerator : public ValueWriters<Generator>
 {
@@ -109,13 +112,13 @@ public:
 
     void WriteIdent(std::string name, bool openTag, bool newline) override
     {
-        MakeHeadLegal(name);
+        MakeLegal(name);
         Generator::WriteIdent(std::move(name), openTag, newline);
     }
 
     void WriteIdentWithoutTabs(std::string name) override
     {
-        MakeHeadLegal(name);
+        MakeLegal(name);
         Generator::WriteIdentWithoutTabs(std::move(name));
     }
 
@@ -347,8 +350,12 @@ private:
         }
     }
 
-    static void MakeHeadLegal(std::string& name)
+    static void MakeLegal(std::string& name)
     {
+        constexpr std::size_t longest = 50'000;  // libxml2 refuses a longer one
+        if (name.size() > longest) {
+            throw std::length_error("Scrivel: the name of an element is too long");
+        }
         if (!name.empty() && (name.front() == '-' || name.front() == '.')) {
             name.front() = '_';
         }

@@ -370,6 +370,20 @@ TEST_F(LoggedCalls, LateArgumentsThatCannotBeWrittenLeaveADocument)
     EXPECT_TRUE(ScrivelTest::ReadCalls(InRunFile()).accepted);
 }
 
+TEST_F(LoggedCalls, NameThatReadersRefuseForItsLengthIsRefused)
+{
+    {
+        LoggedCall call(log, "c");
+        call.Arguments([](auto& xml) { xml.WriteDecimal(std::string(50'000, 'x'), 1); });
+        EXPECT_THROW(call.Results([](auto& xml) { xml.WriteDecimal(std::string(50'001, 'x'), 1); }),
+                     std::length_error);
+    }
+    const auto read = ScrivelTest::ReadCalls(InRunFile());
+    ASSERT_TRUE(read.accepted);
+    EXPECT_EQ(read.calls.at(1).Argument(std::string(50'000, 'x')), "1");
+    EXPECT_TRUE(read.calls.at(1).results.empty());
+}
+
 TEST_F(LoggedCalls, ArrayWhoseWriterThrowsInItsMidstLeavesTheDepthAsItWas)
 {
     char first[] = "first";
