@@ -4,13 +4,18 @@
 # of ours in /opt's place.
 . "$(dirname "$0")/../package/common.sh"
 
+# What stands in /opt's place: a way to $work without blanks or quotes, which the lines don't expect.
+opt=$(mktemp -d)
+trap 'rm -r "$opt"' EXIT
+ln -s "$work" "$opt/work"
+
 # The block of README.md below the comment that names it.
 shown() {
   awk -v mark="<!-- installed: $1 -->" '
     /^```$/ { inside = 0 }
     inside
     $0 == mark { found = 1; next }
-    /^```/ { inside = found; found = 0 }' "$source_dir/README.md" | sed "s,/opt/,$work/,g"
+    /^```/ { inside = found; found = 0 }' "$source_dir/README.md" | sed "s,/opt/,$opt/work/,g"
 }
 
 # What the lines make stays in a tree of this test's own, and "g++" is the compiler of this build.

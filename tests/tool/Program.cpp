@@ -59,7 +59,8 @@ Outcome ToolTest::Run(const std::vector<std::string>& arguments, const std::stri
     // Beside the folder: what the program is given is only what the test put there.
     const std::string beside = folder + ".std";
     std::ofstream(beside + "in", std::ios::binary) << input;
-    std::string command = "cd " + Quoted(folder) + " && COLUMNS=80 LC_ALL=C.UTF-8 " SCRIVEL_PROGRAM;
+    std::string command =
+        "cd " + Quoted(folder) + " && COLUMNS=80 LC_ALL=C.UTF-8 " + Quoted(SCRIVEL_PROGRAM);
     for (const std::string& argument : arguments)
         command += " " + Quoted(argument);
     command +=
