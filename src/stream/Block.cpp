@@ -17,14 +17,19 @@ bool Block::Grow(std::size_t wanted, std::size_t used)
         return true;
     }
     const std::size_t enlarged = std::max(wanted, 2 * capacity);
-    std::unique_ptr<char[]> memory(new (std::nothrow) char[enlarged + spare]);
-    if (memory == nullptr) {
+    constexpr auto page = static_cast<std::size_t>(pageSize);
+    std::unique_ptr<char[]> larger(new (std::nothrow) char[2 * page + enlarged + spare]);
+    if (larger == nullptr) {
         return false;
     }
+    void* first = larger.get();
+    std::size_t length = page + 1;
+    char* const largerPages = static_cast<char*>(std::align(page, 1, first, length));
     if (used > 0) {
-        std::memcpy(memory.get(), bytes.get(), used);
+        std::memcpy(largerPages + phase, Bytes(), used);
     }
-    bytes = std::move(memory);
+    memory = std::move(larger);
+    pages = largerPages;
     capacity = enlarged;
     return true;
 }

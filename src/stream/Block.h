@@ -1,10 +1,13 @@
-// Memory that grows and is never given back. Tested by tests/stream/LogBufferTest.cpp.
+// Memory that grows and is never given back, and that lies within its pages as its bytes lie within those
+// of the file. Tested by tests/stream/LogBufferTest.cpp.
 
 #ifndef SCRIVEL_STREAM_BLOCK_H
 #define SCRIVEL_STREAM_BLOCK_H
 
 #include <cstddef>
 #include <memory>
+
+#include <sys/types.h>
 
 namespace Scrivel2
 {
@@ -21,14 +24,24 @@ public:
     /// Room after the capacity, for what a stepped flush writes after its text.
     static constexpr std::size_t spare = 4096;
 
+    static constexpr off_t pageSize = 4096;
+
     /// Makes the capacity `wanted` at least and keeps the first `used` bytes; false without memory.
     bool Grow(std::size_t wanted, std::size_t used);
 
-    char* Bytes() const { return bytes.get(); }
+    /// Lets the bytes begin where that place of the file has its place within a page, so that no page of
+    /// the file is written from two pages of memory: the kernel stops a write between them, too, when it
+    /// has to bring in the second one and the process is killed. The bytes themselves stay where they
+    /// are.
+    void AlignTo(off_t place) { phase = static_cast<std::size_t>(place % pageSize); }
+
+    char* Bytes() const { return pages + phase; }
     std::size_t Capacity() const { return capacity; }
 
 private:
-    std::unique_ptr<char[]> bytes;
+    std::unique_ptr<char[]> memory;
+    char* pages = nullptr;  // the first page that begins within it
+    std::size_t phase = 0;
     std::size_t capacity = 0;
 };
 

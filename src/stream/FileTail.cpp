@@ -24,10 +24,13 @@ bool FileTail::ReachBackTo(off_t from)
     if (!block.Grow(missing + known, known)) {
         return false;
     }
+    char* const bytesBefore = block.Bytes();
+    block.AlignTo(from);
     char* const bytes = block.Bytes();
-    std::memmove(bytes + missing, bytes, known);
+    std::memmove(bytes + missing, bytesBefore, known);
     if (!file.Read(bytes, missing, from)) {
-        std::memmove(bytes, bytes + missing, known);
+        std::memmove(bytesBefore, bytes + missing, known);
+        block.AlignTo(start);
         return false;
     }
     start = from;

@@ -201,6 +201,7 @@ void LogBuffer::TakeBack(off_t position)
 void LogBuffer::StartTextAt(off_t position)
 {
     textStart = position;
+    block.AlignTo(position);
     setp(block.Bytes(), block.Bytes() + block.Capacity());
     textHighest = sought = pbase();
 }
@@ -254,7 +255,10 @@ bool LogBuffer::ExtendText(off_t from, off_t to)
     }
     if (from < textStart) {
         const off_t added = textStart - from;
-        std::memmove(pbase() + added, pbase(), static_cast<std::size_t>(end - textStart));
+        const char* const bytesBefore = pbase();
+        block.AlignTo(from);
+        setp(block.Bytes(), block.Bytes() + block.Capacity());
+        std::memmove(pbase() + added, bytesBefore, static_cast<std::size_t>(end - textStart));
         tail.Copy(from, textStart, pbase());
         textStart = from;
         textHighest = Text().At(end);

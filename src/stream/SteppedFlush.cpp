@@ -341,17 +341,17 @@ bool SteppedFlush::StageBlank(std::string_view lead)
 {
     assert(state == State::Before);
     state = State::Staged;
-    std::array<char, pageSize> page;
+    alignas(pageSize) std::array<char, pageSize> page;
     const auto length = static_cast<off_t>(lead.size());
     const bool fitsAfterText = length <= PageEnd(text.end) - text.end;
     const off_t trailer = fitsAfterText ? text.end : PageEnd(text.end);
     for (off_t from = tail.End(), to; from < trailer + length; from = to) {
         to = from < trailer ? std::min(PageEnd(from), trailer) : trailer + length;
-        char* const rest =
-            to - from < length ? page.data() : std::copy(lead.begin(), lead.end(), page.data());
-        char* const end = page.data() + (to - from);
-        std::fill(rest, end, '\n');
-        if (!file.Write({page.data(), static_cast<std::size_t>(to - from)}, from)) {
+        char* const begin = page.data() + from % pageSize;
+        char* const end = begin + (to - from);
+        char* const afterLead = to - from < length ? begin : std::copy(lead.begin(), lead.end(), begin);
+        std::fill(afterLead, end, '\n');
+        if (!file.Write({begin, static_cast<std::size_t>(end - begin)}, from)) {
             return false;
         }
     }

@@ -36,7 +36,7 @@ struct FlushText
 class SteppedFlush
 {
 public:
-    static constexpr off_t pageSize = 4096;
+    static constexpr off_t pageSize = Block::pageSize;
 
     struct Cover;
 

@@ -3,6 +3,7 @@
 #include "stream/StreamTest.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <random>
 #include <string>
 #include <thread>
@@ -323,6 +324,44 @@ TEST_F(SteppedFlush, WithoutMemoryForItsMarksTheTextIsWrittenInOneGo)
     log.flush();
     EXPECT_EQ(platform.pwrite.Calls(), 1U);
     EXPECT_EQ(File(), document + Element(5000) + endTag);
+}
+
+TEST_F(SteppedFlush, WritesNoPageOfTheFileFromTwoPagesOfMemory)
+{
+    unsigned int writes = 0;
+    const auto stub =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            EXPECT_EQ((reinterpret_cast<std::uintptr_t>(bytes) - static_cast<std::uintptr_t>(position)) %
+                          pageSize,
+                      0U);
+            return ++writes % 7 == 0 ? -1 : platform.pwrite.Real(file, bytes, size, position);
+        });
+    for (std::size_t before = pageSize - 30; before < pageSize + 10; ++before) {
+        for (const char* added : {"", "<!-- ?> -->"}) {
+            log.clear();
+            Begin(before, "<bbbbbbbbbb/>\n");
+            Grow(Element(100) + added);
+            Grow(Element(4500) + added);
+            Grow(Element(300'000) + added);
+        }
+    }
+    EXPECT_GT(writes, 500U);
+}
+
+TEST_F(SteppedFlush, FileThatIsReadAnewIsWrittenFromItsPagesToo)
+{
+    const std::string document = Begin(100);
+    Grow(Element(100));
+    log.seekp(10);
+    const auto stub =
+        platform.pwrite.Use([&](int file, const void* bytes, std::size_t size, off_t position) {
+            EXPECT_EQ((reinterpret_cast<std::uintptr_t>(bytes) - static_cast<std::uintptr_t>(position)) %
+                          pageSize,
+                      0U);
+            return platform.pwrite.Real(file, bytes, size, position);
+        });
+    log << std::string(6000, ' ') << "</log>" << std::flush;
+    EXPECT_EQ(File(), document.substr(0, 10) + std::string(6000, ' ') + "</log>");
 }
 
 TEST_F(SteppedFlush, ThreadIsNotCancelledInItsMidst)
