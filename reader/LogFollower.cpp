@@ -186,6 +186,7 @@ public:
     Impl(LogHandler & itsHandler, const ReadOptions& itsOptions)
         : handler(itsHandler), options(itsOptions), buffer(pieceSize)
     {
+        Begin();
     }
     ~Impl() override
     {

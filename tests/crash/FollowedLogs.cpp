@@ -102,12 +102,13 @@ public:
 
     void Run(const std::atomic<bool>& isDead)
     {
+        // Also a thread that comes to run only after the kill looks at what is left.
         std::string error;
-        std::string name;
-        while (!isDead && (name.empty() || !follower.Open(name, error))) {
-            name = OnlyLog();
-        }
-        if (name.empty()) {
+        do {
+            const std::string name = OnlyLog();
+            hasLog = !name.empty() && follower.Open(name, error);
+        } while (!hasLog && !isDead);
+        if (!hasLog) {
             return;
         }
         while (!isDead) {
@@ -128,6 +129,7 @@ public:
     std::uint64_t changing = 0;
     std::size_t heardAlive = 0;
     std::size_t heardWhole = 0;
+    bool hasLog = false;
     bool replaced = false;
     bool isWhole = false;
 
@@ -205,6 +207,9 @@ void FollowOne(const ScrivelTest::Options& options, std::minstd_rand& random, Fi
     }
 
     ++figures.writers;
+    if (OnlyLog().empty()) {
+        return;  // killed before there was a log
+    }
     const std::vector<Heard> expected = CallsIn(OnlyLog());
     for (const auto& follower : followers) {
         figures.elements += follower->calls.elements;

@@ -193,6 +193,14 @@ TEST_F(Follower, TellsThatTheLogWasEnded)
     EXPECT_EQ(follower.Header().root, "run-42");
 }
 
+TEST_F(Follower, SeesNothingBeforeItHasALog)
+{
+    LogFollower without(*this);
+    EXPECT_EQ(without.Look(), Seen::Changing);
+    EXPECT_EQ(without.Error(), "Bad file descriptor");
+    EXPECT_FALSE(without.Finish().isLog);
+}
+
 TEST_F(Follower, FollowsFilesOnly)
 {
     std::string error;
