@@ -104,10 +104,12 @@ public:
     {
         // Also a thread that comes to run only after the kill looks at what is left.
         std::string error;
+        bool wasDead = false;
         do {
+            wasDead = isDead;  // before the look: the log may have come since
             const std::string name = OnlyLog();
             hasLog = !name.empty() && follower.Open(name, error);
-        } while (!hasLog && !isDead);
+        } while (!hasLog && !wasDead);
         if (!hasLog) {
             return;
         }
@@ -119,7 +121,10 @@ public:
             std::this_thread::sleep_for(std::chrono::microseconds(random() % 5000));
         }
         heardAlive = calls.heard.size();
-        isWhole = follower.Look() == LogFollower::Seen::Document;
+        const LogFollower::Seen last = follower.Look();
+        isWhole = last == LogFollower::Seen::Document;
+        replaced = replaced || last == LogFollower::Seen::Replaced;
+        problem = follower.Error();
         heardWhole = calls.heard.size();
         follower.Finish();
     }
@@ -129,6 +134,7 @@ public:
     std::uint64_t changing = 0;
     std::size_t heardAlive = 0;
     std::size_t heardWhole = 0;
+    std::string problem;  // of the last look
     bool hasLog = false;
     bool replaced = false;
     bool isWhole = false;
@@ -145,7 +151,7 @@ std::string Judged(const Follower& follower, const std::vector<Heard>& expected)
         return "the log was taken for another one";
     }
     if (!follower.isWhole) {
-        return "the last look found no document";
+        return "the last look found no document: " + follower.problem;
     }
     if (follower.calls.heard != expected) {
         return "heard " + std::to_string(follower.calls.heard.size()) + " calls, not the " +
