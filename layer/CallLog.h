@@ -100,7 +100,7 @@ public:
     unsigned int RefusedCalls() const { return refusedCalls; }
 
     /// Writes a comment between two calls, or at the end of the call that is running. The text may be
-    /// any; "--" and what XML doesn't allow are changed (CommentText).
+    /// any; "--", "?>" and what XML doesn't allow are changed (CommentText).
     ///
     ///     <!-- loaded crc.elf -->
     void Comment(std::string_view text)

@@ -44,11 +44,11 @@ public:
     }
     void Advance(const char* end)
     {
-        constexpr int most = std::numeric_limits<int>::max();
-        while (end - pptr() > most) {
-            pbump(most);
+        if (end - pptr() > std::numeric_limits<int>::max()) {
+            AdvanceFar(end);
+        } else {
+            pbump(static_cast<int>(end - pptr()));
         }
-        pbump(static_cast<int>(end - pptr()));
     }
 
     /// Takes text for which there is room already; false when there isn't.
@@ -63,12 +63,26 @@ public:
 
 protected:
     virtual char* MakeRoom(std::size_t most) = 0;
+
+private:
+    [[gnu::noinline, gnu::cold]] void AdvanceFar(const char* end)
+    {
+        constexpr int most = std::numeric_limits<int>::max();
+        while (end - pptr() > most) {
+            pbump(most);
+        }
+        pbump(static_cast<int>(end - pptr()));
+    }
 };
 
 class LogStream final : public std::ostream
 {
 public:
-    LogStream();
+    LogStream() : std::ostream(nullptr), putArea(MakeBuffer())
+    {
+        rdbuf(putArea.get());
+        imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
+    }
     ~LogStream() override;
 
     /// Creates or empties the file and clears the stream's error state; sets the fail state, with the
@@ -156,6 +170,7 @@ private:
 
     void Opened(bool success);
 
+    static std::unique_ptr<PutArea> MakeBuffer();
     LogBuffer& Buffer() const;
 
     std::unique_ptr<PutArea> putArea;  // of the LogBuffer
