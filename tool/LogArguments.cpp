@@ -49,7 +49,7 @@ std::vector<std::string> LogArguments::LogsAt(const std::vector<std::string>& pa
     return logs;
 }
 
-void FilterArguments::AddTo(Options& options)
+void FilterArguments::AddTo(Options& options, const char* toName)
 {
     options.BeginGroup(group);
     options.Option("-n,--name", "GLOB,...", text.names, "calls of these names");
@@ -59,7 +59,7 @@ void FilterArguments::AddTo(Options& options)
                    "calls of these threads: T1, T2 or the threadId");
     options.Option("--calls", "55..68", text.calls, "calls with these numbers");
     options.Option("--from", "SECONDS", text.from, "calls entered from then on");
-    options.Option("--to", "SECONDS", text.to, "calls entered until then");
+    options.Option(toName, "SECONDS", text.to, "calls entered until then");
     options.Option("--slower", "1ms", text.slower, "calls that took longer");
     options.Option("--inside", "N", text.inside, "calls made within call N");
     options.Option("--grep", "TEXT", text.grep, "calls with this text in name, status or a value");

@@ -54,7 +54,8 @@ public:
     static constexpr const char* group = "Filter";
 
     /// The last that a command adds: its group goes on.
-    void AddTo(Options& options);
+    /// A command with a --to of its own has another name for that of the filter.
+    void AddTo(Options& options, const char* toName = "--to");
     /// Nothing when the filter isn't understood, which was told.
     std::optional<ScrivelReader::CallFilter> Make(Terminal& terminal) const;
 

@@ -48,6 +48,13 @@ constexpr Command commands[] = {
      MakeDiff},
     {"follow", "calls of a log that is being written, as they return",
      "scrivel follow run-4242.xml\nscrivel follow -f --all run-4242.xml", MakeFollow},
+    {"query", "questions in SQL",
+     "scrivel query run-4242.xml 'select name, took from calls order by took desc limit 5'\n"
+     "scrivel query --csv logs/ 'select path, count(*) from failed join logs using (log) group by path'",
+     MakeQuery},
+    {"export", "logs in formats that other programs read",
+     "scrivel export --to chrome run-4242.xml -o trace.json\nscrivel export --to sqlite logs/ -o logs.db",
+     MakeExport},
     {"state", "registers and memory as the debugger had seen them",
      "scrivel state --at 68 crash-4242.xml\nscrivel state --json run-4242.xml", MakeState},
 };

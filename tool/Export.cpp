@@ -1,0 +1,285 @@
+// scrivel export: logs in formats that other programs read. Tested by tests/tool/ExportTest.cpp.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CallLine.h"
+#include "ChromeTrace.h"
+#include "Command.h"
+#include "Csv.h"
+#include "Database.h"
+#include "EntryOrder.h"
+#include "Json.h"
+#include "LogArguments.h"
+#include "LogTables.h"
+#include "Options.h"
+#include "OutputFile.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+/// How one format writes logs.
+class Format
+{
+public:
+    virtual ~Format() = default;
+    virtual void BeginLog(const std::string& path, const LogHeader& header) = 0;
+    /// What is kept of a call until its turn has come.
+    virtual std::string Keep(const Call& call) = 0;
+    virtual void Take(const std::string& kept) = 0;
+    virtual void Finish() {}
+};
+
+using Writing = std::function<void(std::string_view)>;
+
+class JsonLines final : public Format
+{
+public:
+    explicit JsonLines(Writing itsWrite) : write(std::move(itsWrite)) {}
+
+    void BeginLog(const std::string& itsPath, const LogHeader&) override { path = itsPath; }
+    std::string Keep(const Call& call) override
+    {
+        Json object = ToJson(call);
+        object["log"] = path;
+        return JsonLine(object);
+    }
+    void Take(const std::string& kept) override { write(kept); }
+
+private:
+    Writing write;
+    std::string path;
+};
+
+class CsvLines final : public Format
+{
+public:
+    explicit CsvLines(Writing itsWrite) : write(std::move(itsWrite))
+    {
+        write(CsvLine({"log", "call", "occurrence", "name", "thread", "call_time", "return_time",
+                       "status", "parent", "parts", "offset", "arguments", "results"}));
+    }
+
+    void BeginLog(const std::string& itsPath, const LogHeader&) override { path = itsPath; }
+    std::string Keep(const Call& call) override
+    {
+        const Json object = ToJson(call);
+        std::vector<std::string> cells = {path};
+        for (const char* const column :
+             {"call", "occurrence", "name", "thread", "call_time", "return_time", "status", "parent",
+              "parts", "offset", "arguments", "results"}) {
+            const Json& value = object[column];
+            std::string text = value.is_null() ? "" : JsonLine(value);
+            if (value.is_string())
+                text = value.get<std::string>();
+            else if (!text.empty())
+                text.pop_back();
+            cells.push_back(std::move(text));
+        }
+        return CsvLine(cells);
+    }
+    void Take(const std::string& kept) override { write(kept); }
+
+private:
+    Writing write;
+    std::string path;
+};
+
+class TraceEvents final : public Format
+{
+public:
+    explicit TraceEvents(Writing write) : trace(std::move(write)) {}
+
+    void BeginLog(const std::string& path, const LogHeader& header) override
+    {
+        trace.BeginLog(path, header);
+    }
+    std::string Keep(const Call& call) override { return trace.Keep(call); }
+    void Take(const std::string& kept) override { trace.Take(kept); }
+    void Finish() override { trace.Finish(); }
+
+private:
+    ChromeTrace trace;
+};
+
+/// The calls of a log in order of entry.
+class OneLog final : public LogHandler
+{
+public:
+    OneLog(Format& itsFormat, const CallFilter& itsFilter, Terminal& itsTerminal,
+           const std::string& itsPath)
+        : format(itsFormat), chosen(itsFilter), terminal(itsTerminal), path(itsPath),
+          order([this](Line&& line) { Take(line); })
+    {
+    }
+
+    void Header(const LogHeader& header) override
+    {
+        format.BeginLog(path, header);
+        hasBegun = true;
+    }
+    void Entered(const Call&) override
+    {
+        if (!hasBegun)
+            Header({});
+        order.Entered();
+    }
+    void TakenBack(const Call&) override { order.TakenBack(); }
+    void Ended(Call& call) override
+    {
+        Line line;
+        line.chosen = chosen.Matches(call);
+        if (line.chosen)
+            line.text = format.Keep(call);
+        order.Ended(call.entry, std::move(line));
+    }
+    void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
+
+    bool Found() const { return found; }
+    const std::string& Error() const { return order.Error(); }
+
+private:
+    void Take(const Line& line)
+    {
+        if (line.chosen)
+            format.Take(line.text);
+        found = found || line.chosen;
+    }
+
+    Format& format;
+    const CallFilter& chosen;
+    Terminal& terminal;
+    const std::string& path;
+    EntryOrder order;
+    bool hasBegun = false;
+    bool found = false;
+};
+
+class Export final : public Action
+{
+public:
+    explicit Export(Options& options)
+    {
+        logs.AddTo(options);
+        options.Choice("--to", "FORMAT", to, {"chrome", "jsonl", "csv", "sqlite"},
+                       "chrome, jsonl, csv or sqlite");
+        options.Option("-o,--output", "FILE", output, "write it there, instead of printing it");
+        options.Flag("--force", force, "replace the file when there is one");
+        filter.AddTo(options, "--until");
+    }
+
+    Exit Run(Terminal& terminal) override
+    {
+        logs.Prepare(terminal);
+        terminal.ForbidPager();
+        const auto chosen = filter.Make(terminal);
+        if (!chosen)
+            return Exit::Trouble;
+        if (to.empty() || (to == "sqlite" && output.empty())) {
+            terminal.Error(to.empty() ? "--to is missing: chrome, jsonl, csv or sqlite"
+                                      : "a database is a file: name it by -o");
+            return Exit::Trouble;
+        }
+        bool trouble = false;
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        std::unique_ptr<OutputFile> file;
+        if (!output.empty()) {
+            std::string error;
+            file = OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, error);
+            if (file == nullptr) {
+                terminal.Error(output, {}, error);
+                return Exit::Trouble;
+            }
+        }
+        const Writing write = [&](std::string_view text) {
+            if (file != nullptr)
+                file->Write(text);
+            else
+                terminal.Print(text);
+        };
+        bool found = false;
+        const bool isWritten = to == "sqlite" ? SaveTables(paths, *chosen, write, terminal, trouble)
+                                              : WriteAll(paths, *chosen, write, terminal, trouble, found);
+        if (!isWritten)
+            return Exit::Trouble;
+        if (file != nullptr && !file->Finish()) {
+            terminal.Error(output, {}, file->Error());
+            return Exit::Trouble;
+        }
+        return trouble ? Exit::Trouble : found || to == "sqlite" ? Exit::Found : Exit::Nothing;
+    }
+
+private:
+    static bool SaveTables(const std::vector<std::string>& paths, const CallFilter& chosen,
+                           const Writing& write, Terminal& terminal, bool& trouble)
+    {
+        std::string error;
+        const auto database = Database::Make(error);
+        if (database == nullptr) {
+            terminal.Error(error);
+            return false;
+        }
+        trouble = !FillTables(*database, paths, chosen, terminal) || trouble;
+        if (!database->Save(
+                [&](std::string_view bytes) {
+                    write(bytes);
+                    return true;
+                },
+                error)) {
+            terminal.Error(error);
+            return false;
+        }
+        return true;
+    }
+
+    bool WriteAll(const std::vector<std::string>& paths, const CallFilter& chosen, const Writing& write,
+                  Terminal& terminal, bool& trouble, bool& found) const
+    {
+        const std::unique_ptr<Format> format = Make(write);
+        for (const std::string& path : paths) {
+            OneLog log(*format, chosen, terminal, path);
+            const auto end = ReadLog(path, log, {}, terminal);
+            if (end && !end->isLog)
+                terminal.Error(path, {}, "this is no log");
+            if (!log.Error().empty())
+                terminal.Error(path, {}, log.Error());
+            trouble = trouble || !end || !end->isLog || !log.Error().empty();
+            found = found || log.Found();
+        }
+        format->Finish();
+        return true;
+    }
+
+    std::unique_ptr<Format> Make(const Writing& write) const
+    {
+        if (to == "jsonl")
+            return std::make_unique<JsonLines>(write);
+        if (to == "csv")
+            return std::make_unique<CsvLines>(write);
+        return std::make_unique<TraceEvents>(write);
+    }
+
+    LogArguments logs;
+    FilterArguments filter;
+    std::string to;
+    std::string output;
+    bool force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Action> MakeExport(Options& options)
+{
+    return std::make_unique<Export>(options);
+}
+
+}  // namespace ScrivelTool

@@ -1,0 +1,22 @@
+// Logs into the tables of a database.
+
+#ifndef SCRIVEL_TOOL_LOGTABLES_H
+#define SCRIVEL_TOOL_LOGTABLES_H
+
+#include <string>
+#include <vector>
+
+#include "Database.h"
+#include "Terminal.h"
+#include "scrivel/CallFilter.h"
+
+namespace ScrivelTool
+{
+
+/// The calls that the filter leaves. False when a log couldn't be read, or not be kept, which was told.
+bool FillTables(Database& database, const std::vector<std::string>& paths,
+                const ScrivelReader::CallFilter& chosen, Terminal& terminal);
+
+}  // namespace ScrivelTool
+
+#endif
