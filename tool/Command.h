@@ -69,6 +69,7 @@ std::unique_ptr<Action> MakeDiff(Options& options);
 std::unique_ptr<Action> MakeFollow(Options& options);
 std::unique_ptr<Action> MakeExport(Options& options);
 std::unique_ptr<Action> MakeQuery(Options& options);
+std::unique_ptr<Action> MakeReport(Options& options);
 std::unique_ptr<Action> MakeCheck(Options& options);
 std::unique_ptr<Action> MakeRecover(Options& options);
 std::unique_ptr<Action> MakeCut(Options& options);

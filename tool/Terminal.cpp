@@ -61,6 +61,14 @@ Terminal::Terminal()
     Choose(ColourChoice::Automatic);
 }
 
+Terminal::Terminal(std::string& itsSink) : Terminal()
+{
+    sink = &itsSink;
+    outputIsTerminal = false;
+    width = usualWidth;
+    Choose(ColourChoice::Never);
+}
+
 Terminal::~Terminal()
 {
     EndProgress();
@@ -121,7 +129,10 @@ void Terminal::Print(std::string_view text)
 
 void Terminal::Flush()
 {
-    WriteAll(output, kept);
+    if (sink != nullptr)
+        sink->append(kept);
+    else
+        WriteAll(output, kept);
     kept.clear();
 }
 

@@ -34,6 +34,8 @@ class Terminal
 {
 public:
     Terminal();
+    /// No terminal, but a text that what is printed is added to; it outlives this.
+    explicit Terminal(std::string& itsSink);
     ~Terminal();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -77,6 +79,7 @@ private:
     std::size_t lines = 0;  // printed so far, when a pager may still begin
     std::size_t liveLines = 0;
     std::string kept;
+    std::string* sink = nullptr;  // that takes what is printed
     int output = 1;
     int pager = 0;  // its process
     std::chrono::steady_clock::time_point started;

@@ -48,6 +48,8 @@ constexpr Command commands[] = {
      MakeDiff},
     {"follow", "calls of a log that is being written, as they return",
      "scrivel follow run-4242.xml\nscrivel follow -f --all run-4242.xml", MakeFollow},
+    {"report", "a folder with what goes into a bug report",
+     "scrivel report crash-4242.xml -o bug\nscrivel report --anonymous run-4242.xml -o bug", MakeReport},
     {"query", "questions in SQL",
      "scrivel query run-4242.xml 'select name, took from calls order by took desc limit 5'\n"
      "scrivel query --csv logs/ 'select path, count(*) from failed join logs using (log) group by path'",

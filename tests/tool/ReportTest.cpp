@@ -1,0 +1,73 @@
+// A folder with what goes into a bug report.
+
+#include "tool/SessionLogs.h"
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+
+using namespace ScrivelTest;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace
+{
+
+using Report = SessionTest;
+
+TEST_F(Report, TellsOfTheCallWhatWasKnownAndWhatCameBefore)
+{
+    const Outcome outcome = Run({"report", "crash-4242.xml", "-o", "bug"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.error, "");
+    EXPECT_EQ(outcome.out,
+              "bug: report.md, calls.xml; with names of hosts and paths, without them by --anonymous\n"
+              "A log shows what the debugger has read of the target's memory: look at what you send.\n");
+    const std::string page = Read("bug/report.md");
+    EXPECT_THAT(page, HasSubstr("# had not returned when the log ended\n\n```text\ncrash-4242.xml"));
+    EXPECT_THAT(page, HasSubstr("## The call\n\n```text\ncall 68  CADIMemWrite  NOT RETURNED\n"));
+    EXPECT_THAT(page, HasSubstr("## What was known\n\n```text\nbefore call 68 CADIMemWrite: "));
+    EXPECT_THAT(page, HasSubstr("## What came before\n\n```text\n  49  "));
+    EXPECT_THAT(page, HasSubstr("## What failed\n\n```text\n   5  "));
+    EXPECT_THAT(page, HasSubstr("the log is of CADI 2.0, Linux"));
+}
+
+TEST_F(Report, HasASmallLogOfTheLastCalls)
+{
+    Run({"report", "crash-4242.xml", "-o", "bug"});
+    EXPECT_EQ(Run({"check", "bug/calls.xml"}).out,
+              "bug/calls.xml: whole, 50 calls, 1 failed, 1 not returned\n"
+              "  #68 CADIMemWrite had not returned when the log ended (line 828, byte 27764)\n");
+}
+
+TEST_F(Report, LeavesHostsAndPathsOutWhenItIsToldTo)
+{
+    std::string log =
+        LogOf("    <CADISimLoad call_num=\"1\"\n     call_time=\"0.1 s\">\n"
+              "        <file>/home/someone/model.elf</file>\n        <text>a/b lab7 lab77</text>\n"
+              "        <return_time>0.2 s</return_time>\n    </CADISimLoad>\n");
+    std::filesystem::create_directory(Folder() + "/secret");
+    Write("secret/run.xml", log);
+    Run({"report", "--anonymous", "secret/run.xml", "-o", "bug"});
+    for (const char* const file : {"bug/report.md", "bug/calls.xml"}) {
+        EXPECT_THAT(Read(file), Not(HasSubstr("someone"))) << file;
+        EXPECT_THAT(Read(file), Not(HasSubstr("secret"))) << file;
+        EXPECT_THAT(Read(file), Not(HasSubstr("lab7 "))) << file;
+        EXPECT_THAT(Read(file), Not(HasSubstr("lab7\""))) << file;
+    }
+    EXPECT_THAT(Read("bug/calls.xml"),
+                HasSubstr("<file>path</file>\n        <text>a/b host lab77</text>"));
+    EXPECT_EQ(Run({"check", "bug/calls.xml"}).status, 0);
+}
+
+TEST_F(Report, ReplacesNoOtherReport)
+{
+    Run({"report", "crash-4242.xml", "-o", "bug"});
+    EXPECT_EQ(Run({"report", "crash-4242.xml", "-o", "bug"}).status, 2);
+    EXPECT_EQ(Run({"report", "crash-4242.xml", "-o", "bug", "--force"}).status, 0);
+    EXPECT_EQ(Run({"report", "none.xml", "-o", "other"}).error,
+              "scrivel: none.xml: No such file or directory\n");
+    EXPECT_FALSE(std::filesystem::exists(Folder() + "/other"));
+}
+
+}  // namespace

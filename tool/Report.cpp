@@ -1,0 +1,298 @@
+// scrivel report: a folder with what goes into a bug report. Tested by tests/tool/ReportTest.cpp.
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "CallLine.h"
+#include "Command.h"
+#include "Json.h"
+#include "KnownText.h"
+#include "LogArguments.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "Version.h"
+#include "scrivel/LogCopy.h"
+
+namespace ScrivelTool
+{
+
+using namespace ScrivelReader;
+
+namespace
+{
+
+constexpr char mostCalls[] = "50";  // before the one that the report is about
+
+using Make = std::unique_ptr<Action> (*)(Options&);
+
+/// What a command prints of these arguments.
+std::string Said(Make make, const std::vector<std::string>& arguments)
+{
+    std::string text;
+    Terminal terminal(text);
+    Options options("scrivel", "", "");
+    const std::unique_ptr<Action> action = make(options);
+    if (options.Read(arguments) == Request::Run)
+        action->Run(terminal);
+    terminal.Flush();
+    return text;
+}
+
+/// Leaves out what tells of people and their machines: the host, and paths of files.
+class Anonymous
+{
+public:
+    Anonymous(std::string itsHost, std::string itsFolder)
+        : host(std::move(itsHost)), folder(std::move(itsFolder))
+    {
+    }
+
+    std::string operator()(std::string text) const
+    {
+        Replace(text, folder, "");
+        Replace(text, host, "host");
+        return WithoutPaths(text);
+    }
+
+private:
+    static bool IsOfWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
+    /// Whole words only: a host may bear the name of anything.
+    static void Replace(std::string& text, const std::string& what, std::string_view by)
+    {
+        if (what.empty())
+            return;
+        for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
+            const std::size_t end = at + what.size();
+            const bool isWord = (at == 0 || !IsOfWord(text[at - 1])) &&
+                                (end == text.size() || !IsOfWord(text[end]) || what.back() == '/');
+            if (isWord)
+                text.replace(at, what.size(), by);
+        }
+    }
+
+    static bool IsOfPath(char c)
+    {
+        return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+               std::string_view("/._-+~").find(c) != std::string_view::npos;
+    }
+
+    /// /home/someone/model.so -> path: from a slash that begins a word, where two or more are in it.
+    static std::string WithoutPaths(const std::string& text)
+    {
+        std::string kept;
+        for (std::size_t at = 0; at < text.size();) {
+            const bool begins =
+                text[at] == '/' && (at == 0 || (!IsOfPath(text[at - 1]) && text[at - 1] != '<'));
+            std::size_t end = at;
+            while (begins && end < text.size() && IsOfPath(text[end]))
+                ++end;
+            const std::string_view word = std::string_view(text).substr(at, end - at);
+            if (std::count(word.begin(), word.end(), '/') >= 2) {
+                kept += "path";
+                at = end;
+            } else {
+                kept += text[at++];
+            }
+        }
+        return kept;
+    }
+
+    std::string host;
+    std::string folder;
+};
+
+/// A file that can be read at any place.
+class FileBytes final : public LogBytes
+{
+public:
+    explicit FileBytes(int itsDescriptor) : descriptor(itsDescriptor)
+    {
+        struct stat file
+        {
+        };
+        if (fstat(descriptor, &file) == 0)
+            size = std::uint64_t(file.st_size);
+    }
+
+    std::uint64_t Size() const override { return size; }
+    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t count) override
+    {
+        const ssize_t got = pread(descriptor, buffer, count, off_t(offset));
+        return got < 0 ? std::nullopt : std::make_optional(std::size_t(got));
+    }
+    std::string Error() const override { return "reading failed"; }
+
+private:
+    int descriptor;
+    std::uint64_t size = 0;
+};
+
+class Report final : public Action
+{
+public:
+    explicit Report(Options& options)
+    {
+        logs.AddTo(options);
+        options.Required("-o,--output", "FOLDER", folder, "where the report is written");
+        options.Flag("--anonymous", anonymous, "leave out names of hosts and paths of files");
+        options.Flag("--force", force, "replace a report that is there");
+    }
+
+    Exit Run(Terminal& terminal) override
+    {
+        logs.Prepare(terminal);
+        if (logs.Paths().size() != 1) {
+            terminal.Error("one log at a time");
+            return Exit::Trouble;
+        }
+        const std::string& path = logs.Paths().front();
+        const Json facts = Json::parse(Said(MakeSummary, {"--json", path}), nullptr, false);
+        if (facts.is_discarded())
+            return Exit::Trouble;  // which was told
+        if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST) {
+            terminal.Error(folder, {}, std::generic_category().message(errno));
+            return Exit::Trouble;
+        }
+        const Anonymous hidden(facts.value("host", ""), path.substr(0, path.rfind('/') + 1));
+        const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
+        const std::string number = NumberOf(facts);
+        const LogHeader header = HeaderOf(path);
+        const std::pair<const char*, std::string> files[] = {
+            {"report.md", Page(facts, header, number, path)},
+            {"calls.xml", SmallLog(number, path)},
+        };
+        std::string names;
+        for (const auto& [name, text] : files) {
+            if (!WriteFile(name, hide(text), terminal))
+                return Exit::Trouble;
+            names += (names.empty() ? "" : ", ") + std::string(name);
+        }
+        terminal.Print(
+            Printable(folder) + ": " + names +
+            (anonymous ? "" : "; with names of hosts and paths, without them by --anonymous") +
+            "\nA log shows what the debugger has read of the target's memory: look at what you send.\n");
+        return Exit::Found;
+    }
+
+private:
+    static LogHeader HeaderOf(const std::string& path)
+    {
+        class Reading final : public LogHandler
+        {
+        public:
+            void Header(const LogHeader& itsHeader) override { header = itsHeader; }
+            LogHeader header;
+        } reading;
+        std::string error;
+        const auto input = OpenLog(path, error);
+        LogReader reader(reading);
+        std::string bytes(4096, '\0');
+        while (input != nullptr && reading.header.root.empty()) {
+            const std::size_t got = input->Read(bytes.data(), bytes.size()).value_or(0);
+            if (got == 0)
+                break;
+            reader.Feed({bytes.data(), got});
+        }
+        return reading.header;
+    }
+
+    /// The call that the report is about: one that had not returned. Empty when there is none.
+    static std::string NumberOf(const Json& facts)
+    {
+        const Json& open = facts["open_calls"];
+        return open.empty() ? std::string() : std::to_string(open[0]["call"].get<std::uint64_t>());
+    }
+
+    static std::string Page(const Json& facts, const LogHeader& header, const std::string& number,
+                            const std::string& path)
+    {
+        std::string text = "# " + facts.value("verdict", "") + "\n\n";
+        const auto add = [&](const std::string& title, const std::string& said) {
+            if (!said.empty())
+                text += (title.empty() ? "" : "## " + title + "\n\n") + "```text\n" + said + "```\n\n";
+        };
+        add("", Said(MakeSummary, {path}));
+        if (!number.empty()) {
+            add("The call", Said(MakeShow, {number, path}));
+            add("What was known", Said(MakeState, {"--at", number, path}));
+        }
+        add("What came before", Said(MakeCalls, {"--last", "20", path}));
+        add("What failed", Said(MakeCalls, {"-f", "--last", "20", path}));
+        text += "## Versions\n\nscrivel " + std::string(version) + "; the log is of " +
+                (header.cadiVersion.empty() ? "an unknown version" : header.cadiVersion) + ", " +
+                (header.operatingSystem.empty() ? "an unknown system" : header.operatingSystem) +
+                ".\n\n`calls.xml` holds the last " + mostCalls +
+                " calls of the log as they stand in it.\n";
+        return text;
+    }
+
+    /// The last calls, and the one that the report is about.
+    static std::string SmallLog(const std::string& number, const std::string& path)
+    {
+        const std::string last = Said(MakeCalls, {"--json", "--last", mostCalls, path});
+        const Json first = Json::parse(last.substr(0, last.find('\n')), nullptr, false);
+        if (first.is_discarded())
+            return {};
+        const std::string calls = std::to_string(first["call"].get<std::uint64_t>()) + ".." +
+                                  (number.empty() ? "" : "," + number);
+        return CutOf(path, calls);
+    }
+
+    static std::string CutOf(const std::string& path, const std::string& calls)
+    {
+        std::string error;
+        FilterText chosen;
+        chosen.calls = calls;
+        const auto filter = CallFilter::Make(chosen, error);
+        const auto input = OpenLogAnywhere(path, error);
+        if (!filter || input == nullptr)
+            return {};
+        FileBytes bytes(*input->Descriptor());
+        std::string small;
+        const auto take = [&](std::string_view text) {
+            small.append(text);
+            return true;
+        };
+        Cut(
+            bytes, *filter, take, [](const Damage&) {}, error);
+        return small;
+    }
+
+    bool WriteFile(const std::string& name, const std::string& text, Terminal& terminal) const
+    {
+        std::string error;
+        const std::string path = folder + "/" + name;
+        const auto file = OutputFile::Make(path, force ? Existing::Replace : Existing::Keep, error);
+        if (file == nullptr || !file->Write(text) || !file->Finish()) {
+            terminal.Error(path, {}, file == nullptr ? error : file->Error());
+            return false;
+        }
+        return true;
+    }
+
+    LogArguments logs;
+    std::string folder;
+    bool anonymous = false;
+    bool force = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Action> MakeReport(Options& options)
+{
+    return std::make_unique<Report>(options);
+}
+
+}  // namespace ScrivelTool
