@@ -256,14 +256,30 @@ private:
         const bool inThenOut = first.leftCount == 0 && second.rightCount == 0;
         if (!outThenIn && !inThenOut)
             return false;
-        const Place count = outThenIn ? first.leftCount : first.rightCount;
-        const Place begin = outThenIn ? first.left : first.right;
-        const Keys& keys = outThenIn ? left : right;
-        for (Place i = 0; i < gap; ++i)
+        const Hunk both = {first.left, first.leftCount + second.leftCount, first.right,
+                           first.rightCount + second.rightCount};
+        // What was taken out moves among its equals, or what was put in does.
+        if (IsRow(first, gap, 0)) {
+            first = {both.left + gap, both.leftCount, both.right + gap, both.rightCount};
+            return true;
+        }
+        if (IsRow(second, gap, gap)) {
+            first = both;
+            return true;
+        }
+        return false;
+    }
+
+    /// Whether a hunk of one side may stand so many places further, after it was moved back by as many.
+    bool IsRow(const Hunk& hunk, Place places, Place back) const
+    {
+        const bool isLeft = hunk.rightCount == 0;
+        const Keys& keys = isLeft ? left : right;
+        const Place begin = (isLeft ? hunk.left : hunk.right) - back;
+        const Place count = isLeft ? hunk.leftCount : hunk.rightCount;
+        for (Place i = 0; i < places; ++i)
             if (keys[begin + i] != keys[begin + count + i])
                 return false;
-        first = {first.left + gap, first.leftCount + second.leftCount, first.right + gap,
-                 first.rightCount + second.rightCount};
         return true;
     }
 

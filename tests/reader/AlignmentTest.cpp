@@ -90,6 +90,7 @@ TEST(Alignment, TellsWhatWasTakenOutAndPutIn)
 TEST(Alignment, PutsAChangeAmongEqualElementsInOnePlace)
 {
     EXPECT_EQ(Hunks("aaaa", "aXaa"), "1:a>X");
+    EXPECT_EQ(Hunks("1aaaab2", "3aaXab4"), "0:1>3 3:a>X 6:2>4");
     EXPECT_EQ(Hunks("caaaacb", "caaaXcd"), "4:a>X 6:b>d");
 }
 
