@@ -76,6 +76,7 @@ std::unique_ptr<Action> MakeCut(Options& options);
 std::unique_ptr<Action> MakeState(Options& options);
 std::unique_ptr<Action> MakeStats(Options& options);
 std::unique_ptr<Action> MakeSummary(Options& options);
+std::unique_ptr<Action> MakeView(Options& options);
 
 }  // namespace ScrivelTool
 

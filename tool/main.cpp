@@ -59,6 +59,10 @@ constexpr Command commands[] = {
      MakeExport},
     {"state", "registers and memory as the debugger had seen them",
      "scrivel state --at 68 crash-4242.xml\nscrivel state --json run-4242.xml", MakeState},
+    {"view", "a page for the browser: timeline, calls, registers, memory",
+     "scrivel view crash-4242.xml -o crash.html\nscrivel view connection-4243.xml run-4243.xml -o "
+     "session.html",
+     MakeView},
 };
 
 const Command* Find(std::string_view name)

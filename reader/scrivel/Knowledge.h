@@ -150,6 +150,8 @@ public:
     /// The call that let the target run last.
     std::optional<std::uint64_t> LastRun() const { return lastRun; }
     std::uint64_t Runs() const { return runs; }
+    /// As far as the log tells.
+    bool IsRunning() const { return running; }
 
 private:
     using RegisterKey = std::pair<std::uint64_t, std::uint64_t>;  // number, offset128
