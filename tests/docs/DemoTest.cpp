@@ -27,7 +27,7 @@ protected:
         EXPECT_EQ(outcome.status, status);
         std::string printed;
         for (const std::string& line : outcome.printed) {
-            printed += std::regex_replace(line, std::regex(R"(-\d+\.xml)"), "-N.xml") + "\n";
+            printed += std::regex_replace(line, std::regex(R"(-\d+\.(xml|html))"), "-N.$1") + "\n";
         }
         return printed;
     }
@@ -60,7 +60,9 @@ TEST_F(Demo, PrintsALineForEachPhaseAndWhereTheLogsAre)
                                        "detach       the target is as it was found\n"
                                        "xmllint accepts its logs:\n"
                                        "  build/demo/logs/run-N.xml\n"
-                                       "  build/demo/logs/connection-N.xml\n");
+                                       "  build/demo/logs/connection-N.xml\n"
+                                       "scrivel view has put them into a page for the browser:\n"
+                                       "  build/demo/logs/run-N.html\n");
 }
 
 TEST_F(Demo, TellsTheCrashInWordsOfItsOwn)
@@ -72,7 +74,9 @@ TEST_F(Demo, TellsTheCrashInWordsOfItsOwn)
               "The session died of SIGSEGV inside a call of the target, as it was meant to.\n"
               "xmllint accepts its logs:\n"
               "  build/demo/logs/crash-N.xml\n"
-              "  build/demo/logs/connection-N.xml\n");
+              "  build/demo/logs/connection-N.xml\n"
+              "scrivel view has put them into a page for the browser:\n"
+              "  build/demo/logs/crash-N.html\n");
 }
 
 TEST_F(Demo, EndsWithWhatScrivelSaysOfTheCrash)
@@ -87,10 +91,10 @@ TEST_F(Demo, LeavesTheLogsOfTheOtherKindAlone)
 {
     Printed("scripts/demo");
     const auto first = Logs();
-    EXPECT_EQ(first.size(), 2U);
+    EXPECT_EQ(first.size(), 3U);
     Printed("scripts/demo --crash");
     auto both = Logs();
-    EXPECT_EQ(both.size(), 4U);
+    EXPECT_EQ(both.size(), 6U);
     for (const std::string& log : first) {
         EXPECT_EQ(both.count(log), 1U) << log;
     }
