@@ -78,11 +78,7 @@ private:
 class LogStream final : public std::ostream
 {
 public:
-    LogStream() : std::ostream(nullptr), putArea(MakeBuffer())
-    {
-        rdbuf(putArea.get());
-        imbue(std::locale::classic());  // digits stay plain whatever the program's locale is
-    }
+    LogStream();
     ~LogStream() override;
 
     /// Creates or empties the file and clears the stream's error state; sets the fail state, with the
