@@ -166,7 +166,6 @@ private:
 
     void Opened(bool success);
 
-    static std::unique_ptr<PutArea> MakeBuffer();
     LogBuffer& Buffer() const;
 
     std::unique_ptr<PutArea> putArea;  // of the LogBuffer
