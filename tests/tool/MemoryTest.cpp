@@ -32,6 +32,9 @@ protected:
         return peak;
     }
 
+    /// With a sanitizer, whose share differs from version to version, it may be twice as much.
+    static long AtMost(long most) { return memoryIsOurOwn ? most : 2 * most; }
+
     /// How much more it needs for one command on another log.
     long Growth(const std::string& command, const std::string& small, const std::string& large) const
     {
@@ -65,23 +68,23 @@ TEST_F(Memory, DoesNotGrowWithTheCallsThatAnOpenOneHolds)
 {
     Write("small.xml", LogOf(session));
     Write("large.xml", CallsWithinAnOpenOne(100000));
-    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), 10 * megabyte);
-    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), 10 * megabyte);
+    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), AtMost(10 * megabyte));
+    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(10 * megabyte));
 }
 
 TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
 {
     Write("small.xml", CallWithBytes(10));
     Write("large.xml", CallWithBytes(1300000));  // 40 MB
-    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), 4 * megabyte);
+    EXPECT_LT(Growth("calls", "small.xml", "large.xml"), AtMost(4 * megabyte));
 }
 
 TEST_F(Memory, HoldsTheBytesOfAnArrayAndNoElements)
 {
     Write("small.xml", CallWithBytes(10));
     Write("large.xml", CallWithBytes(1300000));
-    EXPECT_LT(Growth("show --xml 1", "small.xml", "large.xml"), 12 * megabyte);
-    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), 32 * megabyte);
+    EXPECT_LT(Growth("show --xml 1", "small.xml", "large.xml"), AtMost(12 * megabyte));
+    EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(32 * megabyte));
 }
 
 }  // namespace

@@ -11,6 +11,15 @@
 namespace ScrivelTest
 {
 
+/// Whether no sanitizer has a share in the memory of the program.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool memoryIsOurOwn = false;
+#elif defined(__has_feature)
+constexpr bool memoryIsOurOwn = !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
+#else
+constexpr bool memoryIsOurOwn = true;
+#endif
+
 struct Outcome
 {
     int status;

@@ -24,14 +24,6 @@ using testing::HasSubstr;
 namespace
 {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool memoryIsOurOwn = false;
-#elif defined(__has_feature)
-constexpr bool memoryIsOurOwn = !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
-#else
-constexpr bool memoryIsOurOwn = true;
-#endif
-
 constexpr long usualKiB = 16 * 1024;
 
 std::string Call(int number, const std::string& content)
