@@ -16,6 +16,7 @@
 
 #include "CallLine.h"
 #include "Command.h"
+#include "HtmlPage.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"
@@ -169,18 +170,30 @@ public:
         const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
         const std::string number = NumberOf(facts);
         const LogHeader header = HeaderOf(path);
+        const std::string small = SmallLog(number, path);
         const std::pair<const char*, std::string> files[] = {
             {"report.md", Page(facts, header, number, path)},
-            {"calls.xml", SmallLog(number, path)},
+            {"calls.xml", small},
         };
-        std::string names;
         for (const auto& [name, text] : files) {
-            if (!WriteFile(name, hide(text), terminal))
+            const auto write = [&, &itsText = text](OutputFile& file) {
+                return file.Write(hide(itsText));
+            };
+            if (!WriteFile(name, write, terminal))
                 return Exit::Trouble;
-            names += (names.empty() ? "" : ", ") + std::string(name);
         }
+        // Of the small log, from which names were taken where they are to be; a log without calls has
+        // none.
+        const std::string shown = small.empty() ? path : folder + "/calls.xml";
+        const auto writePage = [&](OutputFile& file) {
+            PageOptions page;
+            page.anonymous = anonymous;
+            return WritePage({shown}, page, file, terminal).has_value();
+        };
+        if (!WriteFile("page.html", writePage, terminal))
+            return Exit::Trouble;
         terminal.Print(
-            Printable(folder) + ": " + names +
+            Printable(folder) + ": report.md, calls.xml, page.html" +
             (anonymous ? "" : "; with names of hosts and paths, without them by --anonymous") +
             "\nA log shows what the debugger has read of the target's memory: look at what you send.\n");
         return Exit::Found;
@@ -234,7 +247,7 @@ private:
                 (header.cadiVersion.empty() ? "an unknown version" : header.cadiVersion) + ", " +
                 (header.operatingSystem.empty() ? "an unknown system" : header.operatingSystem) +
                 ".\n\n`calls.xml` holds the last " + mostCalls +
-                " calls of the log as they stand in it.\n";
+                " calls of the log as they stand in it; `page.html` shows them in a browser.\n";
         return text;
     }
 
@@ -270,12 +283,13 @@ private:
         return small;
     }
 
-    bool WriteFile(const std::string& name, const std::string& text, Terminal& terminal) const
+    bool WriteFile(const std::string& name, const std::function<bool(OutputFile&)>& write,
+                   Terminal& terminal) const
     {
         std::string error;
         const std::string path = folder + "/" + name;
         const auto file = OutputFile::Make(path, force ? Existing::Replace : Existing::Keep, error);
-        if (file == nullptr || !file->Write(text) || !file->Finish()) {
+        if (file == nullptr || !write(*file) || !file->Finish()) {
             terminal.Error(path, {}, file == nullptr ? error : file->Error());
             return false;
         }

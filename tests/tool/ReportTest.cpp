@@ -21,7 +21,8 @@ TEST_F(Report, TellsOfTheCallWhatWasKnownAndWhatCameBefore)
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(outcome.out,
-              "bug: report.md, calls.xml; with names of hosts and paths, without them by --anonymous\n"
+              "bug: report.md, calls.xml, page.html; with names of hosts and paths, without them by "
+              "--anonymous\n"
               "A log shows what the debugger has read of the target's memory: look at what you send.\n");
     const std::string page = Read("bug/report.md");
     EXPECT_THAT(page, HasSubstr("# had not returned when the log ended\n\n```text\ncrash-4242.xml"));
@@ -40,6 +41,22 @@ TEST_F(Report, HasASmallLogOfTheLastCalls)
               "  #68 CADIMemWrite had not returned when the log ended (line 828, byte 27764)\n");
 }
 
+TEST_F(Report, HasAPageOfTheSmallLog)
+{
+    Run({"report", "crash-4242.xml", "-o", "bug"});
+    ASSERT_EQ(Run({"view", "bug/calls.xml", "-o", "calls.html"}).status, 0);
+    const std::string page = Read("bug/page.html");
+    EXPECT_EQ(page.substr(0, 15), "<!doctype html>");
+    EXPECT_EQ(page.size(), Read("calls.html").size());
+}
+
+TEST_F(Report, TellsOfALogWithoutCallsToo)
+{
+    Write("none.xml", LogOf(""));
+    EXPECT_EQ(Run({"report", "none.xml", "-o", "bug"}).status, 0);
+    EXPECT_EQ(Read("bug/page.html").substr(0, 15), "<!doctype html>");
+}
+
 TEST_F(Report, LeavesHostsAndPathsOutWhenItIsToldTo)
 {
     std::string log =
@@ -49,7 +66,7 @@ TEST_F(Report, LeavesHostsAndPathsOutWhenItIsToldTo)
     std::filesystem::create_directory(Folder() + "/secret");
     Write("secret/run.xml", log);
     Run({"report", "--anonymous", "secret/run.xml", "-o", "bug"});
-    for (const char* const file : {"bug/report.md", "bug/calls.xml"}) {
+    for (const char* const file : {"bug/report.md", "bug/calls.xml", "bug/page.html"}) {
         EXPECT_THAT(Read(file), Not(HasSubstr("someone"))) << file;
         EXPECT_THAT(Read(file), Not(HasSubstr("secret"))) << file;
         EXPECT_THAT(Read(file), Not(HasSubstr("lab7 "))) << file;
