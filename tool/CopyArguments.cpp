@@ -2,11 +2,11 @@
 
 #include "CopyArguments.h"
 
-#include <cerrno>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
+#include <vector>
 
+#include "FileBytes.h"
 #include "Options.h"
 #include "OutputFile.h"
 
@@ -17,45 +17,6 @@ using namespace ScrivelReader;
 
 namespace
 {
-
-/// A file that can be read at any place. Shows how far it was read.
-class FileBytes final : public LogBytes
-{
-public:
-    FileBytes(int itsDescriptor, const std::string& itsPath, Terminal& itsTerminal)
-        : descriptor(itsDescriptor), path(itsPath), terminal(itsTerminal)
-    {
-        struct stat status
-        {
-        };
-        if (fstat(descriptor, &status) == 0) {
-            size = std::uint64_t(status.st_size);
-        }
-    }
-
-    std::uint64_t Size() const override { return size; }
-    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t count) override
-    {
-        ssize_t got = 0;
-        do {
-            got = pread(descriptor, buffer, count, off_t(offset));
-        } while (got < 0 && errno == EINTR);
-        if (got < 0) {
-            error = std::generic_category().message(errno);
-            return {};
-        }
-        terminal.Progress(path, offset, size);
-        return std::size_t(got);
-    }
-    std::string Error() const override { return error; }
-
-private:
-    int descriptor;
-    const std::string& path;
-    Terminal& terminal;
-    std::uint64_t size = 0;
-    std::string error;
-};
 
 bool IsSameFile(const std::string& log, const std::string& output)
 {

@@ -10,12 +10,12 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include "CallLine.h"
 #include "Command.h"
+#include "FileBytes.h"
 #include "HtmlPage.h"
 #include "Json.h"
 #include "KnownText.h"
@@ -114,32 +114,6 @@ private:
     std::string folder;
 };
 
-/// A file that can be read at any place.
-class FileBytes final : public LogBytes
-{
-public:
-    explicit FileBytes(int itsDescriptor) : descriptor(itsDescriptor)
-    {
-        struct stat file
-        {
-        };
-        if (fstat(descriptor, &file) == 0)
-            size = std::uint64_t(file.st_size);
-    }
-
-    std::uint64_t Size() const override { return size; }
-    std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t count) override
-    {
-        const ssize_t got = pread(descriptor, buffer, count, off_t(offset));
-        return got < 0 ? std::nullopt : std::make_optional(std::size_t(got));
-    }
-    std::string Error() const override { return "reading failed"; }
-
-private:
-    int descriptor;
-    std::uint64_t size = 0;
-};
-
 class Report final : public Action
 {
 public:
@@ -170,7 +144,7 @@ public:
         const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
         const std::string number = NumberOf(facts);
         const LogHeader header = HeaderOf(path);
-        const std::string small = SmallLog(number, path);
+        const std::string small = SmallLog(number, path, terminal);
         const std::pair<const char*, std::string> files[] = {
             {"report.md", Page(facts, header, number, path)},
             {"calls.xml", small},
@@ -252,7 +226,7 @@ private:
     }
 
     /// The last calls, and the one that the report is about.
-    static std::string SmallLog(const std::string& number, const std::string& path)
+    static std::string SmallLog(const std::string& number, const std::string& path, Terminal& terminal)
     {
         const std::string last = Said(MakeCalls, {"--json", "--last", mostCalls, path});
         const Json first = Json::parse(last.substr(0, last.find('\n')), nullptr, false);
@@ -260,10 +234,10 @@ private:
             return {};
         const std::string calls = std::to_string(first["call"].get<std::uint64_t>()) + ".." +
                                   (number.empty() ? "" : "," + number);
-        return CutOf(path, calls);
+        return CutOf(path, calls, terminal);
     }
 
-    static std::string CutOf(const std::string& path, const std::string& calls)
+    static std::string CutOf(const std::string& path, const std::string& calls, Terminal& terminal)
     {
         std::string error;
         FilterText chosen;
@@ -272,7 +246,7 @@ private:
         const auto input = OpenLogAnywhere(path, error);
         if (!filter || input == nullptr)
             return {};
-        FileBytes bytes(*input->Descriptor());
+        FileBytes bytes(*input->Descriptor(), path, terminal);
         std::string small;
         const auto take = [&](std::string_view text) {
             small.append(text);
@@ -280,6 +254,7 @@ private:
         };
         Cut(
             bytes, *filter, take, [](const Damage&) {}, error);
+        terminal.EndProgress();
         return small;
     }
 

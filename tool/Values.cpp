@@ -5,6 +5,8 @@
 #include <map>
 #include <string_view>
 
+#include "KnownText.h"
+
 namespace ScrivelTool
 {
 
@@ -14,18 +16,6 @@ namespace
 {
 
 using Take = std::function<void(const std::string&, const std::string&)>;
-
-std::string Hexadecimal(std::string_view bytes)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        text.append(1, digits[value / 16]).append(1, digits[value % 16]);
-    }
-    return text;
-}
 
 void ForEachIn(Tree::Elements elements, std::string& path, const Take& take)
 {
@@ -41,7 +31,7 @@ void ForEachIn(Tree::Elements elements, std::string& path, const Take& take)
         if (element.What() == Tree::Kind::Elements)
             ForEachIn(element.Children(), path, take);
         else
-            take(path, element.What() == Tree::Kind::Bytes ? Hexadecimal(element.Text())
+            take(path, element.What() == Tree::Kind::Bytes ? HexDigits(element.Text())
                                                            : std::string(element.Text()));
         path.resize(above);
     }
