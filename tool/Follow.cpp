@@ -274,13 +274,13 @@ private:
             for (const auto& [entry, call] : open)
                 running.push_back(&call);
             // The last one is no more than seen, or was entered long ago and goes on there.
-            const std::optional<Call> last = follower.Last();
+            const std::optional<Call> latest = follower.Last();
             const bool isKnown =
-                last && std::any_of(running.begin(), running.end(), [&](const Call* call) {
-                    return call->number == last->number && call->name == last->name;
+                latest && std::any_of(running.begin(), running.end(), [&](const Call* call) {
+                    return call->number == latest->number && call->name == latest->name;
                 });
-            if (last && !isKnown)
-                running.push_back(&*last);
+            if (latest && !isKnown)
+                running.push_back(&*latest);
             std::string text;
             const std::size_t shown = std::min(running.size(), mostLive);
             for (std::size_t i = running.size() - shown; i < running.size(); ++i)

@@ -5,6 +5,7 @@
 #include "layer/CallReader.h"
 #include "layer/LayerTest.h"
 
+#include <cerrno>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
@@ -18,6 +19,15 @@
 using namespace Scrivel2;
 using ScrivelTest::platform;
 using ScrivelTest::ReadCalls;
+
+#ifdef __SANITIZE_THREAD__
+// It objects to what is tried here: logging in handlers of signals, and an exit that leaves the lock
+// locked.
+extern "C" const char* __tsan_default_options()
+{
+    return "report_signal_unsafe=0:report_destroy_locked=0";
+}
+#endif
 
 namespace
 {
@@ -37,7 +47,11 @@ public:
     explicit Handler(std::function<void()> work)
     {
         inHandler = std::move(work);
-        std::signal(SIGUSR1, [](int) { inHandler(); });
+        std::signal(SIGUSR1, [](int) {
+            const int before = errno;
+            inHandler();
+            errno = before;
+        });
     }
     ~Handler()
     {
