@@ -157,7 +157,7 @@ TEST_F(LogLife, HeaderTimeFollowsAChangeOfTheTimeZone)
 {
     platform.localtime_r.Reset();
     platform.time.Use([](std::time_t*) -> std::time_t { return 86400; });
-    const auto startIn = [this](const char* zone) {
+    const auto startIn = [](const char* zone) {
         setenv("TZ", zone, 1);
         Make()->StartLogging();
         const std::string file = WholeFile();
