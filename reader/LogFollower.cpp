@@ -368,7 +368,7 @@ private:
 
     LogEnd FinishReader()
     {
-        const LogEnd end = reader->Finish();
+        LogEnd end = reader->Finish();
         reader = std::make_unique<LogReader>(*this, options);
         return end;
     }

@@ -345,6 +345,7 @@ public:
         std::stable_sort(found.begin(), found.end(),
                          [](const auto& a, const auto& b) { return a.first > b.first; });
         std::vector<Pair> sorted;
+        sorted.reserve(found.size());
         for (const auto& [growth, one] : found)
             sorted.push_back(one);
         return sorted;

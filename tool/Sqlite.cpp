@@ -190,8 +190,10 @@ public:
 
     std::vector<std::string> Columns() const override
     {
+        const int count = sqlite3_column_count(question.get());
         std::vector<std::string> names;
-        for (int i = 0; i < sqlite3_column_count(question.get()); ++i)
+        names.reserve(std::size_t(count));
+        for (int i = 0; i < count; ++i)
             names.emplace_back(sqlite3_column_name(question.get(), i));
         return names;
     }
