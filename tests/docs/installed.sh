@@ -4,10 +4,11 @@
 # of ours in /opt's place.
 . "$(dirname "$0")/../package/common.sh"
 
-# What stands in /opt's place: a way to $work without blanks or quotes, which the lines don't expect.
+# What stands in /opt's place: a way to this test's folder without blanks or quotes, which the lines don't
+# expect.
 opt=$(mktemp -d)
 trap 'rm -r "$opt"' EXIT
-ln -s "$work" "$opt/work"
+ln -s "$work" "$opt/here"
 
 # The block of README.md below the comment that names it.
 shown() {
@@ -15,7 +16,7 @@ shown() {
     /^```$/ { inside = 0 }
     inside
     $0 == mark { found = 1; next }
-    /^```/ { inside = found; found = 0 }' "$source_dir/README.md" | sed "s,/opt/,$opt/work/,g"
+    /^```/ { inside = found; found = 0 }' "$source_dir/README.md" | sed "s,/opt/,$opt/here/,g"
 }
 
 # What the lines make stays in a tree of this test's own, and "g++" is the compiler of this build.

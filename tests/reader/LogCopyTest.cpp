@@ -12,31 +12,12 @@ using namespace ScrivelTest;
 namespace
 {
 
-constexpr char interrupted[] = R"(
+/// With a comment before it and more after it.
+const std::string withMore = std::string(R"(
 <!-- a comment -->
 
-    <CADIExecContinue call_num="1"
-     call_time="0.000011 s"
-     threadId="1234">
-        <wait>true</wait>
-    </CADIExecContinue>
-
-<!-- Call 1 ("CADIExecContinue") interrupted -->
-
-    <modeChange call_num="2"
-     call_time="0.000022 s"
-     threadId="1234">
-        <newMode>CADI_EXECMODE_Bpt</newMode>
-        <return_time>0.000033 s</return_time>
-    </modeChange>
-
-<!-- Continuing call 1 ("CADIExecContinue") -->
-
-    <CADIExecContinue call_num="1">
-        <return_time>0.000044 s</return_time>
-        <return>CADI_STATUS_OK</return>
-    </CADIExecContinue>
-    <note>before 3</note>
+)") + interrupted +
+                             R"(    <note>before 3</note>
 
 <!-- another comment -->
 
@@ -63,14 +44,14 @@ std::string CutTo(const std::string& names)
 {
     FilterText filter;
     filter.names = names;
-    return CutFrom(LogOf(interrupted), filter).bytes;
+    return CutFrom(LogOf(withMore), filter).bytes;
 }
 
 // ---- Recover --------------------------------------------------------------------------------------
 
 TEST(Recover, CopiesAWholeLogByteForByte)
 {
-    for (const std::string& log : {LogOf(interrupted), LogOf(""), LogOf(interrupted) + "<?x \n ?><?x ?>",
+    for (const std::string& log : {LogOf(withMore), LogOf(""), LogOf(withMore) + "<?x \n ?><?x ?>",
                                    std::string("<run/>"), std::string("\xef\xbb\xbf<run></run >\n\n")}) {
         const Copy copy = RecoveredFrom(log);
         EXPECT_EQ(copy.bytes, log);
@@ -80,9 +61,9 @@ TEST(Recover, CopiesAWholeLogByteForByte)
 
 TEST(Recover, PutsACommentInPlaceOfADamage)
 {
-    const Copy copy = RecoveredFrom(Replaced(LogOf(interrupted), "<newMode>", "<newMode<"));
+    const Copy copy = RecoveredFrom(Replaced(LogOf(withMore), "<newMode>", "<newMode<"));
     EXPECT_EQ(copy.bytes,
-              LogOf(Replaced(interrupted,
+              LogOf(Replaced(withMore,
                              "<modeChange call_num=\"2\"\n     call_time=\"0.000022 s\"\n     "
                              "threadId=\"1234\">\n        <newMode>CADI_EXECMODE_Bpt</newMode>\n        "
                              "<return_time>0.000033 s</return_time>\n    </modeChange>\n\n"
@@ -96,7 +77,7 @@ TEST(Recover, PutsACommentInPlaceOfADamage)
 
 TEST(Recover, EndsALogThatWasCutShort)
 {
-    const std::string log = LogOf(interrupted);
+    const std::string log = LogOf(withMore);
     const Copy copy = RecoveredFrom(log.substr(0, log.find("<level>")));
     EXPECT_EQ(copy.bytes, log.substr(0, log.find("<CADIReset")) +
                               "<!-- 82 bytes dropped with an element of call 3, damaged at byte 862: "
@@ -105,7 +86,7 @@ TEST(Recover, EndsALogThatWasCutShort)
 
 TEST(Recover, EndsALogWhoseEndTagAloneIsMissing)
 {
-    const std::string log = LogOf(interrupted);
+    const std::string log = LogOf(withMore);
     const Copy copy = RecoveredFrom(log.substr(0, log.find("<!-- the last")));
     EXPECT_TRUE(IsDocument(copy.bytes));
     EXPECT_EQ(copy.copied.calls, 3u);
@@ -113,7 +94,7 @@ TEST(Recover, EndsALogWhoseEndTagAloneIsMissing)
 
 TEST(Recover, GivesALogARootElementThatLostItsOwn)
 {
-    const std::string log = LogOf(interrupted);
+    const std::string log = LogOf(withMore);
     const Copy copy = RecoveredFrom(log.substr(log.find("    <modeChange")));
     EXPECT_EQ(
         copy.bytes.substr(0, copy.bytes.find("call_time")),
@@ -129,7 +110,7 @@ TEST(Recover, MakesADocumentOfAnything)
     for (const std::string& bytes :
          {std::string(), std::string(100000, '\0'), std::string("PK\x03\x04--->"),
           std::string("<a><b></a>"), std::string("<run/>-->"), LogOf("").substr(0, 100),
-          LogOf("<a>--<!--</a>"), LogOf(interrupted) + LogOf(interrupted),
+          LogOf("<a>--<!--</a>"), LogOf(withMore) + LogOf(withMore),
           std::string("<?xml version=\"1.0\"?><run><!-- x"),
           std::string("<!DOCTYPE run [<!ENTITY a \"aaaa\">]>\n<run>&a;</run>\n")}) {
         const Copy copy = RecoveredFrom(bytes);
@@ -142,7 +123,7 @@ TEST(Recover, MakesADocumentOfAnything)
 
 TEST(Recover, StopsWhenTheOutputFails)
 {
-    const std::string text = LogOf(interrupted);
+    const std::string text = LogOf(withMore);
     MemoryLog log(text);
     std::string error;
     unsigned int writes = 0;
@@ -157,12 +138,12 @@ TEST(Recover, StopsWhenTheOutputFails)
 
 TEST(Cut, OfEveryCallIsTheLog)
 {
-    EXPECT_EQ(CutTo("*"), LogOf(interrupted + 0));
+    EXPECT_EQ(CutTo("*"), LogOf(withMore));
 }
 
 TEST(Cut, KeepsAllPartsOfACallAndTellsThatItWasInterrupted)
 {
-    const std::string text = interrupted;
+    const std::string& text = withMore;
     const std::size_t within = text.find("    <modeChange");
     const std::size_t after = text.find("\n<!-- Continuing");
     const std::size_t next = text.find("    <note>");
@@ -172,7 +153,7 @@ TEST(Cut, KeepsAllPartsOfACallAndTellsThatItWasInterrupted)
 
 TEST(Cut, OfACallWithinAnotherNamesTheOtherNowhere)
 {
-    const std::string text = interrupted;
+    const std::string& text = withMore;
     const std::size_t within = text.find("    <modeChange");
     EXPECT_EQ(CutTo("modeChange"), LogOf(text.substr(within, text.find("\n<!-- Continuing") - within) +
                                          "\n<!-- the last comment -->\n\n"));
@@ -180,13 +161,13 @@ TEST(Cut, OfACallWithinAnotherNamesTheOtherNowhere)
 
 TEST(Cut, KeepsWhatStandsBeforeACall)
 {
-    const std::string text = interrupted;
+    const std::string& text = withMore;
     EXPECT_EQ(CutTo("CADIReset"), LogOf(text.substr(text.find("    <note>"))));
 }
 
 TEST(Cut, OfADamagedLogIsWhole)
 {
-    const std::string log = Replaced(LogOf(interrupted), "<newMode>", "<newMode<");
+    const std::string log = Replaced(LogOf(withMore), "<newMode>", "<newMode<");
     FilterText filter;
     filter.names = "CADI*";
     const Copy copy = CutFrom(log.substr(0, log.rfind("</")), filter);

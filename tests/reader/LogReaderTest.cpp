@@ -10,29 +10,6 @@ using namespace ScrivelTest;
 namespace
 {
 
-constexpr char interrupted[] = R"(    <CADIExecContinue call_num="1"
-     call_time="0.000011 s"
-     threadId="1234">
-        <wait>true</wait>
-    </CADIExecContinue>
-
-<!-- Call 1 ("CADIExecContinue") interrupted -->
-
-    <modeChange call_num="2"
-     call_time="0.000022 s"
-     threadId="1234">
-        <newMode>CADI_EXECMODE_Bpt</newMode>
-        <return_time>0.000033 s</return_time>
-    </modeChange>
-
-<!-- Continuing call 1 ("CADIExecContinue") -->
-
-    <CADIExecContinue call_num="1">
-        <return_time>0.000044 s</return_time>
-        <return>CADI_STATUS_OK</return>
-    </CADIExecContinue>
-)";
-
 TEST(LogReader, ReadsTheHeader)
 {
     const Reading reading = ReadBytes(LogOf(""));

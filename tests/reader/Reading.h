@@ -32,6 +32,30 @@ std::string Shown(const ScrivelReader::Tree& tree);
 /// 7 CADIReset(level=1) -> return=CADI_STATUS_OK | status CADI_STATUS_OK, one line a call.
 std::string Shown(const std::vector<ScrivelReader::Call>& calls);
 
+/// A call that its callback interrupted: three elements.
+inline constexpr char interrupted[] = R"(    <CADIExecContinue call_num="1"
+     call_time="0.000011 s"
+     threadId="1234">
+        <wait>true</wait>
+    </CADIExecContinue>
+
+<!-- Call 1 ("CADIExecContinue") interrupted -->
+
+    <modeChange call_num="2"
+     call_time="0.000022 s"
+     threadId="1234">
+        <newMode>CADI_EXECMODE_Bpt</newMode>
+        <return_time>0.000033 s</return_time>
+    </modeChange>
+
+<!-- Continuing call 1 ("CADIExecContinue") -->
+
+    <CADIExecContinue call_num="1">
+        <return_time>0.000044 s</return_time>
+        <return>CADI_STATUS_OK</return>
+    </CADIExecContinue>
+)";
+
 /// A document around elements of calls: root and end tag.
 std::string LogOf(std::string_view elements);
 
