@@ -374,7 +374,7 @@ bool SteppedFlush::Hide(std::string_view coverOpening)
     state = State::Hidden;
     std::array<char, longestOpening> first;
     std::copy_n(text.bytes, coverOpening.size(), first.begin());
-    coverOpening.copy(text.bytes, coverOpening.size());
+    std::copy_n(coverOpening.data(), coverOpening.size(), text.bytes);
     const bool hidden = WriteText(text.start, text.end);
     std::copy_n(first.begin(), coverOpening.size(), text.bytes);
     return hidden;
