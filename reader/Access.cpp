@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "format/Characters.h"
 #include "format/LogWords.h"
 #include "scrivel/CallFilter.h"
 
@@ -33,15 +34,6 @@ std::optional<std::uint64_t> NumberIn(Tree::Element element)
     return ParseLogNumber(element.Text());
 }
 
-int HexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
-
 /// "00000000 00000000 00000000 00003000 " or 0x3000 -> 16 bytes; nothing of anything else.
 std::string ValueBytes(std::string_view text)
 {
@@ -49,7 +41,7 @@ std::string ValueBytes(std::string_view text)
         text.remove_prefix(Scrivel2::LogWords::hexPrefix.size());
     std::string digits;
     for (const char c : text) {
-        if (HexDigit(c) >= 0)
+        if (Scrivel2::HexValue(c) >= 0)
             digits += c;
         else if (c != ' ')
             return {};
@@ -59,7 +51,7 @@ std::string ValueBytes(std::string_view text)
     digits.insert(0, 2 * bytesInAValue - digits.size(), '0');
     std::string bytes;
     for (std::size_t i = 0; i < digits.size(); i += 2)
-        bytes += char(HexDigit(digits[i]) * 16 + HexDigit(digits[i + 1]));
+        bytes += char(Scrivel2::HexValue(digits[i]) * 16 + Scrivel2::HexValue(digits[i + 1]));
     return bytes;
 }
 

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "format/Characters.h"
+
 namespace ScrivelReader
 {
 
@@ -27,22 +29,13 @@ bool IsBlank(std::string_view text)
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
-int HexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
-
 /// The byte that 0xNN is, or -1.
 int ByteOf(std::string_view text)
 {
     if (text.size() != 4 || text[0] != '0' || text[1] != 'x')
         return -1;
-    const int high = HexDigit(text[2]);
-    const int low = HexDigit(text[3]);
+    const int high = Scrivel2::HexValue(text[2]);
+    const int low = Scrivel2::HexValue(text[3]);
     return high < 0 || low < 0 ? -1 : high * 16 + low;
 }
 

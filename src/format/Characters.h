@@ -22,6 +22,12 @@ constexpr bool IsDigit(unsigned char c)
     return c >= '0' && c <= '9';
 }
 
+/// The value of one of hexDigits, or -1.
+constexpr int HexValue(char c)
+{
+    return c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+}
+
 /// Puts down the two lower-case hexadecimal digits of a byte.
 constexpr char* PutHexByte(char* out, unsigned char byte)
 {
