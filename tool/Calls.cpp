@@ -48,13 +48,11 @@ public:
                 options.limits = LineLimits();
             const auto end = ReadLog(path, log, options, terminal);
             log.PrintLast();
-            trouble = trouble || !end || !end->isLog || !log.Error().empty();
+            trouble = trouble || !end || !log.Error().empty();
             found = found || log.Found();
             if (!log.Error().empty()) {
                 terminal.Error(path, {}, log.Error());
             }
-            if (end && !end->isLog)
-                terminal.Error(path, {}, "this is no log");
         }
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }

@@ -339,7 +339,7 @@ public:
         std::vector<JUnitSuite> suites;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
             OneLog log(bounds, *chosen, path, logs.Json(), terminal);
-            const auto end = ReadLog(path, log, options, terminal);
+            const auto end = ReadFile(path, log, options, terminal);
             suites.push_back({path, {}});
             if (end) {
                 passed = log.Finish(*end, suites.back()) && passed;

@@ -75,10 +75,8 @@ public:
         terminal = &itsTerminal;
         keepsTimes = withTimes;
         const auto end = ReadLog(*input, path, *this, {}, itsTerminal);
-        if (end && !end->isLog)
-            itsTerminal.Error(path, {}, end->empty ? "the log is empty" : "this is no log");
         KeepChosen();
-        return end && end->isLog && end->whole;
+        return end && end->whole;
     }
 
     // ---- The calls that the filter leaves, in order of entry

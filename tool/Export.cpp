@@ -248,11 +248,9 @@ private:
         for (const std::string& path : paths) {
             OneLog log(*format, chosen, terminal, path);
             const auto end = ReadLog(path, log, {}, terminal);
-            if (end && !end->isLog)
-                terminal.Error(path, {}, "this is no log");
             if (!log.Error().empty())
                 terminal.Error(path, {}, log.Error());
-            trouble = trouble || !end || !end->isLog || !log.Error().empty();
+            trouble = trouble || !end || !log.Error().empty();
             found = found || log.Found();
         }
         format->Finish();

@@ -96,9 +96,7 @@ public:
         for (const std::string& path : paths) {
             OneLog log(*this, *asked, *chosen, terminal, path);
             const auto end = ReadLog(path, log, {}, terminal);
-            trouble = trouble || !end || !end->isLog;
-            if (end && !end->isLog)
-                terminal.Error(path, {}, "this is no log");
+            trouble = trouble || !end;
             if (!logs.Json())
                 log.Print(paths.size() > 1);
             found = found || log.Found();

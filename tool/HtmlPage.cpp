@@ -73,10 +73,6 @@ std::unique_ptr<PageLog> Read(const std::string& path, const PageOptions& option
     const auto end = ReadLog(*input, path, *log, reading, terminal);
     if (!end)
         return nullptr;
-    if (!end->isLog) {
-        terminal.Error(path, {}, end->empty ? "the log is empty" : "this is no log");
-        return nullptr;
-    }
     log->Finish(*end, *input);
     if (options.anonymous)
         log->ForgetHost();

@@ -76,8 +76,11 @@ std::optional<CallFilter> FilterArguments::Make(Terminal& terminal) const
     return filter;
 }
 
-std::optional<LogEnd> ReadLog(LogInput& input, const std::string& path, LogHandler& handler,
-                              const ReadOptions& options, Terminal& terminal)
+namespace
+{
+
+std::optional<LogEnd> ReadToEnd(LogInput& input, const std::string& path, LogHandler& handler,
+                                const ReadOptions& options, Terminal& terminal)
 {
     LogReader reader(handler, options);
     std::vector<char> buffer(64 * 1024);
@@ -96,16 +99,39 @@ std::optional<LogEnd> ReadLog(LogInput& input, const std::string& path, LogHandl
     }
 }
 
+std::unique_ptr<LogInput> Open(const std::string& path, Terminal& terminal)
+{
+    std::string error;
+    std::unique_ptr<LogInput> input = OpenLog(path, error);
+    if (input == nullptr)
+        terminal.Error(path, {}, error);
+    return input;
+}
+
+}  // namespace
+
+std::optional<LogEnd> ReadLog(LogInput& input, const std::string& path, LogHandler& handler,
+                              const ReadOptions& options, Terminal& terminal)
+{
+    const auto end = ReadToEnd(input, path, handler, options, terminal);
+    if (!end || end->isLog)
+        return end;
+    terminal.Error(path, {}, end->empty ? "the log is empty" : "this is no log");
+    return {};
+}
+
 std::optional<LogEnd> ReadLog(const std::string& path, LogHandler& handler, const ReadOptions& options,
                               Terminal& terminal)
 {
-    std::string error;
-    const std::unique_ptr<LogInput> input = OpenLog(path, error);
-    if (input == nullptr) {
-        terminal.Error(path, {}, error);
-        return {};
-    }
-    return ReadLog(*input, path, handler, options, terminal);
+    const auto input = Open(path, terminal);
+    return input == nullptr ? std::nullopt : ReadLog(*input, path, handler, options, terminal);
+}
+
+std::optional<LogEnd> ReadFile(const std::string& path, LogHandler& handler, const ReadOptions& options,
+                               Terminal& terminal)
+{
+    const auto input = Open(path, terminal);
+    return input == nullptr ? std::nullopt : ReadToEnd(*input, path, handler, options, terminal);
 }
 
 void TellDamage(Terminal& terminal, const std::string& path, const Damage& damage)

@@ -63,8 +63,8 @@ private:
     ScrivelReader::FilterText text;
 };
 
-/// Reads one log to its end and hands it to the handler. Nothing when it can't be read, which was told;
-/// what was read until then was handed out.
+/// Reads one log to its end and hands it to the handler. Nothing when it can't be read or is no log,
+/// which was told; what was read until then was handed out.
 std::optional<ScrivelReader::LogEnd> ReadLog(const std::string& path, ScrivelReader::LogHandler& handler,
                                              const ScrivelReader::ReadOptions& options,
                                              Terminal& terminal);
@@ -72,6 +72,11 @@ std::optional<ScrivelReader::LogEnd> ReadLog(ScrivelReader::LogInput& input, con
                                              ScrivelReader::LogHandler& handler,
                                              const ScrivelReader::ReadOptions& options,
                                              Terminal& terminal);
+
+/// Reads what may be no log, which the caller tells. Nothing when it can't be read, which was told.
+std::optional<ScrivelReader::LogEnd> ReadFile(const std::string& path, ScrivelReader::LogHandler& handler,
+                                              const ScrivelReader::ReadOptions& options,
+                                              Terminal& terminal);
 
 /// Tells of a damage, or that a log is none, in one line on standard error.
 void TellDamage(Terminal& terminal, const std::string& path, const ScrivelReader::Damage& damage);

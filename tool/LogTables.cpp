@@ -57,9 +57,7 @@ bool FillTables(Database& database, const std::vector<std::string>& paths, const
         const auto end = ReadLog(path, log, options, terminal);
         if (end)
             log.End(*end);
-        if (end && !end->isLog)
-            terminal.Error(path, {}, "this is no log");
-        isGood = isGood && end && end->isLog;
+        isGood = isGood && end;
     }
     if (!database.Error().empty()) {
         terminal.Error(database.Error());

@@ -204,8 +204,6 @@ Verdict VerdictOf(const Overview& log, const Call& call)
 
 std::string EndText(const Overview& log)
 {
-    if (!log.end.isLog)
-        return "this is no log";
     if (log.IsFiltered())
         return "every call that the filter leaves returned";
     if (const std::string file = log.ContinuedIn(); !file.empty())

@@ -157,9 +157,7 @@ public:
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
                 second.emplace(number);
                 const auto end = ReadLog(*input, path, *second, {}, terminal);
-                if (end && !end->isLog)
-                    terminal.Error(path, {}, "this is no log");
-                trouble = trouble || !end || !end->isLog;
+                trouble = trouble || !end;
             }
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;

@@ -46,9 +46,7 @@ public:
         for (const std::string& path : paths) {
             OneLog log(at, *chosen, terminal, path);
             const auto end = ReadLog(path, log, {}, terminal);
-            trouble = trouble || !end || !end->isLog;
-            if (end && !end->isLog)
-                terminal.Error(path, {}, "this is no log");
+            trouble = trouble || !end;
             if (!log.Reached())
                 continue;
             found = true;

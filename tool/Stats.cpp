@@ -153,9 +153,7 @@ public:
             ReadOptions options;
             options.contents = chosen->NeedsContents();
             const auto end = ReadLog(path, log, options, terminal);
-            trouble = trouble || !end || !end->isLog;
-            if (end && !end->isLog)
-                terminal.Error(path, {}, "this is no log");
+            trouble = trouble || !end;
         }
         std::vector<Group>& all = groups.All();
         Sort(all);

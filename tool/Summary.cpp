@@ -53,11 +53,6 @@ public:
                 trouble = true;
                 continue;
             }
-            if (!log->end.isLog) {
-                terminal.Error(path, {}, log->end.empty ? "the log is empty" : "this is no log");
-                trouble = true;
-                continue;
-            }
             allWhole = allWhole && log->end.whole;
             if (logs.Json())
                 PrintJson(*log, path, terminal);

@@ -7,6 +7,7 @@
 #include "tool/Program.h"
 
 using namespace ScrivelTest;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace
@@ -67,6 +68,13 @@ TEST_F(CommandLine, SaysWhatIsNoLog)
 {
     std::filesystem::create_directory(Folder() + "/empty");
     EXPECT_EQ(Run({"calls", "empty"}).error, "scrivel: empty: there is no log in this folder\n");
+    Write("empty.xml", "");
+    for (const char* const command : {"", "calls", "stats", "state"}) {
+        const Outcome none = Run(*command == '\0' ? std::vector<std::string>{"empty.xml"}
+                                                  : std::vector<std::string>{command, "empty.xml"});
+        EXPECT_THAT(none.error, EndsWith("scrivel: empty.xml: the log is empty\n")) << command;
+        EXPECT_EQ(none.status, 2) << command;
+    }
     Write("notes.xml", "hello\n");
     const Outcome outcome = Run({"calls", "notes.xml"});
     EXPECT_THAT(outcome.error, HasSubstr("scrivel: notes.xml: this is no log\n"));
