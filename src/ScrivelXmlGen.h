@@ -61,6 +61,8 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 #include <sys/time.h>
@@ -297,33 +299,62 @@ public:
     void WriteUint64Array(std::string ident, const std::uint64_t* items, unsigned int count, bool hex);
 
 protected:
-    // ---- Element forms (base/ElementForms.h) --------------------------------------------------
-    // Every writer is one of these with its contents as a callable.
+    // ---- Tags that nobody replaces --------------------------------------------------------------
+    // Most elements are written several times faster when no override of WriteIdent,
+    // WriteIdentWithoutTabs and WriteTabs can be missed. An object whose class hasn't said so has every
+    // tag go through the table and gets the same bytes.
 
-    template <typename WriteValue>
-    void WriteElement(const std::string& ident, WriteValue writeValue);
+    /// To be called in the constructor of a derived generator, with its own class, when that leaves the
+    /// three operations as they are; else it doesn't compile. Each class speaks for itself alone: one
+    /// that is derived from it calls this again. Without RTTI it does nothing.
+    ///
+    ///     explicit MyGenerator(const char* name) : Scrivel2XmlGenRun(name) { KeepsTags<MyGenerator>(); }
+    template <typename Derived>
+    void KeepsTags()
+    {
+        using Kept = ScrivelXmlGenBase;
+        static_assert(std::is_same_v<decltype(&Derived::WriteIdent), decltype(&Kept::WriteIdent)> &&
+                          std::is_same_v<decltype(&Derived::WriteIdentWithoutTabs),
+                                         decltype(&Kept::WriteIdentWithoutTabs)> &&
+                          std::is_same_v<decltype(&Derived::WriteTabs), decltype(&Kept::WriteTabs)>,
+                      "This class replaces an operation that writes tags");
+#ifdef __cpp_rtti
+        tagKeeper = &typeid(Derived);
+#endif
+    }
+
+    // ---- Element forms (base/ElementForms.h) --------------------------------------------------
+    // Every writer is one of these.
+
+    /// A line around a value (base/Values.h); `Name` is a text or a literal.
+    template <typename Name, typename Value>
+    void WriteValue(const Name& ident, const Value& value);
+
+    /// A tag on a line of its own: what WriteIdent writes.
+    void WriteTag(const std::string& ident, bool openTag);
+
+    template <typename WriteContents>
+    void WriteElement(const std::string& ident, WriteContents writeContents);
 
     template <typename WriteChildren>
     void WriteContainer(const std::string& ident, WriteChildren writeChildren);
 
+    /// A container of fields (base/WholeElements.h), one line each.
+    template <typename... Fields>
+    void WriteRecord(const std::string& ident, const Fields&... fields);
+
     /// `count` is a number, or a pointer to one: null counts as 0, and it is read anew for each entry.
     template <typename Item, typename Count, typename WriteItem>
-    void WriteItems(const std::string& ident, Item* items, Count count, const std::string& nullName,
+    void WriteItems(const std::string& ident, Item* items, Count count, std::string_view nullName,
                     WriteItem writeItem);
 
     /// Items of an integer type, in decimal or in as many hexadecimal digits as the type holds.
-    template <typename Integer>
+    template <typename Integer, typename Name>
     void WriteIntegers(const std::string& ident, const Integer* items, unsigned int count, bool hex,
-                       const std::string& nullName, const std::string& childName);
+                       std::string_view nullName, const Name& childName);
 
-    template <typename Value, typename WriteValue>
-    void WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue);
-
-    /// Writes the name of an enumerator, text or a string, or, when `name` is null, the message and the
-    /// value in hexadecimal.
-    template <typename Name, typename Enumeration>
-    void WriteName(const std::string& ident, const Name* name, std::string_view message,
-                   Enumeration value);
+    template <typename Value, typename WriteOne>
+    void WritePointee(const std::string& ident, Value* pointer, WriteOne writeOne);
 
     /// What StartLogging writes into the file that it has opened: the header, and a final flush.
     void WriteHeader();
@@ -345,9 +376,16 @@ protected:
     bool callOpen;               ///< it has not been continued yet
     timeval startTime;           ///< of StartLogging
     std::vector<std::string> factoryErrorNames;  ///< in the order of CADIFactoryErrorCode_t
+    bool mendsNames;  ///< elements named with a leading "-" or "." get "_" in its place
+    void (*checkLongName)(const std::string&);  ///< unless null, for names that no tag puts down whole
+    std::string fileEndTag;                     ///< what FileEndTag returned last
 
 private:
-    std::string fileEndTag;  // what FileEndTag returns, in memory that is kept from call to call
+    friend class WholeElements;
+
+    const std::type_info* tagKeeper;  // of the class that called KeepsTags last
+    long processOfEndTag;             // that fileEndTag names, and the log that it does
+    std::string nameOfEndTag;
 };
 
 /// The run phase's frame and the writers of the CADI types that calls on a target pass and return.

@@ -7,14 +7,14 @@ namespace Scrivel2
 
 void ScrivelXmlGenBase::WriteBoolArray(std::string ident, const bool* items, unsigned int count)
 {
-    WriteItems(ident, items, count, "bool_array", [&](bool item) { WriteBool("bool_array", item); });
+    WriteItems(ident, items, count, "bool_array",
+               [&](bool item) { WriteValue("bool_array", Word(item)); });
 }
 
 void ScrivelXmlGenBase::WriteCharArray(std::string ident, const char* items, unsigned int count)
 {
     // The characters bear the array's own name.
-    WriteItems(ident, items, count, "string",
-               [&](char item) { WriteElement(ident, [&] { logFile.Append(CheckChar(item)); }); });
+    WriteItems(ident, items, count, "string", [&](char item) { WriteValue(ident, Character{item}); });
 }
 
 void ScrivelXmlGenBase::WriteStringArray(std::string ident, char** items, unsigned int count)
@@ -37,7 +37,7 @@ void ScrivelXmlGenBase::WriteLinesByteArray(std::string ident, const unsigned ch
         // of the log know such arrays in this form.
         for (unsigned int line = 0; line < lineCount; ++line) {
             for (unsigned int i = 0; i < bytesPerLine; ++i) {
-                WriteByte("value", data + lineCount + i);
+                WriteValue("value", NumberOfBytes{data + lineCount + i});
             }
         }
     });

@@ -2,11 +2,13 @@
 // tests/base/VirtualTableTest.cpp.
 
 #include "base/LogText.h"
+#include "base/WholeElements.h"
 #include "format/LogWords.h"
 #include "ScrivelXmlGen.h"
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace Scrivel2
 {
@@ -24,22 +26,43 @@ void ScrivelXmlGenBase::WriteTabs(bool openTag)
 
 void ScrivelXmlGenBase::WriteIdent(std::string name, bool openTag, bool newline)
 {
-    WriteTabs(openTag);
-    AppendTag(logFile, openTag, name, newline);
-    depth += openTag ? 1U : -1U;
+    if (!WholeElements(*this).PutTag(name, openTag, newline)) {
+        if (checkLongName != nullptr) {
+            checkLongName(name);
+        }
+        WriteTabs(openTag);
+        AppendTag(logFile, openTag, name, HeadsOf(mendsNames), newline);
+        depth += openTag ? 1U : -1U;
+    }
+}
+
+void ScrivelXmlGenBase::WriteTag(const std::string& name, bool openTag)
+{
+    if (!WholeElements(*this).PutTag(name, openTag, true)) {
+        WriteIdent(name, openTag, true);
+    }
 }
 
 void ScrivelXmlGenBase::WriteIdentWithoutTabs(std::string name)
 {
-    AppendEndTag(logFile, name);
+    if (checkLongName != nullptr) {
+        checkLongName(name);
+    }
+    AppendEndTag(logFile, name, HeadsOf(mendsNames));
     --depth;
 }
 
 void ScrivelXmlGenBase::WriteDetailedIdent(std::string name)
 {
     // One level and one line whatever the depth: connection-phase calls stand at depth 1.
-    AppendTagBegin(logFile, indentedTagBegin, name);
-    AppendAttribute(logFile, LogWords::callNumber, callNo);
+    const bool put = WholeElements(*this).Put(RoomForCallBegin(name), [&](char* out) {
+        out = PutName(PutText(out, indentedTagBegin), name, NameHeads::kept);
+        return PutAttribute(out, LogWords::callNumber, Decimal{callNo});
+    });
+    if (!put) {
+        AppendTagBegin(logFile, indentedTagBegin, name);
+        AppendAttribute(logFile, LogWords::callNumber, callNo);
+    }
     WriteTimestamp(std::string(LogWords::callTime), false);
     logFile.Append(">\n");
     ++depth;
@@ -62,9 +85,9 @@ public:
             microseconds += 1000000;
             --seconds;
         }
-        last = PutDecimal(last, static_cast<std::uint32_t>(seconds), 1);
+        last = PutDecimal(last, static_cast<std::uint32_t>(seconds));
         *last++ = '.';
-        last = PutDecimal(last, static_cast<std::uint32_t>(microseconds), 6);
+        last = PutMicroseconds(last, static_cast<std::uint32_t>(microseconds));
         *last++ = ' ';
         *last++ = 's';
     }
@@ -84,6 +107,20 @@ void ScrivelXmlGenBase::WriteTimestamp(const std::string& name, bool asElement)
     gettimeofday(&now, nullptr);
     const ElapsedTime elapsed(startTime, now);
 
+    const Text escaped{elapsed.Text()};
+    const bool put =
+        WholeElements(*this).Put(2 * (name.size() + aroundAttribute) + escaped.Most(), [&](char* out) {
+            if (asElement) {
+                out = PutText(PutIndentation(out, depth), tagBegin);
+                out = escaped.Put(PutText(PutText(out, name), ">"));
+                return PutText(PutText(PutText(out, "</"), name), ">\n");
+            }
+            out = PutIndentation(out, WholeElements::OutsideOf(depth));
+            return PutAttribute(out, name, Plain{elapsed.Text()});
+        });
+    if (put) {
+        return;
+    }
     if (asElement) {
         WriteTabs(true);
         AppendPlainElement(logFile, tagBegin, name, [&] { AppendEscaped(logFile, elapsed.Text()); });
@@ -125,7 +162,7 @@ void ScrivelXmlGenBase::WriteCloseInterruptedFunction(std::string callName)
         WriteComment(
             AboutCall(LogWords::interruptedBegin, callNo, openCallName, LogWords::interruptedEnd));
     }
-    openCallName = callName;
+    openCallName = std::move(callName);
     callOpen = true;
 }
 

@@ -7,6 +7,8 @@
 #include "ScrivelXmlGen.h"
 
 #include "base/LogText.h"
+#include "base/Values.h"
+#include "base/WholeElements.h"
 
 #include <cstdint>
 #include <string>
@@ -15,12 +17,23 @@
 namespace Scrivel2
 {
 
-/// One line: the start tag, what `writeValue` appends to the log file, the end tag.
-template <typename WriteValue>
-void ScrivelXmlGenBase::WriteElement(const std::string& ident, WriteValue writeValue)
+/// One line: the start tag, the value, the end tag.
+template <typename Name, typename Value>
+void ScrivelXmlGenBase::WriteValue(const Name& ident, const Value& value)
+{
+    if (!WholeElements(*this).PutElement(ident, value)) {
+        WriteElement(StringOf(ident), [&] { value.Append(logFile); });
+    }
+}
+
+/// The tags of one line, through the table, around what `writeContents` appends to the log file. Kept out
+/// of the writers, so that the compiler finds room in them for what is put down whole.
+template <typename WriteContents>
+[[gnu::noinline]] void ScrivelXmlGenBase::WriteElement(const std::string& ident,
+                                                       WriteContents writeContents)
 {
     WriteIdent(ident, true, false);
-    writeValue();
+    writeContents();
     WriteIdentWithoutTabs(ident);
 }
 
@@ -28,9 +41,19 @@ void ScrivelXmlGenBase::WriteElement(const std::string& ident, WriteValue writeV
 template <typename WriteChildren>
 void ScrivelXmlGenBase::WriteContainer(const std::string& ident, WriteChildren writeChildren)
 {
-    WriteIdent(ident, true, true);
+    WriteTag(ident, true);
     writeChildren();
-    WriteIdent(ident, false, true);
+    WriteTag(ident, false);
+}
+
+template <typename... Fields>
+void ScrivelXmlGenBase::WriteRecord(const std::string& ident, const Fields&... fields)
+{
+    if (!WholeElements(*this).PutRecord(ident, fields...)) {
+        WriteContainer(ident, [&] {
+            (WriteElement(StringOf(fields.name), [&] { fields.value.Append(logFile); }), ...);
+        });
+    }
 }
 
 inline unsigned int EntriesIn(unsigned int count)
@@ -46,11 +69,11 @@ inline unsigned int EntriesIn(const unsigned int* count)
 /// A container of what `writeItem` makes of each item, or of one null element.
 template <typename Item, typename Count, typename WriteItem>
 void ScrivelXmlGenBase::WriteItems(const std::string& ident, Item* items, Count count,
-                                   const std::string& nullName, WriteItem writeItem)
+                                   std::string_view nullName, WriteItem writeItem)
 {
     WriteContainer(ident, [&] {
         if (items == nullptr) {
-            WriteNULLPointer(nullName);
+            WriteNULLPointer(std::string(nullName));
             return;
         }
         for (unsigned int i = 0; i < EntriesIn(count); ++i) {
@@ -60,63 +83,52 @@ void ScrivelXmlGenBase::WriteItems(const std::string& ident, Item* items, Count 
 }
 
 /// A container of integers, in decimal or in as many hexadecimal digits as their type holds.
-template <typename Integer>
+template <typename Integer, typename Name>
 void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* items, unsigned int count,
-                                      bool hex, const std::string& nullName, const std::string& childName)
+                                      bool hex, std::string_view nullName, const Name& childName)
 {
-    constexpr unsigned int digits = 2 * sizeof(Integer);
-    WriteItems(ident, items, count, nullName, [&](Integer item) {
-        WriteElement(childName, [&] {
-            if (hex) {
-                AppendHex(logFile, item, digits);
-            } else {
-                AppendDecimal(logFile, item);
+    WriteContainer(ident, [&] {
+        if (items == nullptr) {
+            WriteNULLPointer(std::string(nullName));
+            return;
+        }
+        const std::string childIdent = StringOf(childName);
+        for (unsigned int i = 0; i < count;) {
+            if (WholeElements whole(*this); whole.TagsAreKept()) {
+                i += hex ? whole.PutHexLines(childName, items + i, count - i)
+                         : whole.PutDecimalLines(childName, items + i, count - i);
             }
-        });
-    });
-}
-
-/// What `writeValue` makes of the value pointed to, or a null element.
-template <typename Value, typename WriteValue>
-void ScrivelXmlGenBase::WritePointee(const std::string& ident, Value* pointer, WriteValue writeValue)
-{
-    if (pointer == nullptr) {
-        WriteNULLPointer(ident);
-    } else {
-        writeValue(*pointer);
-    }
-}
-
-inline std::string_view TextOf(const char* name)
-{
-    return name;
-}
-
-inline std::string_view TextOf(const std::string* name)
-{
-    return *name;
-}
-
-template <typename Name, typename Enumeration>
-void ScrivelXmlGenBase::WriteName(const std::string& ident, const Name* name, std::string_view message,
-                                  Enumeration value)
-{
-    WriteElement(ident, [&] {
-        if (name != nullptr) {
-            logFile.Append(TextOf(name));
-        } else {
-            logFile.Append(message);
-            AppendHexDigits(logFile, static_cast<std::uint32_t>(value), 0);
+            if (i < count) {  // all go through the table, or the next one needs memory first
+                const Integer item = items[i++];
+                WriteElement(childIdent, [&] {
+                    if (hex) {
+                        AppendHex(logFile, item, 2 * sizeof(Integer));
+                    } else {
+                        AppendDecimal(logFile, item);
+                    }
+                });
+            }
         }
     });
 }
 
+/// What `writeOne` makes of the value pointed to, or a null element.
+template <typename Value, typename WriteOne>
+void ScrivelXmlGenBase::WritePointee(const std::string& ident, Value* pointer, WriteOne writeOne)
+{
+    if (pointer == nullptr) {
+        WriteNULLPointer(ident);
+    } else {
+        writeOne(*pointer);
+    }
+}
+
 /// The name at an enumerator's place in its table; null for a value outside, negative ones included.
 template <std::size_t size, typename Enumeration>
-const char* NameAt(const char* const (&table)[size], Enumeration value)
+std::string_view NameAt(const std::string_view (&table)[size], Enumeration value)
 {
     const auto index = static_cast<std::uint32_t>(value);
-    return index < size ? table[index] : nullptr;
+    return index < size ? table[index] : std::string_view();
 }
 
 /// The low 32 bits, which is all that the log shows of most 64-bit fields.

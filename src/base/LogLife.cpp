@@ -16,8 +16,10 @@ namespace Scrivel2
 
 ScrivelXmlGenBase::ScrivelXmlGenBase(const char* name, const char* version)
     : logName(name), cadiVersion(version), writeSecure(true), lastFilePos(0), callNo(0), depth(0),
-      callOpen(false), startTime(), factoryErrorNames(FactoryErrorNames())
+      callOpen(false), startTime(), factoryErrorNames(FactoryErrorNames()), mendsNames(false),
+      checkLongName(nullptr), tagKeeper(nullptr), processOfEndTag(0)
 {
+    KeepsTags<ScrivelXmlGenBase>();
 }
 
 ScrivelXmlGenBase::~ScrivelXmlGenBase() = default;
@@ -82,7 +84,10 @@ void ScrivelXmlGenBase::FlushOutput(bool finalTag, std::string callName)
         if (finalTag) {
             pendingTail = FileEndTag();
         } else {
-            pendingTail.assign("    </").append(callName).append(">\n");
+            constexpr std::string_view begin = "    </";
+            constexpr std::string_view end = ">\n";
+            pendingTail.resize(begin.size() + callName.size() + end.size());
+            PutText(PutText(PutText(pendingTail.data(), begin), callName), end);
         }
     }
     logFile.Append(pendingTail);
@@ -98,7 +103,13 @@ void ScrivelXmlGenBase::EndLogging()
 
 const std::string& ScrivelXmlGenBase::FileEndTag()
 {
-    fileEndTag.assign("</").append(logName).append("-").append(std::to_string(getpid())).append(">\n");
+    // Made anew when the process or the name is another than at the last call.
+    const auto process = getpid();
+    if (process != processOfEndTag || logName != nameOfEndTag) {
+        processOfEndTag = process;
+        nameOfEndTag = logName;
+        fileEndTag = "</" + logName + "-" + std::to_string(process) + ">\n";
+    }
     return fileEndTag;
 }
 

@@ -4,6 +4,7 @@
 #ifndef SCRIVEL_BASE_LOGTEXT_H
 #define SCRIVEL_BASE_LOGTEXT_H
 
+#include "base/PutText.h"
 #include "scrivel/LogStream.h"
 #include "format/LogWords.h"
 
@@ -16,17 +17,13 @@ namespace Scrivel2
 {
 
 // ---- Tags ---------------------------------------------------------------------------------------
-// Names are cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first stay, any other
-// byte becomes "_"; an empty name becomes "emptyIdent".
-
-//
 // What a tag begins with is a text of its own: it is the one that takes a width which the stream has.
 
 /// Appends a start tag or an end tag, and the end of the line if that is wanted.
-void AppendTag(LogStream& log, bool opening, std::string_view name, bool newline);
+void AppendTag(LogStream& log, bool opening, std::string_view name, NameHeads heads, bool newline);
 
 /// Appends the end tag after a value and the end of the line. It begins with "</" in one.
-void AppendEndTag(LogStream& log, std::string_view name);
+void AppendEndTag(LogStream& log, std::string_view name, NameHeads heads);
 
 /// Appends the beginning of a start tag that has attributes: "<" after the blanks of `begin`, the name.
 void AppendTagBegin(LogStream& log, std::string_view begin, std::string_view name);
@@ -70,6 +67,15 @@ void AppendEscaped(LogStream& log, std::string_view text);
 /// The escaped form of `text`, as AppendEscaped appends it.
 std::string EscapedText(std::string_view text);
 
+/// The same, put down in memory that has room for it.
+char* PutEscaped(char* out, std::string_view text);
+
+constexpr std::size_t RoomForEscaped(std::size_t length)
+{
+    constexpr std::size_t longestPiece = 6;  // "&quot;"
+    return length * longestPiece;
+}
+
 void AppendDecimal(LogStream& log, std::uint64_t value);
 
 /// Appends lower-case hexadecimal digits, at least `digits` of them. The stream is decimal afterwards and
@@ -86,9 +92,6 @@ inline void AppendHex(LogStream& log, std::uint64_t value, unsigned int digits)
 
 /// "0x" and the value in lower-case hexadecimal without leading zeros.
 std::string HexText(unsigned int value);
-
-/// Puts down the value in decimal, with as many zeros before it as `digits` digits need.
-char* PutDecimal(char* out, std::uint32_t value, std::ptrdiff_t digits);
 
 }  // namespace Scrivel2
 

@@ -5,6 +5,7 @@
 #define SCRIVEL_BASE_SHAREDRECORDS_H
 
 #include "base/ElementForms.h"
+#include "format/LogWords.h"
 
 #include <string>
 #include <vector>
@@ -12,11 +13,11 @@
 namespace Scrivel2
 {
 
-// ---- Names: null for a value that has none ------------------------------------------------------
+// ---- Names, and the messages of values that have none -------------------------------------------
 
-inline const char* ReturnName(eslapi::CADIReturn_t value)
+inline Enumerator Named(eslapi::CADIReturn_t value)
 {
-    static constexpr const char* return_to_string[] = {
+    static constexpr std::string_view return_to_string[] = {
         "CADI_STATUS_OK",
         "CADI_STATUS_GeneralError",
         "CADI_STATUS_UnknownCommand",
@@ -30,18 +31,18 @@ inline const char* ReturnName(eslapi::CADIReturn_t value)
         "CADI_STATUS_SecurityViolation",
         "CADI_STATUS_PermissionDenied",
     };
-    return NameAt(return_to_string, value);
+    return {NameAt(return_to_string, value), LogWords::invalidReturnType, value};
 }
 
-inline const char* ValueDataTypeName(eslapi::CADIValueDataType_t value)
+inline Enumerator Named(eslapi::CADIValueDataType_t value)
 {
-    static constexpr const char* value_data_type_to_string[] = {
+    static constexpr std::string_view value_data_type_to_string[] = {
         "CADI_PARAM_INVALID",
         "CADI_PARAM_STRING",
         "CADI_PARAM_BOOL",
         "CADI_PARAM_INT",
     };
-    return NameAt(value_data_type_to_string, value);
+    return {NameAt(value_data_type_to_string, value), LogWords::invalidValueDataType, value};
 }
 
 /// In the order of CADIFactoryErrorCode_t, made anew: each generator owns its names.

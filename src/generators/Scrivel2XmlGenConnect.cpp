@@ -6,7 +6,10 @@
 namespace Scrivel2
 {
 
-Scrivel2XmlGenConnect::Scrivel2XmlGenConnect(const char* name) : ScrivelXmlGenBase(name, "CADI 2.0") {}
+Scrivel2XmlGenConnect::Scrivel2XmlGenConnect(const char* name) : ScrivelXmlGenBase(name, "CADI 2.0")
+{
+    KeepsTags<Scrivel2XmlGenConnect>();
+}
 
 Scrivel2XmlGenConnect::~Scrivel2XmlGenConnect() = default;
 
@@ -19,12 +22,12 @@ void Scrivel2XmlGenConnect::SetWriteSecure(bool secure)
 
 void Scrivel2XmlGenConnect::WriteValueDataType(std::string ident, eslapi::CADIValueDataType_t value)
 {
-    WriteName(ident, ValueDataTypeName(value), LogWords::invalidValueDataType, value);
+    WriteValue(ident, Named(value));
 }
 
 void Scrivel2XmlGenConnect::WriteReturnType(std::string ident, eslapi::CADIReturn_t value)
 {
-    WriteName(ident, ReturnName(value), LogWords::invalidReturnType, value);
+    WriteValue(ident, Named(value));
 }
 
 // ---- Factories and simulations ------------------------------------------------------------------

@@ -7,7 +7,10 @@
 namespace Scrivel2
 {
 
-Scrivel2XmlGenRun::Scrivel2XmlGenRun(const char* name) : ScrivelXmlGenRunBase(name, "CADI 2.0") {}
+Scrivel2XmlGenRun::Scrivel2XmlGenRun(const char* name) : ScrivelXmlGenRunBase(name, "CADI 2.0")
+{
+    KeepsTags<Scrivel2XmlGenRun>();
+}
 
 Scrivel2XmlGenRun::~Scrivel2XmlGenRun() = default;
 

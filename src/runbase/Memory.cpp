@@ -54,7 +54,7 @@ void ScrivelXmlGenRunBase::WriteMemBlockInfo(eslapi::CADIMemBlockInfo_t block)
         WriteContainer("supportedMultiplesOfMAU", [&] {
             // Always all of them: a zero doesn't end the list.
             for (const auto multiple : block.supportedMultiplesOfMAU) {
-                WriteDecimal("value", multiple);
+                WriteValue("value", Decimal{multiple});
             }
         });
         WriteEndianness("endianness", block.endianness);
@@ -94,9 +94,7 @@ void ScrivelXmlGenRunBase::WriteAddr(std::string ident, eslapi::CADIAddr_t addre
     WriteContainer(ident, [&] {
         WriteDecimal("spaceId", address.spaceId);
         const std::string name = FindName(memSpaceNames, address.spaceId);
-        WriteElement("spaceName", [&] {
-            AppendEscaped(logFile, name.empty() ? LogWords::unknownMemSpace : std::string_view(name));
-        });
+        WriteValue("spaceName", Text{name.empty() ? LogWords::unknownMemSpace : std::string_view(name)});
         WriteHex("addr", address.addr, 16);  // all 64 bits, unlike the bounds of spaces and blocks
     });
 }

@@ -1,7 +1,7 @@
 // Registers: their groups, descriptions and values. Tested by tests/runbase/RegistersTest.cpp.
 
-#include "base/ElementForms.h"
 #include "format/LogWords.h"
+#include "runbase/Enumerators.h"
 #include "runbase/NameLookup.h"
 
 namespace Scrivel2
@@ -75,13 +75,10 @@ void ScrivelXmlGenRunBase::WriteReg(std::string ident, eslapi::CADIReg_t reg)
 {
     // A register that the table names is written under that name, not under the argument's.
     const std::string name = FindName(registerNames, reg.regNumber);
-    WriteContainer(name.empty() ? ident : name, [&] {
-        WriteDecimal("regNumber", reg.regNumber);
-        WriteByte("bytes", reg.bytes);
-        WriteDecimal("offset128", reg.offset128);
-        WriteBool("isUndefined", reg.isUndefined);
-        WriteRegAccessAttribute("attribute", reg.attribute);
-    });
+    WriteRecord(name.empty() ? ident : name,  //
+                Field{"regNumber", Decimal{reg.regNumber}}, Field{"bytes", NumberOfBytes{reg.bytes}},
+                Field{"offset128", Decimal{reg.offset128}}, Field{"isUndefined", Word(reg.isUndefined)},
+                Field{"attribute", Named(reg.attribute)});
 }
 
 void ScrivelXmlGenRunBase::WriteRegArray(std::string ident, eslapi::CADIReg_t* regs, unsigned int count)

@@ -15,6 +15,7 @@ ScrivelXmlGenRunBase::ScrivelXmlGenRunBase(const char* name, const char* version
     : ScrivelXmlGenBase(name, version), memSpaceNames(nullptr), registerNames(nullptr),
       layerNames(nullptr)
 {
+    KeepsTags<ScrivelXmlGenRunBase>();
 }
 
 ScrivelXmlGenRunBase::~ScrivelXmlGenRunBase() = default;
@@ -46,22 +47,36 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
     // an end tag, one level less, brings the attributes under the "<". It is set, not counted: an
     // override of WriteTabs may change it.
     const unsigned int inside = depth + 1;
-    WriteTabs(true);
+    const bool begun = WholeElements(*this).Put(RoomForCallBegin(callName), [&](char* out) {
+        out = PutText(PutIndentation(out, depth), tagBegin);
+        out = PutName(out, callName, NameHeads::kept);
+        return PutText(PutAttribute(out, LogWords::callNumber, Decimal{callNo}), "\n");
+    });
+    if (!begun) {
+        WriteTabs(true);
+        AppendTagBegin(logFile, tagBegin, callName);
+        AppendAttribute(logFile, LogWords::callNumber, callNo);
+        logFile.Append("\n");
+    }
     depth = inside;
-    AppendTagBegin(logFile, tagBegin, callName);
-    AppendAttribute(logFile, LogWords::callNumber, callNo);
-    logFile.Append("\n");
     WriteTimestamp(std::string(LogWords::callTime), false);
     depth = inside;
     const std::uint64_t thread = Low32(pthread_self());
-    logFile.Append("\n");
-    WriteTabs(false);
-    depth = inside;
-    AppendAttribute(logFile, LogWords::threadId, thread);
-    if (address != 0) {
-        AppendHexAttribute(logFile, LogWords::disassemblerAddress, address, 16);
+    const std::size_t most = LogWords::threadId.size() + aroundAttribute + mostDecimalDigits + 3;
+    const bool ended = address == 0 && WholeElements(*this).Put(most, [&](char* out) {
+        out = PutIndentation(PutText(out, "\n"), WholeElements::OutsideOf(depth));
+        return PutText(PutAttribute(out, LogWords::threadId, Decimal{thread}), ">\n");
+    });
+    if (!ended) {
+        logFile.Append("\n");
+        WriteTabs(false);
+        depth = inside;
+        AppendAttribute(logFile, LogWords::threadId, thread);
+        if (address != 0) {
+            AppendHexAttribute(logFile, LogWords::disassemblerAddress, address, 16);
+        }
+        logFile.Append(">\n");
     }
-    logFile.Append(">\n");
 }
 
 unsigned int ScrivelXmlGenRunBase::EnterCadiCall(std::string callName)

@@ -38,10 +38,7 @@ class PutArea : public std::streambuf
 public:
     /// Where the next characters go, with room for `most` of them; null when there is no memory for
     /// them or no open file. What is then written there counts once Advance has been given its end.
-    char* Room(std::size_t most)
-    {
-        return static_cast<std::size_t>(epptr() - pptr()) >= most ? pptr() : MakeRoom(most);
-    }
+    char* Room(std::size_t most) { return AtHand() >= most ? pptr() : MakeRoom(most); }
     void Advance(const char* end)
     {
         if (end - pptr() > std::numeric_limits<int>::max()) {
@@ -51,10 +48,14 @@ public:
         }
     }
 
+    /// As Room, but only when memory has it already.
+    char* RoomAtHand(std::size_t most) const { return AtHand() >= most ? pptr() : nullptr; }
+    std::size_t AtHand() const { return static_cast<std::size_t>(epptr() - pptr()); }
+
     /// Takes text for which there is room already; false when there isn't.
     bool Take(std::string_view text)
     {
-        if (static_cast<std::size_t>(epptr() - pptr()) < text.size()) {
+        if (AtHand() < text.size()) {
             return false;
         }
         Advance(pptr() + text.copy(pptr(), text.size()));
@@ -145,6 +146,45 @@ public:
     /// Whether memory has ended: no text is taken, and what came since the last flush is gone.
     bool IsOutOfMemory() const;
 
+    /// The put position for text that is put down without a look at the stream's formatting: null unless
+    /// the stream is good, has no width set and writes decimal, and memory has room for `most` characters
+    /// (at least one) already.
+    char* RoomForPlain(std::size_t most) const
+    {
+        const bool isDecimal = (flags() & std::ios_base::basefield) == std::ios_base::dec;
+        return IsPlain() && isDecimal ? putArea->RoomAtHand(most) : nullptr;
+    }
+    std::size_t AtHand() const { return putArea->AtHand(); }
+
+    // As a std::ostream's. What its sentry would do is left out while there is nothing for it to do.
+
+    pos_type tellp()
+    {
+        return NeedsSentry() ? std::ostream::tellp()
+                             : putArea->pubseekoff(0, std::ios_base::cur, std::ios_base::out);
+    }
+
+    using std::ostream::seekp;
+    LogStream& seekp(pos_type position)
+    {
+        if (NeedsSentry()) {
+            std::ostream::seekp(position);
+        } else if (putArea->pubseekpos(position, std::ios_base::out) == pos_type(off_type(-1))) {
+            setstate(failbit);
+        }
+        return *this;
+    }
+
+    LogStream& flush()
+    {
+        if (NeedsSentry()) {
+            std::ostream::flush();
+        } else if (putArea->pubsync() == -1) {
+            setstate(badbit);
+        }
+        return *this;
+    }
+
     /// While one of these lives, flushing its stream does nothing; the next flush after it writes all.
     class FlushHold
     {
@@ -161,6 +201,14 @@ public:
 private:
     /// Whether text goes to the put area as it is: good, and no width is set.
     bool IsPlain() const { return (static_cast<std::streamsize>(rdstate()) | width()) == 0; }
+
+    /// Whether a sentry would do more than find the stream good, or the stream has been given another
+    /// buffer than its own.
+    bool NeedsSentry() const
+    {
+        return !good() || tie() != nullptr || (flags() & std::ios_base::unitbuf) != 0 ||
+               rdbuf() != putArea.get();
+    }
 
     void Insert(std::string_view text);
 

@@ -306,13 +306,13 @@ TEST_F(CallFrame, CallsOutsideSecureModeFollowEachOtherWithoutTails)
 
 TEST_F(CallFrame, CallThatIsStillCurrentAndOpenIsContinuedByItsReturnTimeAlone)
 {
-    EXPECT_EQ(Written([&](auto& log) {
-                  Enter(log, "Connect");
-                  log.FlushOutput(false, "Connect");
-                  Continue(log, 1, "Connect");
-              }),
-              "    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"
-              "        <return_time>0.200000 s</return_time>\n");
+    const auto log = Started(true);
+    Enter(*log, "Connect");
+    log->FlushOutput(false, "Connect");
+    Continue(*log, 1, "Connect");
+    log->FlushOutput(true, "");
+    EXPECT_EQ(WholeFile(), Complete("    <Connect call_num=\"1\" call_time=\"0.100000 s\">\n"
+                                    "        <return_time>0.200000 s</return_time>\n"));
 }
 
 TEST_F(CallFrame, ContinuingWithoutAFlushSinceOverwritesTheCallInSecureMode)

@@ -549,4 +549,11 @@ TEST_F(Escaping, IsprintIsAskedForUnsignedBytes)
     EXPECT_EQ(highest, 255);
 }
 
+TEST_F(Escaping, LongTextIsEscapedByTheLocaleToo)
+{
+    platform.isprint.Use([](int c) { return c == 'b' ? 0 : platform.isprint.Real(c); });
+    const std::string plain(300, 'a');
+    EXPECT_EQ(ScrivelXmlGenBase::CheckString(plain + "b" + plain), plain + "\\x62" + plain);
+}
+
 }  // namespace

@@ -64,7 +64,8 @@ TEST_F(RunGenerator, FloatFormatIsALineOnStandardOutputAndNothingInTheLog)
         lines.emplace_back(line);
         return 0;
     });
-    EXPECT_EQ(Written([](auto& log) {
+    EXPECT_EQ(Written([&](auto& log) {
+                  lines.clear();
                   log.WriteDecimal("before", 1);
                   log.WriteRegFloatFormat("format", CADIRegFloatFormat_t{});
                   log.WriteRegFloatFormat("format", CADIRegFloatFormat_t{});

@@ -1,7 +1,8 @@
 // Random walks over the whole interface, compared with the plain generator after every step.
 //
-// SCRIVEL_WALK_SEED is the first seed, SCRIVEL_WALKS the number of walks of each generator. A failing
-// walk names its seed: SCRIVEL_WALK_SEED=<seed> SCRIVEL_WALKS=1 repeats it.
+// SCRIVEL_WALK_SEED is the first seed, SCRIVEL_WALKS the number of walks of each generator; each goes two
+// ways, with elements put down whole and through the table. A failing walk names its seed:
+// SCRIVEL_WALK_SEED=<seed> SCRIVEL_WALKS=1 repeats it.
 
 #include "reference/PlainGenerator.h"
 #include "reference/RandomOperations.h"
@@ -45,7 +46,14 @@ class Comparison
 public:
     using Generator = ScrivelTest::Unprotected<Library>;
 
-    explicit Comparison(const char* name) : log(Made<Generator>(name)), plain(Made<Plain>(name)) {}
+    /// The elements of a class that keeps its tags are put down whole, those of another go through the
+    /// table.
+    Comparison(const char* name, bool keepsTags) : log(Made<Generator>(name)), plain(Made<Plain>(name))
+    {
+        if (keepsTags) {
+            log = Made<ScrivelTest::Keeping<Generator>>(name);
+        }
+    }
 
     template <typename Operation>
     void Both(Operation operation)
@@ -166,24 +174,26 @@ protected:
         const unsigned long count = FromEnvironment("SCRIVEL_WALKS", 125);
         std::cout << "seeds " << first << " to " << first + count - 1 << "\n";
         for (unsigned long seed = first; seed < first + count; ++seed) {
-            SCOPED_TRACE("seed " + std::to_string(seed));
-            Walk<Library, Plain>(seed);
-            if (HasFatalFailure()) {
-                return;
+            for (const bool keepsTags : {true, false}) {
+                SCOPED_TRACE("seed " + std::to_string(seed) + (keepsTags ? ", tags kept" : ""));
+                Walk<Library, Plain>(seed, keepsTags);
+                if (HasFatalFailure()) {
+                    return;
+                }
             }
         }
     }
 
 private:
     template <typename Library, typename Plain>
-    void Walk(unsigned long seed)
+    void Walk(unsigned long seed, bool keepsTags)
     {
         for (const auto& entry : fs::directory_iterator(".")) {
             fs::remove_all(entry);
         }
         Mersenne source(seed);
         const char* const name = source.OneIn(30) ? "missing/trace" : "trace";
-        Comparison<Library, Plain> logs(name);
+        Comparison<Library, Plain> logs(name, keepsTags);
         ScrivelTest::RandomOperations<Comparison<Library, Plain>> operations(source, logs);
         const unsigned int steps = 10 + source.Below(80);
         for (unsigned int step = 0; step < steps; ++step) {

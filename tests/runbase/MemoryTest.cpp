@@ -390,6 +390,7 @@ TEST_F(Addresses, TableCountsAsItIsAtEachAddress)
 {
     NameTable names;
     EXPECT_EQ(Written([&](auto& log) {
+                  names.clear();
                   log.SetMemSpaceNames(&names);
                   log.WriteAddr("addr", {1, 0xcafe});
                   names[1] = "data";

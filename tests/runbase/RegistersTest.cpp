@@ -338,6 +338,7 @@ TEST_F(Regs, TableCountsAsItIsAtEachValue)
 {
     NameTable names;
     EXPECT_EQ(Written([&](auto& log) {
+                  names.clear();
                   log.WriteReg("value", Reg(15));
                   log.SetRegisterNames(&names);
                   log.WriteReg("value", Reg(15));

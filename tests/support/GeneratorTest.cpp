@@ -26,7 +26,8 @@ ScratchTest::ScratchTest() : startFolder(fs::current_path())
     platform.Reset();
     platform.getpid.Use([] { return 4242; });
     platform.pthread_self.Use([]() -> pthread_t { return 1234; });
-    timeOfDay.emplace(platform.gettimeofday, [this](timeval* moment, void*) {
+    SetClock(1000, 0);
+    platform.gettimeofday.Use([](timeval* moment, void*) {
         *moment = now;
         return 0;
     });
@@ -54,6 +55,8 @@ ScratchTest::~ScratchTest()
     fs::current_path(startFolder);
     fs::remove_all(scratch);
 }
+
+timeval ScratchTest::now;
 
 void ScratchTest::SetClock(long seconds, long microseconds)
 {

@@ -21,7 +21,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -37,7 +36,8 @@ protected:
     ~ScratchTest() override;
 
     /// The moment that the clock shows until it is set again; at first 1000 s.
-    void SetClock(long seconds, long microseconds);
+    static void SetClock(long seconds, long microseconds);
+    static timeval Clock() { return now; }
 
     /// What a log begins with, up to its first element, and what it ends with.
     static std::string Header(const std::string& name = "trace", const std::string& version = "CADI 2.0");
@@ -59,8 +59,7 @@ protected:
 private:
     std::filesystem::path startFolder;
     std::filesystem::path scratch;
-    timeval now{1000, 0};
-    std::optional<StubOf<&Platform::gettimeofday>> timeOfDay;
+    static timeval now;
 };
 
 /// A generator whose data a test reaches as a derived generator does.
@@ -80,6 +79,37 @@ struct Unprotected : Generator
     using Generator::writeSecure;
 };
 
+/// A generator whose elements are put down whole, as those of the library's own classes are.
+template <typename Generator>
+struct Keeping : Generator
+{
+    using Generator::Generator;
+
+private:
+    const bool keepsTags = (this->template KeepsTags<Keeping>(), true);
+};
+
+/// One that overrides nothing and does not say so: its tags go through the table.
+template <typename Generator>
+struct Silent : Generator
+{
+    using Generator::Generator;
+};
+
+/// One that overrides all that writes tags, and does what the generator does.
+template <typename Generator>
+struct Replacing : Generator
+{
+    using Generator::Generator;
+
+    void WriteIdent(std::string name, bool openTag, bool newline) override
+    {
+        Generator::WriteIdent(name, openTag, newline);
+    }
+    void WriteIdentWithoutTabs(std::string name) override { Generator::WriteIdentWithoutTabs(name); }
+    void WriteTabs(bool openTag) override { Generator::WriteTabs(openTag); }
+};
+
 template <typename Generator = Scrivel2::Scrivel2XmlGenRun>
 class GeneratorTest : public ScratchTest
 {
@@ -96,20 +126,32 @@ protected:
     }
 
     /// What `write` writes, starting at depth 1 inside the root element. The log is secure, the put
-    /// position stands after the header, and nothing is added but the root end tag.
+    /// position stands after the header, and nothing is added but the root end tag. Classes derived from
+    /// the generator, with and without overrides, must write the same.
     template <typename Made = Generator, typename Write>
     static std::string Written(Write write)
     {
-        const auto log = Make<Made>();
+        const std::string text = WrittenBy<Made, Made>(write);
+        EXPECT_EQ((WrittenBy<Silent<Made>, Made>(write)), text) << "by a class without overrides";
+        EXPECT_EQ((WrittenBy<Replacing<Made>, Made>(write)), text) << "by a class with overrides";
+        return text;
+    }
+
+private:
+    template <typename Made, typename Seen, typename Write>
+    static std::string WrittenBy(Write& write)
+    {
+        const timeval before = Clock();
+        const std::unique_ptr<Seen> log = Make<Made>();
         log->StartLogging();
         log->SeekFilePointerPosition();
         write(*log);
         log->UpdateFilePointerPosition();
         log->EndLogging();
+        SetClock(before.tv_sec, before.tv_usec);
         return BetweenRootTags(WholeFile());
     }
 
-private:
     static std::string BetweenRootTags(const std::string& file)
     {
         const std::string header = Header();

@@ -1,0 +1,197 @@
+// Text put down at a place in memory that has room for it: each function takes the place and returns the
+// place after what it has written, and writes nothing beyond that. Internal: not installed.
+
+#ifndef SCRIVEL_BASE_PUTTEXT_H
+#define SCRIVEL_BASE_PUTTEXT_H
+
+#include "format/Characters.h"
+#include "format/LogWords.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace Scrivel2
+{
+
+inline char* PutText(char* out, std::string_view text)
+{
+    return out + text.copy(out, text.size());
+}
+
+// ---- Indentation ----------------------------------------------------------------------------------
+
+inline constexpr std::size_t blanksPerLevel = 4;
+
+inline char* PutIndentation(char* out, unsigned int levels)
+{
+    return std::fill_n(out, blanksPerLevel * levels, ' ');
+}
+
+// ---- Names ----------------------------------------------------------------------------------------
+// Names are cleaned: letters of ASCII, "_", "-", ".", and digits that don't come first stay, any other
+// byte becomes "_"; an empty name becomes "emptyIdent".
+
+/// Whether a name may begin with "-" or ".", which XML doesn't allow, or has them become "_" too.
+enum class NameHeads
+{
+    kept,
+    mended
+};
+
+constexpr NameHeads HeadsOf(bool mendsNames)
+{
+    return mendsNames ? NameHeads::mended : NameHeads::kept;
+}
+
+/// What each byte becomes inside a name, or at its head.
+constexpr std::array<char, 256> CleanedBytes(bool digitsStay, bool marksStay)
+{
+    std::array<char, 256> cleaned{};
+    for (unsigned int i = 0; i < 256; ++i) {
+        const auto c = static_cast<unsigned char>(i);
+        const bool kept = IsLetter(c) || c == '_' || ((c == '-' || c == '.') && marksStay) ||
+                          (IsDigit(c) && digitsStay);
+        cleaned[i] = kept ? static_cast<char>(c) : '_';
+    }
+    return cleaned;
+}
+
+inline constexpr auto cleanedInside = CleanedBytes(true, true);
+inline constexpr auto cleanedHead = CleanedBytes(false, true);
+inline constexpr auto mendedHead = CleanedBytes(false, false);
+
+inline std::size_t RoomForName(std::string_view name)
+{
+    return std::max(name.size(), LogWords::emptyName.size());
+}
+
+inline char* PutName(char* out, std::string_view name, NameHeads heads)
+{
+    if (name.empty()) {
+        return PutText(out, LogWords::emptyName);
+    }
+    // The choice of the table at each character keeps compilers from making vector code of the loop,
+    // which takes longer for names of a few bytes.
+    const auto* cleaned = heads == NameHeads::mended ? &mendedHead : &cleanedHead;
+    for (const char c : name) {
+        *out++ = (*cleaned)[static_cast<unsigned char>(c)];
+        cleaned = &cleanedInside;
+    }
+    return out;
+}
+
+/// A name that the library itself gives: its length is known when it is compiled, and it is clean.
+template <std::size_t size>
+using GivenName = char[size];
+
+inline const std::string& StringOf(const std::string& name)
+{
+    return name;
+}
+
+template <std::size_t size>
+std::string StringOf(const GivenName<size>& name)
+{
+    return {name, size - 1};
+}
+
+template <std::size_t size>
+constexpr std::size_t RoomForName(const GivenName<size>& /*name*/)
+{
+    return size - 1;
+}
+
+template <std::size_t size>
+char* PutName(char* out, const GivenName<size>& name, NameHeads /*heads*/)
+{
+    std::memcpy(out, name, size - 1);
+    return out + size - 1;
+}
+
+// ---- Attributes -----------------------------------------------------------------------------------
+
+inline constexpr std::size_t aroundAttribute = 4;  // a blank, "=\"", "\""
+
+/// The name as given, and what the value stands in.
+inline char* PutAttributeBegin(char* out, std::string_view name)
+{
+    return PutText(PutText(out, name), "=\"");
+}
+
+/// An attribute and the blank before it; its value is one of base/Values.h.
+template <typename Value>
+char* PutAttribute(char* out, std::string_view name, const Value& value)
+{
+    *out++ = ' ';
+    out = value.Put(PutAttributeBegin(out, name));
+    *out++ = '"';
+    return out;
+}
+
+// ---- Numbers --------------------------------------------------------------------------------------
+
+inline constexpr std::size_t mostDecimalDigits = std::numeric_limits<std::uint64_t>::digits10 + 1;
+inline constexpr unsigned int mostHexDigits = 2 * sizeof(std::uint64_t);
+
+char* PutDecimal(char* out, std::uint64_t value);
+
+/// The decimals of a second: six digits, and more for a number that has more.
+inline char* PutMicroseconds(char* out, std::uint32_t microseconds)
+{
+    constexpr int decimals = 6;
+    if (microseconds >= 1000000) {
+        return PutDecimal(out, microseconds);
+    }
+    for (char* digit = out + decimals; digit != out; microseconds /= 10) {
+        *--digit = static_cast<char>('0' + microseconds % 10);
+    }
+    return out + decimals;
+}
+
+/// The number of hexadecimal digits of a value, `least` at least: 16 or less of them.
+inline unsigned int HexLength(std::uint64_t value, unsigned int least)
+{
+    unsigned int length = std::max(least, 1U);
+    while (length < mostHexDigits && value >> (4 * length) != 0) {
+        ++length;
+    }
+    return length;
+}
+
+/// The lowest `length` hexadecimal digits of a value.
+inline char* PutHexDigits(char* out, std::uint64_t value, unsigned int length)
+{
+    for (char* digit = out + length; digit != out; value >>= 4) {
+        *--digit = hexDigits[value & 15];
+    }
+    return out + length;
+}
+
+/// The two digits of each byte, for the writers of many.
+inline constexpr auto hexPairs = [] {
+    std::array<char, 512> pairs{};
+    for (unsigned int i = 0; i < 256; ++i) {
+        PutHexByte(&pairs[2 * i], static_cast<unsigned char>(i));
+    }
+    return pairs;
+}();
+
+/// All hexadecimal digits of an integer, as many as its type holds.
+template <typename Integer>
+char* PutAllHexDigits(char* out, Integer value)
+{
+    for (std::size_t byte = sizeof value; byte-- > 0; out += 2) {
+        std::memcpy(out, &hexPairs[2 * (static_cast<std::size_t>(value >> (8 * byte)) & 255)], 2);
+    }
+    return out;
+}
+
+}  // namespace Scrivel2
+
+#endif
