@@ -2,6 +2,7 @@
 
 #include "scrivel/LogNames.h"
 
+#include "base/PutText.h"
 #include "format/Characters.h"
 
 #include <ctime>
@@ -16,11 +17,6 @@ bool MayBeginName(char c)
     return IsLetter(static_cast<unsigned char>(c)) || c == '_';
 }
 
-bool IsNameCharacter(char c)
-{
-    return MayBeginName(c) || IsDigit(static_cast<unsigned char>(c)) || c == '-' || c == '.';
-}
-
 }  // namespace
 
 std::string LegalName(std::string_view text)
@@ -31,7 +27,8 @@ std::string LegalName(std::string_view text)
     std::string name(text);
     char last = '\0';
     for (char& c : name) {
-        if (!IsNameCharacter(c) || (c == '-' && last == '-')) {
+        c = cleanedInside[static_cast<unsigned char>(c)];
+        if (c == '-' && last == '-') {
             c = '_';
         }
         last = c;

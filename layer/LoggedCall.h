@@ -237,7 +237,7 @@ private:
 
     void Close(Layer::CompleteFileGenerator<Generator>& xml)
     {
-        xml.WriteIdent(name, false, true);
+        xml.WriteTag(name, false);
         xml.FlushOutput(true, "");
     }
 

@@ -52,7 +52,12 @@ template <typename Generator>
 class CompleteFileGenerator : public ValueWriters<Generator>
 {
 public:
-    explicit CompleteFileGenerator(const char* name) : ValueWriters<Generator>(name) {}
+    explicit CompleteFileGenerator(const char* name) : ValueWriters<Generator>(name)
+    {
+        this->mendsNames = true;
+        this->checkLongName = RefuseTooLong;
+        this->template KeepsTags<CompleteFileGenerator>();
+    }
 
     // ---- Frame operations ---------------------------------------------------------------------
 
@@ -72,7 +77,8 @@ public:
             Generator::FlushOutput(false, std::move(callName));
         }
         const auto afterCallTag = this->logFile.tellp();
-        this->logFile.Append(this->FileEndTag());
+        // As it was when the call was entered: a child of this process doesn't log here.
+        this->logFile.Append(this->fileEndTag);
         this->logFile.flush();
         this->logFile.seekp(afterCallTag);
     }
@@ -110,17 +116,9 @@ public:
         }
     }
 
-    void WriteIdent(std::string name, bool openTag, bool newline) override
-    {
-        MakeLegal(name);
-        Generator::WriteIdent(std::move(name), openTag, newline);
-    }
-
-    void WriteIdentWithoutTabs(std::string name) override
-    {
-        MakeLegal(name);
-        Generator::WriteIdentWithoutTabs(std::move(name));
-    }
+    using Generator::WriteIdent;
+    using Generator::WriteIdentWithoutTabs;
+    using Generator::WriteTabs;
 
     // ---- What CallLog and LoggedCall are made of -----------------------------------------------
 
@@ -155,6 +153,7 @@ public:
     using Generator::GetCallNo;
     using Generator::GetLastFilePointerPosition;
     using Generator::SeekFilePointerPosition;
+    using Generator::WriteTag;
 
     /// Of a run: the tables of names that values bear.
     template <typename NameTable>
@@ -350,14 +349,11 @@ private:
         }
     }
 
-    static void MakeLegal(std::string& name)
+    static void RefuseTooLong(const std::string& name)
     {
         constexpr std::size_t longest = 50'000;  // libxml2 refuses a longer one
         if (name.size() > longest) {
             throw std::length_error("Scrivel: the name of an element is too long");
-        }
-        if (!name.empty() && (name.front() == '-' || name.front() == '.')) {
-            name.front() = '_';
         }
     }
 
