@@ -15,6 +15,7 @@ const std::vector<ContenderKind>& Contenders()
         {floorName, Writes::otherNumbers, Output::floor, MakeFloor},
         {libraryName, Writes::sameBytes, Output::own, MakeLibrary},
         {guardName, Writes::sameBytes, Output::own, MakeGuarded},
+        {derivedName, Writes::sameBytes, Output::own, MakeDerived},
         {referenceName, Writes::sameBytes, Output::own, MakeReference},
         {textWriterFloorName, Writes::sameElements, Output::floor, MakeTextWriterOnFloor},
         {quickTextWriterName, Writes::sameElements, Output::floor, MakeQuickTextWriterOnFloor},

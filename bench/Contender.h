@@ -59,6 +59,7 @@ std::unique_ptr<Contender> MakeLog(const ContenderKind& contender, const Workloa
 constexpr const char* floorName = "floor";
 constexpr const char* libraryName = "this library";
 constexpr const char* guardName = "this library, through the guard";
+constexpr const char* derivedName = "this library, tags replaced";
 constexpr const char* referenceName = "plain reference";
 constexpr const char* textWriterFloorName = "xmlTextWriter, floor's output";
 constexpr const char* quickTextWriterName = "xmlTextWriter, floor's output, quick texts";
@@ -69,6 +70,7 @@ std::unique_ptr<Contender> MakeFloor(const Workload& workload);
 // Generators.cpp
 std::unique_ptr<Contender> MakeLibrary(const Workload& workload);
 std::unique_ptr<Contender> MakeGuarded(const Workload& workload);
+std::unique_ptr<Contender> MakeDerived(const Workload& workload);
 std::unique_ptr<Contender> MakeReference(const Workload& workload);
 
 // XmlTextWriter.cpp, TinyXml2.cpp, PugiXml.cpp: over their usual file output, over the floor's.

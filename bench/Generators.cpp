@@ -28,6 +28,16 @@ private:
     Generator log;
 };
 
+/// A generator that a user has derived from, to replace an operation that writes tags: every tag goes
+/// through the table.
+class Derived : public Scrivel2::Scrivel2XmlGenRun
+{
+public:
+    using Scrivel2XmlGenRun::Scrivel2XmlGenRun;
+
+    void WriteTabs(bool openTag) override { Scrivel2XmlGenRun::WriteTabs(openTag); }
+};
+
 /// As an engineer's logging layer writes each call.
 class Guarded : public Contender
 {
@@ -56,6 +66,11 @@ std::unique_ptr<Contender> MakeLibrary(const Workload& workload)
 std::unique_ptr<Contender> MakeGuarded(const Workload& workload)
 {
     return std::make_unique<Guarded>(workload);
+}
+
+std::unique_ptr<Contender> MakeDerived(const Workload& workload)
+{
+    return std::make_unique<Generated<Derived>>(workload);
 }
 
 std::unique_ptr<Contender> MakeReference(const Workload& workload)
