@@ -54,9 +54,11 @@ std::optional<off_t> FileTail::LastMarkup(off_t from, off_t to) const
             last = start + static_cast<off_t>(place);
         }
         std::size_t after = place + 1;
-        for (const auto& [opening, closing] : opaque) {
-            if (text.compare(place, opening.size(), opening) == 0) {
-                after = text.find(closing, place + opening.size());
+        if (after < text.size() && (text[after] == '!' || text[after] == '?')) {  // few tags are
+            for (const auto& [opening, closing] : opaque) {
+                if (text.compare(place, opening.size(), opening) == 0) {
+                    after = text.find(closing, place + opening.size());
+                }
             }
         }
         place = text.find('<', after);
