@@ -205,13 +205,23 @@ bool SteppedFlush::IsPossible() const
     return replacesTail && SpansPages(text.start, text.end);
 }
 
-bool SteppedFlush::ReplacesTailInOnePage() const
+bool SteppedFlush::ReplacesTailInOnePage()
 {
     return firstInstruction >= 0 && !SpansPages(text.start, After(firstInstruction)) &&
-           !Contains(text.Part(After(firstInstruction), text.end), closing);
+           StaysInInstructions();
 }
 
-std::optional<off_t> SteppedFlush::BetterStart() const
+/// Whether no text after the first instruction's opening ends one: looked up once, as the text may be
+/// long.
+bool SteppedFlush::StaysInInstructions()
+{
+    if (!staysInInstructions) {
+        staysInInstructions = !Contains(text.Part(After(firstInstruction), text.end), closing);
+    }
+    return *staysInInstructions;
+}
+
+std::optional<off_t> SteppedFlush::BetterStart()
 {
     if (ReplacesTailInOnePage() || CoverForTail() != nullptr) {
         return {};
@@ -237,9 +247,7 @@ SteppedFlush::Outcome SteppedFlush::Run()
         return RunHidden(*cover);
     }
     // Nothing can hide this tail: it is replaced as if it lay on one page.
-    const bool staysHidden =
-        firstInstruction >= 0 && !Contains(text.Part(After(firstInstruction), text.end), closing);
-    return staysHidden ? RunInOnePage() : Outcome::NotBegun;
+    return firstInstruction >= 0 && StaysInInstructions() ? RunInOnePage() : Outcome::NotBegun;
 }
 
 SteppedFlush::Outcome SteppedFlush::RunInOnePage()

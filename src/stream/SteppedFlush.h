@@ -59,7 +59,7 @@ public:
     /// The place before the text where there is room to hide the tail, when the tail is to be hidden and
     /// there is no room where the text begins; nothing when memory has no such place. The text may then
     /// begin there.
-    std::optional<off_t> BetterStart() const;
+    std::optional<off_t> BetterStart();
     void SetText(const FlushText& longer) { text = longer; }
 
     Outcome Run();
@@ -86,7 +86,8 @@ private:
     bool CutTrailer();
 
     bool GetMemoryFor(std::string_view lead);
-    bool ReplacesTailInOnePage() const;
+    bool ReplacesTailInOnePage();
+    bool StaysInInstructions();
     const Cover* CoverForTail() const;
     bool TextFits(const Cover& cover) const;
     bool TailFits(const Cover& cover, off_t start) const;
@@ -101,6 +102,7 @@ private:
     Block& covered;  // the true bytes under the marks
     FlushText text;
     off_t firstInstruction;  // where the first instruction after the tail begins: -1 for no room for one
+    std::optional<bool> staysInInstructions;
     State state = State::Before;
 };
 
