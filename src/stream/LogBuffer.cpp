@@ -364,13 +364,10 @@ int LogBuffer::sync()
 /// In steps, when the text spans pages and replaces the tail.
 bool LogBuffer::WriteText()
 {
-    if (pieces || !tail.ReachBackTo(textStart)) {
+    if (pieces || !tail.ReachBackTo(textStart) || !SteppedFlush::IsPossible(tail, Text())) {
         return WriteInOneGo();
     }
     SteppedFlush steps(file, tail, covered, Text());
-    if (!steps.IsPossible()) {
-        return WriteInOneGo();
-    }
     if (const auto start = steps.BetterStart()) {
         BeginEarlier(*start);
         steps.SetText(Text());

@@ -192,17 +192,17 @@ private:
 
 }  // namespace
 
+bool SteppedFlush::IsPossible(const FileTail& tail, const FlushText& text)
+{
+    const bool replacesTail = text.start < tail.End() && tail.End() < text.end;
+    return replacesTail && SpansPages(text.start, text.end);
+}
+
 SteppedFlush::SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
                            const FlushText& brought)
     : file(flushed), tail(replaced), covered(memory), text(brought),
       firstInstruction(PlaceOfInstruction(replaced.End(), brought.end))
 {
-}
-
-bool SteppedFlush::IsPossible() const
-{
-    const bool replacesTail = text.start < tail.End() && tail.End() < text.end;
-    return replacesTail && SpansPages(text.start, text.end);
 }
 
 bool SteppedFlush::ReplacesTailInOnePage()

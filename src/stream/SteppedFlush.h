@@ -50,11 +50,11 @@ public:
         TrailerStays  ///< the file holds the text, and a trailer that could not be cut off
     };
 
+    /// Whether the text spans pages and replaces the tail: for any other there are no steps.
+    static bool IsPossible(const FileTail& tail, const FlushText& text);
+
     /// `memory` is kept from flush to flush.
     SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory, const FlushText& brought);
-
-    /// Whether the text spans pages and replaces the tail.
-    bool IsPossible() const;
 
     /// The place before the text where there is room to hide the tail, when the tail is to be hidden and
     /// there is no room where the text begins; nothing when memory has no such place. The text may then
