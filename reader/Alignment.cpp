@@ -173,10 +173,13 @@ private:
     {
         const std::int64_t width = a.Count();
         const std::int64_t height = b.Count();
-        reach.resize(std::size_t(mostDifferences + 1) * std::size_t(mostDifferences + 2) / 2);
         int bestDiagonal = 0;
         int d = 0;
         for (bool isDone = false; !isDone; ++d) {
+            // Row by row: most of what is compared is short, and differs in a value or two.
+            const std::size_t rows = std::size_t(d + 1) * std::size_t(d + 2) / 2;
+            if (reach.size() < rows)
+                reach.resize(rows);
             std::int64_t best = none;
             for (int k = -d; k <= d; k += 2) {
                 bool ignored = false;

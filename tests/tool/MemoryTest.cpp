@@ -17,7 +17,7 @@ class Memory : public ToolTest
 {
 protected:
     /// The most memory that the program had, in KiB.
-    long Peak(const std::string& arguments) const
+    long Peak(const std::string& arguments, int status = 0) const
     {
         // A sanitizer keeps what was freed, unless it is told not to.
         const std::string command =
@@ -28,7 +28,7 @@ protected:
         std::FILE* const output = popen(command.c_str(), "r");
         long peak = 0;
         EXPECT_EQ(std::fscanf(output, "%ld", &peak), 1);
-        EXPECT_EQ(pclose(output), 0);
+        EXPECT_EQ(WEXITSTATUS(pclose(output)), status);
         return peak;
     }
 
@@ -77,6 +77,32 @@ TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
     Write("small.xml", CallWithBytes(10));
     Write("large.xml", CallWithBytes(1300000));  // 40 MB
     EXPECT_LT(Growth("calls", "small.xml", "large.xml"), AtMost(4 * megabyte));
+}
+
+/// Of every fifth call the value is another one in the second run.
+std::string CallsOfARun(int count, int run)
+{
+    std::string elements;
+    for (int number = 1; number <= count; ++number) {
+        const int value = number * 7 + (number % 5 == 0 ? run : 0);
+        elements += "    <CADIRegRead call_num=\"" + std::to_string(number) +
+                    "\"\n     call_time=\"0.000001 s\">\n        <regNumber>" + std::to_string(number) +
+                    "</regNumber>\n        <return_time>0.000002 s</return_time>\n        <value>" +
+                    std::to_string(value) + "</value>\n    </CADIRegRead>\n";
+    }
+    return LogOf(elements);
+}
+
+TEST_F(Memory, GrowsByLessThan200BytesForTwoCallsThatAreCompared)
+{
+    constexpr int count = 100000;
+    for (const int run : {1, 2}) {
+        Write("small-" + std::to_string(run) + ".xml", CallsOfARun(10, run));
+        Write("large-" + std::to_string(run) + ".xml", CallsOfARun(count, run));
+    }
+    const long small = Peak("diff small-1.xml small-2.xml", 1);
+    const long large = Peak("diff large-1.xml large-2.xml", 1);
+    EXPECT_LT(large - small, AtMost(count * 200L / 1024));
 }
 
 TEST_F(Memory, HoldsTheBytesOfAnArrayAndNoElements)

@@ -1,8 +1,8 @@
-// Runs a program and prints the most memory that it had, in KiB, on standard error. A process of its own:
-// a child begins with the memory of the one that it was forked from, and the tests' is large.
+// Runs a program, prints the most memory that it had, in KiB, on standard error, and ends as it did. A
+// process of its own: a child begins with the memory of the one that it was forked from, and the tests'
+// is large.
 
 #include <cstdio>
-#include <cstdlib>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,9 +16,9 @@ int main(int, char** arguments)
     }
     int status = 0;
     rusage usage{};
-    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-        return EXIT_FAILURE;
+    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status)) {
+        return 127;
     }
     std::fprintf(stderr, "%ld\n", usage.ru_maxrss);
-    return EXIT_SUCCESS;
+    return WEXITSTATUS(status);
 }
