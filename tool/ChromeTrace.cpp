@@ -99,9 +99,10 @@ void ChromeTrace::Write(const std::string& event)
     write(event);
 }
 
-void ChromeTrace::BeginLog(const std::string& path, const LogHeader& header)
+void ChromeTrace::BeginLog(const std::string& path, const LogHeader& header, std::int64_t since)
 {
     ++process;
+    begin = since;
     tracks.clear();
     std::string name = path;
     if (header.processId)
@@ -165,7 +166,7 @@ void ChromeTrace::Take(const std::string& kept)
 
     const std::string event = kept.substr(sizeof head) + ",\"pid\":" + std::to_string(process) +
                               ",\"tid\":" + std::to_string(head.thread) +
-                              ",\"ts\":" + Microseconds(head.begin);
+                              ",\"ts\":" + Microseconds(begin + head.begin);
     if (!nests) {
         const std::string id = ",\"id\":\"" + std::to_string(++nextId) + "\"";
         Write(event + id + ",\"ph\":\"b\"}");
@@ -175,7 +176,7 @@ void ChromeTrace::Take(const std::string& kept)
         const Json begun = Json::parse(kept.substr(sizeof head) + "}", nullptr, false);
         Write(Begun({{"name", begun["name"]}, {"cat", begun["cat"]}}) +
               ",\"pid\":" + std::to_string(process) + ",\"tid\":" + std::to_string(head.thread) +
-              ",\"ts\":" + Microseconds(head.end) + id + ",\"ph\":\"e\"}");
+              ",\"ts\":" + Microseconds(begin + head.end) + id + ",\"ph\":\"e\"}");
         return;
     }
     track.lastBegin = head.begin;

@@ -16,15 +16,16 @@
 namespace ScrivelTool
 {
 
-/// A document of one or several logs, each a process of its own whose time begins with the log. Events
-/// come in order of entry. What would not nest on its track, as the viewers demand, becomes an
+/// A document of one or several logs, each a process of its own. Its time begins with the first of them.
+/// Events come in order of entry. What would not nest on its track, as the viewers demand, becomes an
 /// asynchronous event.
 class ChromeTrace
 {
 public:
     explicit ChromeTrace(std::function<void(std::string_view)> itsWrite);
 
-    void BeginLog(const std::string& path, const ScrivelReader::LogHeader& header);
+    /// A log that began so many nanoseconds after the first one.
+    void BeginLog(const std::string& path, const ScrivelReader::LogHeader& header, std::int64_t since);
     /// What is kept of a call until all that were entered before it have ended: see Take.
     std::string Keep(const ScrivelReader::Call& call) const;
     /// Writes the event of a call that was kept. Calls come in order of entry.
@@ -39,6 +40,7 @@ private:
     std::function<void(std::string_view)> write;
     bool isFirst = true;
     std::uint64_t process = 0;
+    std::int64_t begin = 0;
     std::uint64_t nextId = 0;
     /// Of each track: when the events end that the next one may stand in, the outermost first, and when
     /// the last one began.

@@ -1,10 +1,14 @@
 // scrivel export: logs in formats that other programs read. Tested by tests/tool/ExportTest.cpp.
 
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
 #include <vector>
 
 #include "CallLine.h"
@@ -15,6 +19,7 @@
 #include "EntryOrder.h"
 #include "Json.h"
 #include "LogArguments.h"
+#include "LogStart.h"
 #include "LogTables.h"
 #include "Options.h"
 #include "OutputFile.h"
@@ -32,7 +37,10 @@ class Format
 {
 public:
     virtual ~Format() = default;
-    virtual void BeginLog(const std::string& path, const LogHeader& header) = 0;
+    /// Whether it has times of all logs on one clock. Then it is told when each begins.
+    virtual bool HasOneClock() const { return false; }
+    /// A log that began so many nanoseconds after the first one.
+    virtual void BeginLog(const std::string& path, const LogHeader& header, std::int64_t since) = 0;
     /// What is kept of a call until its turn has come.
     virtual std::string Keep(const Call& call) = 0;
     virtual void Take(const std::string& kept) = 0;
@@ -46,7 +54,7 @@ class JsonLines final : public Format
 public:
     explicit JsonLines(Writing itsWrite) : write(std::move(itsWrite)) {}
 
-    void BeginLog(const std::string& itsPath, const LogHeader&) override { path = itsPath; }
+    void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override { path = itsPath; }
     std::string Keep(const Call& call) override
     {
         Json object = ToJson(call);
@@ -69,7 +77,7 @@ public:
                        "status", "parent", "parts", "offset", "arguments", "results"}));
     }
 
-    void BeginLog(const std::string& itsPath, const LogHeader&) override { path = itsPath; }
+    void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override { path = itsPath; }
     std::string Keep(const Call& call) override
     {
         const Json object = ToJson(call);
@@ -99,9 +107,10 @@ class TraceEvents final : public Format
 public:
     explicit TraceEvents(Writing write) : trace(std::move(write)) {}
 
-    void BeginLog(const std::string& path, const LogHeader& header) override
+    bool HasOneClock() const override { return true; }
+    void BeginLog(const std::string& path, const LogHeader& header, std::int64_t since) override
     {
-        trace.BeginLog(path, header);
+        trace.BeginLog(path, header, since);
     }
     std::string Keep(const Call& call) override { return trace.Keep(call); }
     void Take(const std::string& kept) override { trace.Take(kept); }
@@ -116,15 +125,15 @@ class OneLog final : public LogHandler
 {
 public:
     OneLog(Format& itsFormat, const CallFilter& itsFilter, Terminal& itsTerminal,
-           const std::string& itsPath)
-        : format(itsFormat), chosen(itsFilter), terminal(itsTerminal), path(itsPath),
+           const std::string& itsPath, std::int64_t itsSince)
+        : format(itsFormat), chosen(itsFilter), terminal(itsTerminal), path(itsPath), since(itsSince),
           order([this](Line&& line) { Take(line); })
     {
     }
 
     void Header(const LogHeader& header) override
     {
-        format.BeginLog(path, header);
+        format.BeginLog(path, header, since);
         hasBegun = true;
     }
     void Entered(const Call&) override
@@ -159,9 +168,57 @@ private:
     const CallFilter& chosen;
     Terminal& terminal;
     const std::string& path;
+    const std::int64_t since;
     EntryOrder order;
     bool hasBegun = false;
     bool found = false;
+};
+
+/// When a log began, which only its end tells. It is read twice; one that can't be read again is kept.
+class TimedLog final : public LogHandler
+{
+public:
+    TimedLog(const std::string& path, Terminal& terminal)
+    {
+        std::string ignored;
+        input = OpenLogAnywhere(path, ignored);
+        if (input == nullptr)
+            return;
+        ReadOptions options;
+        options.contents = false;
+        LogReader reader(*this, options);
+        std::vector<char> buffer(64 * 1024);
+        for (auto got = input->Read(buffer.data(), buffer.size()); got && *got != 0;
+             got = input->Read(buffer.data(), buffer.size())) {
+            reader.Feed({buffer.data(), *got});
+            terminal.Progress(path, input->Consumed(), input->Size());
+        }
+        reader.Finish();
+        start = StartOf(time, last, path);
+        std::error_code code;
+        if (std::filesystem::is_regular_file(path, code))
+            input.reset();
+        else
+            lseek(*input->Descriptor(), 0, SEEK_SET);
+    }
+
+    const std::optional<LogStart>& Start() const { return start; }
+    /// Its bytes once more; null when the path has them.
+    LogInput* Input() const { return input.get(); }
+
+    void Header(const LogHeader& header) override { time = header.time; }
+    void Ended(Call& call) override
+    {
+        for (const std::optional<Time>& each : {call.callTime, call.returnTime})
+            if (each && !each->wrapped && (!last || last->nanoseconds < each->nanoseconds))
+                last = each;
+    }
+
+private:
+    std::unique_ptr<LogInput> input;
+    std::string time;
+    std::optional<Time> last;
+    std::optional<LogStart> start;
 };
 
 class Export final : public Action
@@ -245,9 +302,21 @@ private:
                   Terminal& terminal, bool& trouble, bool& found) const
     {
         const std::unique_ptr<Format> format = Make(write);
-        for (const std::string& path : paths) {
-            OneLog log(*format, chosen, terminal, path);
-            const auto end = ReadLog(path, log, {}, terminal);
+        std::vector<std::unique_ptr<TimedLog>> timed;
+        std::vector<std::optional<LogStart>> starts(paths.size());
+        if (format->HasOneClock() && paths.size() > 1) {
+            for (const std::string& path : paths) {
+                timed.push_back(std::make_unique<TimedLog>(path, terminal));
+                starts[timed.size() - 1] = timed.back()->Start();
+            }
+        }
+        const std::vector<std::int64_t> since = SinceTheFirst(starts);
+        for (std::size_t i = 0; i < paths.size(); ++i) {
+            const std::string& path = paths[i];
+            OneLog log(*format, chosen, terminal, path, since[i]);
+            LogInput* const again = timed.empty() ? nullptr : timed[i]->Input();
+            const auto end = again == nullptr ? ReadLog(path, log, {}, terminal)
+                                              : ReadLog(*again, path, log, {}, terminal);
             if (!log.Error().empty())
                 terminal.Error(path, {}, log.Error());
             trouble = trouble || !end || !log.Error().empty();

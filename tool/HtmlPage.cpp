@@ -3,14 +3,13 @@
 #include "HtmlPage.h"
 
 #include <algorithm>
-#include <ctime>
 #include <memory>
 #include <string_view>
-#include <sys/stat.h>
 #include <tuple>
 #include <utility>
 
 #include "LogArguments.h"
+#include "LogStart.h"
 #include "page/HtmlParts.h"
 
 namespace ScrivelTool
@@ -21,40 +20,10 @@ using namespace ScrivelReader;
 namespace
 {
 
-constexpr std::int64_t second = 1000 * 1000 * 1000;
-
-/// When a log began. Its header has whole seconds.
-struct Start
-{
-    std::int64_t nanoseconds = 0;
-    bool isExact = false;
-};
-
-/// The last change of the file minus the last time in it is the start to a millisecond, unless the file
-/// is a copy: then it isn't within the header's second.
-std::optional<Start> StartOf(const Overview& log, const std::string& path)
-{
-    std::tm local{};
-    if (strptime(log.header.time.c_str(), "%Y-%m-%d %H:%M:%S", &local) == nullptr)
-        return {};
-    local.tm_isdst = -1;
-    Start start{std::int64_t(std::mktime(&local)) * second, false};
-    struct stat file
-    {
-    };
-    if (!log.lastTime || path == "-" || stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode))
-        return start;
-    const std::int64_t exact =
-        file.st_mtim.tv_sec * second + file.st_mtim.tv_nsec - log.lastTime->nanoseconds;
-    if (exact >= start.nanoseconds && exact < start.nanoseconds + second)
-        start = {exact, true};
-    return start;
-}
-
 struct OneLog
 {
     std::unique_ptr<PageLog> log;
-    std::optional<Start> start;
+    std::optional<LogStart> start;
 };
 
 std::unique_ptr<PageLog> Read(const std::string& path, const PageOptions& options, Terminal& terminal)
@@ -92,7 +61,7 @@ std::optional<PageWritten> WritePage(const std::vector<std::string>& paths, cons
             written.trouble = true;
             continue;
         }
-        one.start = StartOf(one.log->What(), path);
+        one.start = StartOf(one.log->What().header.time, one.log->What().lastTime, path);
         written.calls += one.log->What().calls;
         written.kept += one.log->Kept();
         logs.push_back(std::move(one));

@@ -8,8 +8,12 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
 #include <map>
+#include <regex>
 #include <set>
+#include <sys/stat.h>
 
 using namespace ScrivelTest;
 
@@ -23,14 +27,50 @@ class Export : public SessionTest
 protected:
     Export() { Write("run.xml", LogOf(session)); }
 
-    Json Trace(const std::string& log) const
+    void SetLastChange(const std::string& name, const char* localTime, long nanoseconds) const
     {
-        const Outcome outcome = Run({"export", "--to", "chrome", log});
+        std::tm local{};
+        strptime(localTime, "%Y-%m-%d %H:%M:%S", &local);
+        local.tm_isdst = -1;
+        const timespec change = {std::mktime(&local), nanoseconds};
+        const timespec times[] = {change, change};
+        EXPECT_EQ(utimensat(AT_FDCWD, (Folder() + "/" + name).c_str(), times, 0), 0);
+    }
+
+    Json Trace(const std::string& log) const { return TraceOf({log}); }
+
+    Json TraceOf(const std::vector<std::string>& logs, const std::string& input = "") const
+    {
+        std::vector<std::string> arguments = {"export", "--to", "chrome"};
+        arguments.insert(arguments.end(), logs.begin(), logs.end());
+        const Outcome outcome = Run(arguments, input);
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.error, "");
         return Json::parse(outcome.out)["traceEvents"];
     }
 };
+
+/// A log with one call of that name, which began by its header at this time of a day, and whose call was
+/// entered a tenth of a second and returned so much later.
+std::string LogBegunAt(const std::string& time, const std::string& name, const std::string& returned)
+{
+    const std::string log =
+        LogOf("    <" + name + " call_num=\"1\"\n     call_time=\"0.1 s\">\n        <return_time>" +
+              returned + " s</return_time>\n    </" + name + ">\n");
+    return std::regex_replace(log, std::regex("14:03:59"), time);
+}
+
+/// When the calls of these names were entered, in microseconds.
+std::string Entries(const Json& events)
+{
+    std::string text;
+    for (const Json& event : events) {
+        if (event["ph"] == "X") {
+            text += event["name"].get<std::string>() + " " + event["ts"].dump() + ";";
+        }
+    }
+    return text;
+}
 
 /// Whole numbers of nanoseconds.
 long long Nanoseconds(const Json& microseconds)
@@ -62,6 +102,9 @@ std::string Judged(const Json& events)
             return "a track without a name: " + event.dump();
         }
         const long long begin = Nanoseconds(event["ts"]);
+        if (begin < 0) {
+            return "before the first log: " + event.dump();
+        }
         if (kind == "b") {
             ++calls;
             begun[event["id"]] = event;
@@ -156,6 +199,32 @@ TEST_F(Export, ToChromeMakesCallsThatOverlapAsynchronous)
         kinds += event["ph"].get<std::string>();
     }
     EXPECT_EQ(kinds, "MMXXbeX");
+}
+
+TEST_F(Export, ToChromePutsSeveralLogsOnOneClock)
+{
+    // Changed last when they began and what they tell had passed: 1.5 s between them.
+    Write("connection.xml", LogBegunAt("14:03:59", "A", "0.2"));
+    Write("run.xml", LogBegunAt("14:04:00", "B", "0.3"));
+    SetLastChange("connection.xml", "2026-11-21 14:03:59", 450000000);
+    SetLastChange("run.xml", "2026-11-21 14:04:01", 50000000);
+    EXPECT_EQ(Entries(TraceOf({"connection.xml", "run.xml"})), "A 100000.0;B 1600000.0;");
+    EXPECT_EQ(Entries(TraceOf({"run.xml", "connection.xml"})), "B 1600000.0;A 100000.0;");
+    EXPECT_EQ(Entries(Trace("run.xml")), "B 100000.0;");
+    EXPECT_EQ(Judged(TraceOf({"run.xml", "connection.xml"})), "2 calls");
+    EXPECT_EQ(Judged(TraceOf({"run-4243.xml", "connection-4243.xml", "crash-4242.xml"})), "147 calls");
+}
+
+TEST_F(Export, ToChromeKnowsTheSecondInWhichACopyBegan)
+{
+    Write("connection.xml", LogBegunAt("14:03:59", "A", "0.2"));
+    Write("run.xml", LogBegunAt("14:04:00", "B", "0.3"));
+    SetLastChange("connection.xml", "2026-11-21 14:03:59", 450000000);
+    EXPECT_EQ(Entries(TraceOf({"connection.xml", "run.xml"})), "A 100000.0;B 1100000.0;");
+    EXPECT_EQ(Entries(TraceOf({"connection.xml", "-"}, Read("run.xml"))), "A 100000.0;B 1100000.0;");
+    Write("noheader.xml", "<log>\n    <C call_num=\"1\"\n     call_time=\"0.1 s\">\n"
+                          "        <return_time>0.2 s</return_time>\n    </C>\n</log>\n");
+    EXPECT_EQ(Entries(TraceOf({"run.xml", "noheader.xml"})), "B 100000.0;C 100000.0;");
 }
 
 TEST_F(Export, GoesIntoAFileOrADatabase)
