@@ -142,6 +142,8 @@ private:
         void Entered(const Call& call) override
         {
             open[call.entry] = call;
+            if (call.threadId)
+                threads[*call.threadId] = call.thread;
             Passed(call.callTime);
         }
         void Element(const Call& call) override { open[call.entry] = call; }
@@ -218,6 +220,7 @@ private:
         {
             PrintKept();
             open.clear();
+            threads.clear();
             times.clear();
             stillOpen = 0;
             if (command.logs.Json())
@@ -274,13 +277,20 @@ private:
             for (const auto& [entry, call] : open)
                 running.push_back(&call);
             // The last one is no more than seen, or was entered long ago and goes on there.
-            const std::optional<Call> latest = follower.Last();
+            std::optional<Call> latest = follower.Last();
             const bool isKnown =
                 latest && std::any_of(running.begin(), running.end(), [&](const Call* call) {
                     return call->number == latest->number && call->name == latest->name;
                 });
-            if (latest && !isKnown)
+            if (latest && !isKnown) {
+                // It was read alone, as the first one of the first thread.
+                if (latest->threadId) {
+                    const auto thread = threads.find(*latest->threadId);
+                    latest->thread =
+                        thread != threads.end() ? thread->second : std::uint32_t(threads.size() + 1);
+                }
                 running.push_back(&*latest);
+            }
             std::string text;
             const std::size_t shown = std::min(running.size(), mostLive);
             for (std::size_t i = running.size() - shown; i < running.size(); ++i)
@@ -336,6 +346,7 @@ private:
         LogFollower follower;
         std::deque<std::string> kept;
         std::map<std::uint64_t, Call> open;  // that something has followed, by entry
+        std::unordered_map<std::uint64_t, std::uint32_t> threads;  // by their id
         std::unordered_map<std::string, Durations> times;
         std::uint64_t stillOpen = 0;  // calls that were handed on as never returned
         std::int64_t lastTime = 0;

@@ -2,6 +2,7 @@
 // tests/crash/FollowedLogs.cpp.
 
 #include "tool/Program.h"
+#include "tool/PseudoTerminal.h"
 #include "tool/Session.h"
 
 #include <array>
@@ -117,6 +118,69 @@ TEST_F(Follow, ShowsTheCallsThatComeLater)
                                  "   2  0.100000     100 ms A()\n"
                                  "   3  0.100000     100 ms A()\n"
                                  "run.xml: the log was ended\n");
+}
+
+/// A call of a second, or of a thread of its own that has not returned.
+std::string CallB(int number)
+{
+    const std::string begin = std::to_string(number);
+    return "    <B call_num=\"" + begin + "\"\n     call_time=\"" + begin + ".0 s\">\n        <text>" +
+           std::string(100, 'x') + "</text>\n        <return_time>" + std::to_string(number + 1) +
+           ".0 s</return_time>\n    </B>\n";
+}
+
+std::string OpenB(int number)
+{
+    const std::string begin = std::to_string(number);
+    return "    <B call_num=\"" + begin + "\"\n     call_time=\"" + begin + ".0 s\"\n     threadId=\"" +
+           begin + "\">\n        <text>" + std::string(100, 'x') + "</text>\n    </B>\n";
+}
+
+/// How long a call has run nobody knows before, nor how much room that leaves for the arguments.
+std::string WithoutRunningTimes(const std::string& screen)
+{
+    return std::regex_replace(screen, std::regex("RUNNING [0-9.]+ (us|ms|s)(  T\\d+ B\\(text=)x+"),
+                              "RUNNING ?$2x");
+}
+
+TEST_F(Follow, ShowsTheCallThatRunsAtTheBottomOfATerminal)
+{
+    Grow(LogOf(CallB(1) + OpenB(2)));
+    PseudoTerminal terminal(Folder(), {"follow", "run.xml"});
+    const std::string first = "   1  1.000000     1.00 s B(text=" + std::string(44, 'x') + "...\n";
+    const std::string running =
+        "   2  2.000000  RUNNING ?  T1 B(text=x...    (1 before: median 1.00 s)\n";
+    EXPECT_EQ(WithoutRunningTimes(terminal.ScreenWith("median")), first + running);
+    EXPECT_NE(terminal.Written().find("\x1b[33m   2  2.000000  RUNNING "), std::string::npos);
+
+    // What returns comes to stand above what runs, which is drawn again below.
+    Grow(LogOf(CallB(1) + CallB(2) + OpenB(3)));
+    const std::string second = "   2  2.000000     1.00 s B(text=" + std::string(44, 'x') + "...\n";
+    const std::string next = "   3  3.000000  RUNNING ?  T1 B(text=x...    (2 before: median 1.00 s)\n";
+    EXPECT_EQ(WithoutRunningTimes(terminal.ScreenWith("2 before")), first + second + next);
+
+    // Nothing is left of it when the log ends.
+    Grow(LogOf(CallB(1) + CallB(2) + CallB(3) + logEnded));
+    const std::string third = "   3  3.000000     1.00 s B(text=" + std::string(44, 'x') + "...\n";
+    EXPECT_EQ(terminal.ScreenAtEnd(), first + second + third + "run.xml: the log was ended\n");
+}
+
+TEST_F(Follow, ShowsTheLastOfManyCallsThatRun)
+{
+    std::string elements;
+    std::string expected;
+    for (int number = 1; number <= 10; ++number) {
+        elements += OpenB(number);
+        if (number > 2) {
+            std::string line = std::to_string(number);
+            line = std::string(4 - line.size(), ' ') + line + "  " + line + ".000000  RUNNING ?  T" +
+                   line + " B(text=x...";
+            expected += line + "\n";
+        }
+    }
+    Grow(LogOf(elements));
+    PseudoTerminal terminal(Folder(), {"follow", "run.xml"});
+    EXPECT_EQ(WithoutRunningTimes(terminal.ScreenWith("T10")), expected);
 }
 
 TEST_F(Follow, TakesOneLogThatIsAFile)
