@@ -31,6 +31,8 @@ public:
     };
     using Row = std::vector<Cell>;
 
+    /// Whether this build has databases.
+    static bool IsThere();
     /// With empty tables, on the disk when they grow large. Null when this build has no databases or
     /// there is no room for one; error says which.
     static std::unique_ptr<Database> Make(std::string& error);

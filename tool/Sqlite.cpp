@@ -378,6 +378,11 @@ private:
 
 }  // namespace
 
+bool Database::IsThere()
+{
+    return true;
+}
+
 std::unique_ptr<Database> Database::Make(std::string& error)
 {
     auto made = std::make_unique<Sqlite>();

@@ -5,6 +5,11 @@
 namespace ScrivelTool
 {
 
+bool Database::IsThere()
+{
+    return false;
+}
+
 std::unique_ptr<Database> Database::Make(std::string& error)
 {
     error = "this build has no SQLite";

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "Database.h"
 #include "DidYouMean.h"
 #include "Options.h"
 #include "Pages.h"
@@ -112,8 +113,13 @@ std::string VersionText()
     };
     if (const auto formats = ScrivelReader::CompressedFormats(); !formats.empty())
         text += "reads logs compressed by " + list(formats) + "\n";
-    if (const auto formats = ScrivelReader::MissingFormats(); !formats.empty())
-        text += "built without " + list(formats) + "\n";
+    if (Database::IsThere())
+        text += "asks logs in SQL\n";
+    std::vector<std::string_view> missing = ScrivelReader::MissingFormats();
+    if (!Database::IsThere())
+        missing.emplace_back("SQLite");
+    if (!missing.empty())
+        text += "built without " + list(missing) + "\n";
     return text;
 }
 
