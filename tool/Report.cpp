@@ -168,7 +168,7 @@ public:
             return Exit::Trouble;
         terminal.Print(
             Printable(folder) + ": report.md, calls.xml, page.html" +
-            (anonymous ? "" : "; with names of hosts and paths, without them by --anonymous") +
+            (anonymous ? "" : "\nNames of hosts and paths are in it; --anonymous leaves them out.") +
             "\nA log shows what the debugger has read of the target's memory: look at what you send.\n");
         return Exit::Found;
     }

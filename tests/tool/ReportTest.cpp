@@ -21,8 +21,8 @@ TEST_F(Report, TellsOfTheCallWhatWasKnownAndWhatCameBefore)
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(outcome.out,
-              "bug: report.md, calls.xml, page.html; with names of hosts and paths, without them by "
-              "--anonymous\n"
+              "bug: report.md, calls.xml, page.html\n"
+              "Names of hosts and paths are in it; --anonymous leaves them out.\n"
               "A log shows what the debugger has read of the target's memory: look at what you send.\n");
     const std::string page = Read("bug/report.md");
     EXPECT_THAT(page, HasSubstr("# had not returned when the log ended\n\n```text\ncrash-4242.xml"));
