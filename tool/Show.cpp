@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <deque>
+#include <limits>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -123,7 +127,7 @@ class Show final : public Action
 public:
     explicit Show(Options& options)
     {
-        options.Argument("N", number, "the call's number");
+        options.Argument("N", text, "the call's number; 68#2 is the second call with the number 68");
         logs.AddTo(options);
         logs.AddJsonTo(options);
         options.Flag("--xml", xml, "its elements as they stand in the log");
@@ -137,6 +141,11 @@ public:
         const auto chosen = filter.Make(terminal);
         if (!chosen)
             return Exit::Trouble;
+        if (!ParseNumber()) {
+            terminal.Error("\"" + text +
+                           "\" is no number of a call: 68, or 68#2 for the second one of it");
+            return Exit::Trouble;
+        }
         bool trouble = false;
         bool found = false;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
@@ -150,8 +159,10 @@ public:
             const int descriptor = *input->Descriptor();
             const std::uint64_t size = input->Size().value_or(0);
             Finder finder(number);
-            // Which thread it is and what it is within, only the whole log can tell a filter.
-            const bool within = !scan && chosen->MatchesAll() && FindNear(descriptor, size, finder);
+            // How many calls of its number came before it, only the whole log can tell; and a filter
+            // which thread it is and what it is within.
+            const bool within =
+                !scan && !occurrence && chosen->MatchesAll() && FindNear(descriptor, size, finder);
             std::optional<Finder> second;
             if (!within) {
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
@@ -162,7 +173,7 @@ public:
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
-                if (!chosen->Matches(call))
+                if (!chosen->Matches(call) || (occurrence && call.occurrence != *occurrence))
                     continue;
                 found = true;
                 if (xml)
@@ -174,11 +185,34 @@ public:
             }
         }
         if (!found && !trouble)
-            terminal.Error("there is no call " + std::to_string(number));
+            terminal.Error("there is no call " + text);
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
 private:
+    /// 68, or 68#2
+    bool ParseNumber()
+    {
+        const std::size_t mark = text.find('#');
+        const auto first = ParseDecimal(text.substr(0, mark));
+        if (first)
+            number = *first;
+        if (mark == std::string::npos)
+            return first.has_value();
+        const auto second = ParseDecimal(text.substr(mark + 1));
+        if (second && *second <= std::numeric_limits<std::uint32_t>::max())
+            occurrence = std::uint32_t(*second);
+        return first && occurrence && *occurrence != 0;
+    }
+
+    static std::optional<std::uint64_t> ParseDecimal(std::string_view digits)
+    {
+        std::uint64_t found = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), found);
+        const bool isWhole = error == std::errc() && end == digits.data() + digits.size();
+        return isWhole ? std::make_optional(found) : std::nullopt;
+    }
+
     /// Reads the call and what surrounds it, without reading the log. False when the call isn't there.
     bool FindNear(int descriptor, std::uint64_t size, Finder& finder) const
     {
@@ -276,7 +310,7 @@ private:
         if (isPart) {
             text +=
                 terminal.Styled(Style::Quiet, "the calls around it were read; --scan reads the whole log "
-                                              "for line, thread and parent") +
+                                              "for line, thread, parent and other calls of its number") +
                 "\n";
         }
         terminal.Print(text);
@@ -309,7 +343,9 @@ private:
         return (isPart ? "also in the calls around it\n" : "also in\n") + text;
     }
 
+    std::string text;
     std::uint64_t number = 0;
+    std::optional<std::uint32_t> occurrence;
     bool xml = false;
     bool scan = false;
     LogArguments logs;

@@ -105,13 +105,37 @@ TEST_F(Show, FindsEveryCallOfALongLog)
     EXPECT_EQ(Run({"show", "5001", "long.xml"}).status, 1);
 }
 
+TEST_F(Show, FindsTheSecondCallOfANumber)
+{
+    std::string log = LongLog(5000, 100);
+    const std::string second = "    <B call_num=\"7\"\n     call_time=\"0.000003 s\">\n"
+                               "        <return_time>0.000004 s</return_time>\n    </B>\n";
+    log.insert(log.rfind("</run-4242>"), second);
+    Write("long.xml", log);
+    EXPECT_THAT(Run({"show", "7", "long.xml"}).out, testing::StartsWith("call 7  A\n"));
+    EXPECT_THAT(Run({"show", "7#1", "long.xml"}).out, testing::StartsWith("call 7  A\n"));
+    const Outcome outcome = Run({"show", "7#2", "long.xml"});
+    EXPECT_THAT(outcome.out, testing::StartsWith("call 7#2  B\n  entered   0.000003\n"));
+    EXPECT_EQ(outcome.out.find("call 7  A"), std::string::npos);
+    EXPECT_EQ(outcome.status, 0);
+
+    EXPECT_EQ(Run({"show", "7#3", "long.xml"}).error, "scrivel: there is no call 7#3\n");
+    EXPECT_EQ(Run({"show", "7#3", "long.xml"}).status, 1);
+    for (const char* const number : {"7#", "7#0", "#2", "x", "7 ", "-7", "7#2#2"}) {
+        const Outcome unclear = Run({"show", "run.xml", "--", number});
+        EXPECT_EQ(unclear.status, 2) << number;
+    }
+    EXPECT_EQ(Run({"show", "7#", "run.xml"}).error,
+              "scrivel: \"7#\" is no number of a call: 68, or 68#2 for the second one of it\n");
+}
+
 TEST_F(Show, TellsOfALongLogWhatOnlyTheWholeOfItTells)
 {
     Write("long.xml", LongLog(5000, 100));
     const std::string near = Run({"show", "4000", "long.xml"}).out;
     EXPECT_THAT(near, HasSubstr("\n  thread    2\n  log       long.xml, bytes "));
     EXPECT_THAT(near, testing::EndsWith("\nthe calls around it were read; --scan reads the whole log for "
-                                        "line, thread and parent\n"));
+                                        "line, thread, parent and other calls of its number\n"));
     EXPECT_THAT(Run({"show", "4000", "--json", "long.xml"}).out, HasSubstr("\"scanned\":false"));
 
     const std::string scanned = Run({"show", "4000", "--scan", "long.xml"}).out;
