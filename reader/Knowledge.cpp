@@ -185,6 +185,7 @@ KnownRegister* Knowledge::Register(const RegisterAccess& access)
 void Knowledge::Ended(const Call& call, const Access& access)
 {
     ++order;
+    full = full || call.arguments.LacksElements() || call.results.LacksElements();
     FollowMode(call, access);
 
     for (const RegisterDescription& description : access.descriptions) {

@@ -87,6 +87,7 @@ void Tree::Begin(std::string_view name, const Limits& limits)
             parent.cut = true;
             ++parent.count;
         }
+        lacksElements = true;
         ++skipped;
         return;
     }
@@ -104,6 +105,7 @@ void Tree::Begin(std::string_view name, const Limits& limits)
         ++array.count;
         if (array.kind == Kind::Elements && array.count > limits.items) {
             array.cut = true;
+            lacksElements = true;
             ++skipped;
             return;
         }
@@ -171,7 +173,7 @@ void Tree::End(const Limits& limits)
             parent.text = std::uint32_t(pool.size());
             parent.textLength = 0;
         }
-        if (parent.textLength < limits.items && pool.size() < mostInATree) {
+        if (parent.textLength < limits.bytes && pool.size() < mostInATree) {
             pool.push_back(char(byte));
             ++parent.textLength;
         } else {
@@ -255,6 +257,7 @@ void Tree::GoBack(Mark mark)
 {
     records.resize(mark.records);
     pool.resize(mark.pool);
+    lacksElements = lacksElements && mark.records != 0;
     open.clear();
     text.clear();
     textCut = false;

@@ -405,7 +405,7 @@ std::string CallLine(const Call& call, const Terminal& terminal)
 Tree::Limits LineLimits()
 {
     Tree::Limits limits;
-    limits.items = 64;
+    limits.items = limits.bytes = 64;
     limits.text = longestText;
     return limits;
 }

@@ -28,21 +28,22 @@ Json Members(Tree::Elements elements)
         Json value;
         switch (element.What()) {
         case Tree::Kind::Text:
-            value = element.Text();
+            value = std::string(element.Text()) + (element.IsCut() ? "..." : "");
             break;
         case Tree::Kind::Bytes: {
-            constexpr std::size_t most = 4096;
             std::string text;
-            for (const char byte : element.Text().substr(0, most)) {
+            for (const char byte : element.Text()) {
                 constexpr std::string_view digits = "0123456789abcdef";
                 const auto number = static_cast<unsigned char>(byte);
                 text.append(1, digits[number / 16]).append(1, digits[number % 16]);
             }
-            value = text + (element.Text().size() > most ? "..." : "");
+            value = text + (element.IsCut() ? "..." : "");
             break;
         }
         case Tree::Kind::Elements:
             value = Members(element.Children());
+            if (element.IsCut())
+                value["..."] = std::to_string(element.Count()) + " elements";
             break;
         }
         Json& member = object[std::string(element.Name())];

@@ -37,6 +37,7 @@ class Format
 {
 public:
     virtual ~Format() = default;
+    virtual ReadOptions Reading() const { return {}; }
     /// Whether it has times of all logs on one clock. Then it is told when each begins.
     virtual bool HasOneClock() const { return false; }
     /// A log that began so many nanoseconds after the first one.
@@ -107,6 +108,15 @@ class TraceEvents final : public Format
 public:
     explicit TraceEvents(Writing write) : trace(std::move(write)) {}
 
+    /// A viewer shows the arguments of one event: nobody reads thousands of elements there.
+    ReadOptions Reading() const override
+    {
+        ReadOptions options;
+        options.limits.items = 1024;
+        options.limits.bytes = 4096;
+        options.limits.text = 4096;
+        return options;
+    }
     bool HasOneClock() const override { return true; }
     void BeginLog(const std::string& path, const LogHeader& header, std::int64_t since) override
     {
@@ -315,8 +325,8 @@ private:
             const std::string& path = paths[i];
             OneLog log(*format, chosen, terminal, path, since[i]);
             LogInput* const again = timed.empty() ? nullptr : timed[i]->Input();
-            const auto end = again == nullptr ? ReadLog(path, log, {}, terminal)
-                                              : ReadLog(*again, path, log, {}, terminal);
+            const auto end = again == nullptr ? ReadLog(path, log, format->Reading(), terminal)
+                                              : ReadLog(*again, path, log, format->Reading(), terminal);
             if (!log.Error().empty())
                 terminal.Error(path, {}, log.Error());
             trouble = trouble || !end || !log.Error().empty();

@@ -91,30 +91,35 @@ public:
         }
         bool trouble = false;
         bool found = false;
+        bool incomplete = false;
         std::set<std::string> names;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
             OneLog log(*this, *asked, *chosen, terminal, path);
-            const auto end = ReadLog(path, log, {}, terminal);
+            const auto end = ReadLog(path, log, OptionsForKnowledge(), terminal);
             trouble = trouble || !end;
             if (!logs.Json())
                 log.Print(paths.size() > 1);
             found = found || log.Found();
+            incomplete = incomplete || log.IsIncomplete();
             names.insert(log.Names().begin(), log.Names().end());
         }
         if (!found && !trouble)
-            TellNothing(*asked, names, terminal);
+            TellNothing(*asked, names, incomplete, terminal);
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
 private:
-    static void TellNothing(const Asked& asked, const std::set<std::string>& names, Terminal& terminal)
+    static void TellNothing(const Asked& asked, const std::set<std::string>& names, bool incomplete,
+                            Terminal& terminal)
     {
         std::string text = "no call reads or writes " +
                            std::string(asked.isAddress ? "the address " : "the register ") + asked.text;
         if (!asked.isAddress)
             if (const std::string near = Nearest(asked.text, {names.begin(), names.end()}); !near.empty())
                 text += "; did you mean " + near + "?";
+        if (incomplete)
+            text += "; there was no room to look at everything";
         terminal.Error(Printable(text));
     }
 
@@ -144,6 +149,7 @@ private:
         }
 
         bool Found() const { return found; }
+        bool IsIncomplete() const { return known.IsIncomplete(); }
         const std::set<std::string>& Names() const { return names; }
 
         void Print(bool toNameLog)
@@ -162,6 +168,10 @@ private:
             terminal.Print(text);
             for (const std::string& line : lines)
                 terminal.Print(line);
+            if (known.IsIncomplete())
+                terminal.Print(
+                    terminal.Styled(Style::Damage, "more than this was seen: there was no room for it") +
+                    "\n");
             terminal.Print(terminal.Styled(Style::Quiet, "next: scrivel show " + lastCall + " " +
                                                              ShellWord(path) + ", scrivel state --at " +
                                                              lastCall + " " + ShellWord(path)) +

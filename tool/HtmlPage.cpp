@@ -37,7 +37,7 @@ std::unique_ptr<PageLog> Read(const std::string& path, const PageOptions& option
     const std::string shown = options.anonymous ? path.substr(path.rfind('/') + 1) : path;
     auto log = std::make_unique<PageLog>(shown, options.filter, options.around, options.limits);
     ReadOptions reading;
-    reading.limits.items = 64 * 1024;
+    reading.limits.items = reading.limits.bytes = 64 * 1024;
     reading.limits.text = 1024 * 1024;
     const auto end = ReadLog(*input, path, *log, reading, terminal);
     if (!end)

@@ -132,6 +132,14 @@ Json KnownJson(const KnownMemory& item, const Knowledge& known)
     return object;
 }
 
+ReadOptions OptionsForKnowledge()
+{
+    ReadOptions options;
+    options.limits.items = 64 * 1024;
+    options.limits.text = 4096;
+    return options;
+}
+
 std::string ShellWord(const std::string& path)
 {
     constexpr std::string_view plain =

@@ -12,6 +12,7 @@
 #include "Json.h"
 #include "Terminal.h"
 #include "scrivel/Knowledge.h"
+#include "scrivel/LogReader.h"
 
 namespace ScrivelTool
 {
@@ -49,6 +50,10 @@ Json KnownJson(const ScrivelReader::KnownRegister& item, const ScrivelReader::Kn
 /// {"kind": "memory", "space": "1", "space_name": "Memory", "address": "0x3000", "value": "e8030000",
 /// ...}
 Json KnownJson(const ScrivelReader::KnownMemory& item, const ScrivelReader::Knowledge& known);
+
+/// How a log is read for what was known of registers and memory: of a longer array the beginning is kept,
+/// unless it is one of bytes. Knowledge is incomplete then.
+ScrivelReader::ReadOptions OptionsForKnowledge();
 
 /// A file's name as a shell takes it.
 std::string ShellWord(const std::string& path);

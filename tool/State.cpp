@@ -45,7 +45,7 @@ public:
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
             OneLog log(at, *chosen, terminal, path);
-            const auto end = ReadLog(path, log, {}, terminal);
+            const auto end = ReadLog(path, log, OptionsForKnowledge(), terminal);
             trouble = trouble || !end;
             if (!log.Reached())
                 continue;

@@ -78,7 +78,7 @@ private:
         auto log = std::make_unique<Overview>(chosen);
         ReadOptions options;
         if (!chosen.NeedsContents()) {
-            options.limits.items = 4096;
+            options.limits.items = options.limits.bytes = 4096;
             options.limits.text = 4096;
         }
         const auto end = ReadLog(*input, path, *log, options, terminal);

@@ -90,10 +90,13 @@ public:
     /// What is kept of one tree; beyond it items are counted and texts cut, and IsCut() tells.
     struct Limits
     {
-        std::size_t items = std::size_t(1) << 28;  ///< of one array
+        std::size_t items = std::size_t(1) << 28;  ///< elements of one array
+        std::size_t bytes = std::size_t(1) << 28;  ///< of one array of bytes
         std::size_t text = std::size_t(1) << 28;   ///< bytes of one text
         std::size_t depth = 256;                   ///< deeper elements are left out
     };
+    /// Whether elements were left out, as they passed a limit.
+    bool LacksElements() const { return lacksElements; }
 
     Elements Top() const;
     /// The first of the outermost elements that bears that name.
@@ -144,6 +147,7 @@ private:
     std::vector<std::uint32_t> open;  ///< the elements that have begun and not ended, outermost first
     std::string text;                 ///< of the innermost of them
     bool textCut = false;
+    bool lacksElements = false;
     std::size_t skipped = 0;  ///< levels of elements that are being left out
 };
 

@@ -50,10 +50,25 @@ TEST(Trees, TellAnArrayOfNoItemsFromAnEmptyText)
               "none{} text= blank= ");
 }
 
-TEST(Trees, CountWhatPassesALimit)
+TEST(Trees, TellThatTheyLackElements)
 {
     ReadOptions options;
     options.limits.items = 2;
+    const auto lacks = [&](const std::string& contents) {
+        const Reading reading = ReadBytes(
+            LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n" + contents + "    </A>\n"),
+            options);
+        return reading.calls.at(0).arguments.LacksElements();
+    };
+    EXPECT_FALSE(lacks("<d><i>1</i><i>2</i></d><d><i>1</i></d>"));
+    EXPECT_TRUE(lacks("<d><i>1</i><i>2</i><i>3</i></d>"));
+    EXPECT_FALSE(lacks("<d><value>0x01</value><value>0x02</value><value>0x03</value></d>"));
+}
+
+TEST(Trees, CountWhatPassesALimit)
+{
+    ReadOptions options;
+    options.limits.items = options.limits.bytes = 2;
     options.limits.depth = 2;
     EXPECT_EQ(Arguments("<d><value>0x01</value><value>0x02</value><value>0x03</value></d>", options),
               "d[0102]...");

@@ -201,6 +201,22 @@ TEST_F(Export, ToChromeMakesCallsThatOverlapAsynchronous)
     EXPECT_EQ(kinds, "MMXXbeX");
 }
 
+TEST_F(Export, ToChromeTellsWhatItLeavesOutOfALongArray)
+{
+    std::string items;
+    std::string bytes;
+    for (int i = 0; i < 5000; ++i) {
+        items += "<i>1</i>";
+        bytes += "<value>0xff</value>";
+    }
+    Write("long.xml", LogOf("    <A call_num=\"1\" call_time=\"0.1 s\"><list>" + items + "</list><data>" +
+                            bytes + "</data></A>\n"));
+    const Json arguments = Trace("long.xml")[2]["args"]["arguments"];
+    EXPECT_EQ(arguments["list"]["i"].size(), 1024U);
+    EXPECT_EQ(arguments["list"].value("...", ""), "5000 elements");
+    EXPECT_EQ(arguments["data"].get<std::string>().size(), 2U * 4096 + 3);
+}
+
 TEST_F(Export, ToChromePutsSeveralLogsOnOneClock)
 {
     // Changed last when they began and what they tell had passed: 1.5 s between them.

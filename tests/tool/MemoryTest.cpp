@@ -79,6 +79,21 @@ TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
     EXPECT_LT(Growth("calls", "small.xml", "large.xml"), AtMost(4 * megabyte));
 }
 
+/// A call that reads memory at 0x1000, and brings an array of such items.
+std::string CallWithItems(const std::string& item, int count)
+{
+    std::string log =
+        "    <CADIMemRead call_num=\"1\"\n     call_time=\"0.000001 s\">\n        <startAddress>\n"
+        "            <spaceId>1</spaceId>\n            <addr>0x1000</addr>\n"
+        "        </startAddress>\n        <bytes>4</bytes>\n        <return_time>0.000002 "
+        "s</return_time>\n"
+        "        <data>\n";
+    for (int i = 0; i < count; ++i) {
+        log += "            " + item + "\n";
+    }
+    return LogOf(log + "        </data>\n    </CADIMemRead>\n");
+}
+
 /// Of every fifth call the value is another one in the second run.
 std::string CallsOfARun(int count, int run)
 {
@@ -111,6 +126,22 @@ TEST_F(Memory, HoldsTheBytesOfAnArrayAndNoElements)
     Write("large.xml", CallWithBytes(1300000));
     EXPECT_LT(Growth("show --xml 1", "small.xml", "large.xml"), AtMost(12 * megabyte));
     EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(32 * megabyte));
+}
+
+TEST_F(Memory, KeepsOfAnArrayWhatIsKnownOfTheTarget)
+{
+    // 40 MB each: bytes, numbers, and registers.
+    const std::string reg =
+        "<x><regNumber>5</regNumber><bytes>00000000 00000000 00000000 00000001 </bytes></x>";
+    const std::pair<std::string, int> arrays[] = {
+        {"<value>0x1f</value>", 1300000}, {"<value>12345</value>", 1250000}, {reg, 420000}};
+    for (const auto& [item, count] : arrays) {
+        Write("small.xml", CallWithItems(item, 10));
+        Write("large.xml", CallWithItems(item, count));
+        EXPECT_LT(Growth("history 0x1000", "small.xml", "large.xml"), AtMost(32 * megabyte)) << item;
+        EXPECT_LT(Growth("state", "small.xml", "large.xml"), AtMost(32 * megabyte)) << item;
+        EXPECT_LT(Growth("export --to chrome", "small.xml", "large.xml"), AtMost(8 * megabyte)) << item;
+    }
 }
 
 }  // namespace

@@ -49,4 +49,22 @@ TEST_F(State, TellsThatACallIsntThere)
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(State, TellsThatMoreWasSeenThanThereIsRoomFor)
+{
+    std::string registers;
+    for (int number = 0; number < 70000; ++number) {
+        registers += "            <x><regNumber>" + std::to_string(number) +
+                     "</regNumber><bytes>00000000 00000000 00000000 00000001 </bytes></x>\n";
+    }
+    Write("many.xml", LogOf("    <CADIRegRead call_num=\"1\" call_time=\"0.1 s\">\n"
+                            "        <return_time>0.2 s</return_time>\n        <reg>\n" +
+                            registers + "        </reg>\n    </CADIRegRead>\n"));
+    EXPECT_NE(Run({"state", "many.xml"}).out.find("more than this was seen: there was no room for it\n"),
+              std::string::npos);
+    EXPECT_NE(Run({"history", "5", "many.xml"}).out.find("more than this was seen"), std::string::npos);
+    EXPECT_EQ(
+        Run({"history", "69999", "many.xml"}).error,
+        "scrivel: no call reads or writes the register 69999; there was no room to look at everything\n");
+}
+
 }  // namespace
