@@ -41,14 +41,16 @@ def register(name, number, value):
     )
 
 
-def many(count, seed=1):
-    """A session of so many calls of two threads; some failed, and the last never returned."""
+def many(count, seed=1, slow=None):
+    """A session of so many calls of two threads; some failed, and the last never returned. Every so many calls one is slow."""
     chance = random.Random(seed)
     now = 0.0
     parts = []
     for number in range(1, count + 1):
         now += chance.choice([2e-6, 5e-6, 3e-5, 3e-5, 1e-3 if chance.random() < 0.01 else 1e-6])
         took = chance.choice([2e-6, 3e-6, 8e-6, 2e-5 if chance.random() < 0.1 else 1e-6])
+        if slow and number % slow == 0:
+            took = (1000 + number // slow) * 1e-6
         status = "CADI_STATUS_IllegalArgument" if chance.random() < 0.002 else "CADI_STATUS_OK"
         thread = 5678 if chance.random() < 0.1 else 1234
         address = 0x1000 + 4 * chance.randrange(64)

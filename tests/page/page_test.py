@@ -33,6 +33,8 @@ SESSION = pathlib.Path()
 FOLDER = pathlib.Path()
 SOURCES = pathlib.Path(__file__).resolve().parents[2] / "tool" / "page"
 MANY = 100_000
+MORE = 230_000  # than a page holds
+WINDOW = 20_000  # calls of these that are kept where one looks
 
 
 def start_browser():
@@ -176,6 +178,49 @@ class PageTest(unittest.TestCase):
         self.settle()
 
 
+    def compare_durations(self, name):
+        shown = self.run_js("return page.model.logs[0].data.durations")
+        rows = {row["name"]: row for row in json_lines("stats", "--json", name) if row.get("by") == "name"}
+        self.assertEqual({one["name"] for one in shown}, set(rows))
+        for one in shown:
+            row = rows[one["name"]]
+            for ours in ("calls", "failed", "open"):
+                self.assertEqual(one[ours], row[ours])
+            if one["timed"]:
+                for ours in ("total", "median", "p95", "max"):
+                    # Of very many calls a median is known to three digits.
+                    self.assertAlmostEqual(one[ours], round(row[ours] * 1e6), delta=0 if one["exact"] else one[ours] / 100, msg=ours)
+                self.assertEqual(sum(count for _, count in one["bins"]), one["timed"])
+
+    def compare_state(self, name, row, number):
+        state = json_lines("state", "--json", "--at", number, name)
+        registers = {}
+        memory = {}
+        for item in state:
+            if item["kind"] == "register" and item["value"] is not None:
+                registers[item["name"]] = [int(item["value"], 16), item["call"], item["stale"]]
+            elif item["kind"] == "memory":
+                for i in range(0, len(item["value"]), 2):
+                    memory[int(item["address"], 16) + i // 2] = [item["value"][i : i + 2], item["call"], item["stale"]]
+        shown = self.run_js(
+            """
+            const row = arguments[0], {model, state} = page, {data} = model.logs[0], registers = {}, memory = [];
+            const call = (access) => parseInt(access.number);
+            for (const [i, [name]] of data.registers.entries()) {
+              const known = state.registerBefore(row, i)?.touch;
+              if (known) registers[name] = [Number(BigInt('0x' + known.bytes)), call(known), state.isStale(known, row)];
+            }
+            for (const {space, from, to} of state.places(model.logs[0]))
+              for (const [i, known] of state.memoryBefore(row, space, from, Number(to - from)).entries())
+                if (known) memory.push([Number(from) + i, [known.byte, call(known.touch), state.isStale(known.touch, row)]]);
+            return {registers, memory};
+            """,
+            row,
+        )
+        self.assertEqual(shown["registers"], registers, f"{name} before {number}")
+        self.assertEqual({address: known for address, known in shown["memory"]}, memory, f"{name} before {number}")
+
+
 class Numbers(PageTest):
     LOGS = [
         ["crash.xml"], ["run.xml"], ["connection.xml"], ["run.xml", "connection.xml"], ["torn.xml"], ["flipped.xml"],
@@ -238,17 +283,7 @@ class Numbers(PageTest):
     def test_durations_are_those_of_stats(self):
         for name in ("run.xml", "some.xml"):
             self.open(name)
-            shown = self.run_js("return page.model.logs[0].data.durations")
-            rows = {row["name"]: row for row in json_lines("stats", "--json", name) if row.get("by") == "name"}
-            self.assertEqual({one["name"] for one in shown}, set(rows))
-            for one in shown:
-                row = rows[one["name"]]
-                for ours in ("calls", "failed", "open"):
-                    self.assertEqual(one[ours], row[ours])
-                if one["timed"]:
-                    for ours in ("total", "median", "p95", "max"):
-                        self.assertEqual(one[ours], round(row[ours] * 1e6), ours)
-                    self.assertEqual(sum(count for _, count in one["bins"]), one["timed"])
+            self.compare_durations(name)
 
     def test_a_column_of_the_histogram_leaves_as_many_calls_as_it_counts(self):
         self.open("some.xml")
@@ -264,34 +299,7 @@ class Numbers(PageTest):
             calls = json_lines("calls", "--json", name)
             self.open(name)
             for row in range(0, len(calls), step):
-                number = calls[row]["call"]
-                state = json_lines("state", "--json", "--at", number, name)
-                registers = {}
-                memory = {}
-                for item in state:
-                    if item["kind"] == "register" and item["value"] is not None:
-                        registers[item["name"]] = [int(item["value"], 16), item["call"], item["stale"]]
-                    elif item["kind"] == "memory":
-                        for i in range(0, len(item["value"]), 2):
-                            memory[int(item["address"], 16) + i // 2] = [item["value"][i : i + 2], item["call"], item["stale"]]
-                shown = self.run_js(
-                    """
-                    const row = arguments[0], {model, state} = page, {data} = model.logs[0], registers = {}, memory = [];
-                    const call = (access) => Number(model.numberText(model.rowAt(model.logs[0], access.entry)));
-                    for (const [i, [name]] of data.registers.entries()) {
-                      const known = state.registerBefore(row, i)?.touch;
-                      if (known) registers[name] = [Number(BigInt('0x' + known.bytes)), call(known), state.isStale(known, row)];
-                    }
-                    for (const {space, from, to} of state.places(model.logs[0]))
-                      for (const [i, known] of state.memoryBefore(row, space, from, Number(to - from)).entries())
-                        if (known) memory.push([Number(from) + i, [known.byte, call(known.touch), state.isStale(known.touch, row)]]);
-                    return {registers, memory};
-                    """,
-                    row,
-                )
-                self.assertEqual(shown["registers"], registers, f"{name} before {number}")
-                self.assertEqual({address: known for address, known in shown["memory"]}, memory, f"{name} before {number}")
-
+                self.compare_state(name, row, calls[row]["call"])
 
     def test_the_panels_show_what_a_call_changed(self):
         self.open("run.xml", fragment="#call=60")
@@ -303,6 +311,93 @@ class Numbers(PageTest):
         self.assertEqual(self.text("#registers tr.now"), "pc0x3000 writes 0x3000wrote #54 target ran since")
         self.run_js("page.select(page.model.find('68'))")
         self.assertEqual(self.run_js("return document.querySelectorAll('#registers canvas').length"), 3)
+
+
+class LeftOut(PageTest):
+    """Of a log with more calls than a page holds."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        (FOLDER / "more.xml").write_text(logs.many(MORE, seed=3, slow=1000), encoding="utf-8")
+        cls.lines = {}
+        cls.failed, cls.open_ones, cls.took = set(), set(), {}
+        for line in scrivel("calls", "--json", "more.xml").stdout.splitlines():
+            call = json.loads(line)
+            number = call["call"]
+            cls.lines[number] = line
+            if call["return_time"] is None:
+                cls.open_ones.add(number)
+            else:
+                cls.took[number] = round((call["return_time"] - call["call_time"]) * 1e6)
+                if call["status"] != "CADI_STATUS_OK":
+                    cls.failed.add(number)
+
+    @classmethod
+    def tearDownClass(cls):
+        (FOLDER / "more.xml").unlink()
+
+    def compare_kept(self, near):
+        """The page has the calls that it should, and says of each what scrivel says."""
+        left = self.run_js("return page.model.logs[0].data.left_out")
+        slower = left["slower"]
+        # A thousand of the slowest, but for those that took as long as the fastest of them.
+        self.assertLessEqual(sum(took > slower for took in self.took.values()), 1000)
+        self.assertGreaterEqual(sum(took >= slower for took in self.took.values()), 1000)
+        slow = {number for number, took in self.took.items() if took > slower}
+        self.assertGreater(len(slow - near), 100)
+        kept = self.failed | self.open_ones | slow | near
+        shown = self.calls(len(kept) + 1)
+        self.assertEqual({int(call["call"]) for call in shown}, kept)
+        self.assertEqual(len(shown), len(kept))
+        for ours in shown:
+            theirs = as_page(json.loads(self.lines[int(ours["call"])]))
+            if ours != theirs:
+                self.assertEqual(ours, theirs)
+        said = self.text("#left-out")
+        self.assertIn(f"run-4242 has {MORE:,} calls; this page has {len(kept):,} of them: all {len(self.failed)} that failed, those that had not returned, ", said)
+        self.assertIn(f"those that took longer than {duration_text(slower)}, calls {min(near):,} to {max(near):,}. ", said)
+        self.assertIn("scrivel view --around N more.xml -o page.html", said)
+
+    def test_what_failed_hangs_or_is_slow_is_kept_and_the_end(self):
+        self.open("more.xml")
+        self.compare_kept(set(range(MORE - WINDOW + 1, MORE + 1)))
+        self.assertEqual(self.selected(), f"{MORE}")
+
+    def test_what_is_around_a_call_is_kept(self):
+        number = 100_000
+        self.open("more.xml", options=["--around", number], fragment=f"#call={number}")
+        self.compare_kept(set(range(number - WINDOW // 2, number + WINDOW // 2 + 1)))
+        self.assertEqual(self.selected(), f"{number}")
+
+    def test_numbers_tell_of_all(self):
+        self.open("more.xml")
+        summary = json_lines("--json", "more.xml")[0]
+        data = self.run_js("const {data} = page.model.logs[0]; return {calls: data.calls, failed: data.failed, open: data.open}")
+        self.assertEqual(data, {ours: summary[ours] for ours in data})
+        self.assertEqual(data, {"calls": MORE, "failed": len(self.failed), "open": len(self.open_ones)})
+        strip = self.run_js(
+            "const {stretches} = page.model.logs[0].data, sum = (name) => stretches[name].reduce((all, one) => all + one, 0);"
+            "return {calls: sum('calls'), failed: sum('failed'), open: sum('open')}"
+        )
+        self.assertEqual(strip, data)
+        self.compare_durations("more.xml")
+
+    def test_a_filter_finds_all_that_failed_or_was_slow(self):
+        self.open("more.xml")
+        for typed, expected in (("failed", len(self.failed)), ("not returned", 1), ("took > 900us", sum(took > 900 for took in self.took.values()))):
+            self.keys("/", typed)
+            # A large table is filtered when nothing more is typed.
+            self.browser.execute_async_script("const done = arguments[0]; setTimeout(done, 400);")
+            self.assertEqual(self.text("#count").split(" of ")[0], f"{expected:,}", typed)
+            self.keys(Keys.ESCAPE, Keys.ESCAPE)  # forgets it, and leaves the field
+
+    def test_registers_and_memory_are_those_of_state_around_a_call(self):
+        number = 100_000
+        self.open("more.xml", options=["--around", number])
+        for asked in (number - WINDOW // 2 + 200, number, number + WINDOW // 2):
+            row = self.run_js("return page.model.find(arguments[0], 0)", str(asked))
+            self.compare_state("more.xml", row, asked)
 
 
 class Filter(PageTest):
