@@ -165,8 +165,12 @@ void Tree::End(const Limits& limits)
     const bool isItem = !open.empty() && NameOf(records[index]) == itemName;
     const int byte = isItem ? ByteOf(text) : -1;
     if (byte >= 0 && (parent.kind == Kind::Bytes || parent.count == 1)) {
-        // The name of a first item is taken back with it; the bytes then lie side by side.
-        pool.resize(parent.kind == Kind::Bytes ? parent.text + parent.textLength : records[index].name);
+        // The name of a first item is taken back with it, unless its array bears the same one; the bytes
+        // then lie side by side.
+        if (parent.kind == Kind::Bytes)
+            pool.resize(parent.text + parent.textLength);
+        else if (records[index].name != parent.name)
+            pool.resize(records[index].name);
         records.pop_back();
         if (parent.kind != Kind::Bytes) {
             parent.kind = Kind::Bytes;

@@ -30,8 +30,16 @@ TEST(Trees, FoldArraysOfBytes)
     EXPECT_EQ(Arguments("<data>\n <value>0x0a</value>\n <value>0xff</value>\n</data>\n"), "data[0aff]");
 }
 
+TEST(Trees, FoldAnArrayWhoseItemsBearItsName)
+{
+    EXPECT_EQ(Arguments("<value>\n <value>0x0a</value>\n <value>0xff</value>\n</value>\n<n>1</n>\n"),
+              "value[0aff] n=1");
+}
+
 TEST(Trees, KeepTheItemsOfAnArrayInWhichOneIsNoByte)
 {
+    EXPECT_EQ(Arguments("<d><value>0x0a</value><value></value><n>1</n></d>"), "d{value=0x0a value= n=1}");
+    EXPECT_EQ(Arguments("<d>a<value>0x0a</value>b</d>"), "d{#text=a value=0x0a #text=b}");
     EXPECT_EQ(Arguments("<d><value>0x0a</value><value>0x1ff</value><value>0x01</value></d>"),
               "d{value=0x0a value=0x1ff value=0x01}");
     EXPECT_EQ(Arguments("<d><value>10</value><value>0x01</value></d>"), "d{value=10 value=0x01}");
