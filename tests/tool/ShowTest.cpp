@@ -122,8 +122,9 @@ TEST_F(Show, FindsTheSecondCallOfANumber)
     EXPECT_EQ(Run({"show", "7#3", "long.xml"}).error, "scrivel: there is no call 7#3\n");
     EXPECT_EQ(Run({"show", "7#3", "long.xml"}).status, 1);
     for (const char* const number : {"7#", "7#0", "#2", "x", "7 ", "-7", "7#2#2"}) {
-        const Outcome unclear = Run({"show", "run.xml", "--", number});
+        const Outcome unclear = Run({"show", "--", number, "run.xml"});
         EXPECT_EQ(unclear.status, 2) << number;
+        EXPECT_THAT(unclear.error, HasSubstr("is no number of a call")) << number;
     }
     EXPECT_EQ(Run({"show", "7#", "run.xml"}).error,
               "scrivel: \"7#\" is no number of a call: 68, or 68#2 for the second one of it\n");
