@@ -82,7 +82,7 @@ TEST_F(ConnectGenerator, OutsideWriteSecureModeTheLogHasNoEndTag)
 
 TEST_F(ConnectCalls, StartTagIsOneLineWithoutThread)
 {
-    EXPECT_EQ(Written([this](auto& log) {
+    EXPECT_EQ(Written([](auto& log) {
                   SetClock(1000, 10020);
                   log.IncCallNo();
                   log.WriteDetailedIdent("Connect");

@@ -126,7 +126,7 @@ TEST_F(RunFrame, OutsideWriteSecureModeARunLogHasNoEndTag)
 
 TEST_F(RunFrame, StartTagSpansThreeLinesUnderItsBracket)
 {
-    EXPECT_EQ(Written([this](auto& log) {
+    EXPECT_EQ(Written([](auto& log) {
                   SetClock(1000, 10020);
                   for (int i = 0; i < 7; ++i) {
                       log.IncCallNo();
@@ -278,7 +278,7 @@ TEST_F(RunCalls, CallNumbersBeginAnewWithEachLog)
 
 TEST_F(RunCalls, EnteredCallHasNumberTimeAndThread)
 {
-    EXPECT_EQ(Written([this](auto& log) {
+    EXPECT_EQ(Written([](auto& log) {
                   SetClock(1003, 4500);
                   log.EnterCadiCall("CADIRegRead");
               }),
