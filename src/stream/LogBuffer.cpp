@@ -128,7 +128,7 @@ void LogBuffer::TakeTextAsTail()
     const off_t end = EndOfText();
     const bool oldTailStands = !pieces && textStart >= tail.Start();
     if (oldTailStands) {
-        KeepMarkupBeforePageEnd();
+        KeepMarkupBeforePageEnd(end);
     }
     bool endsFile = end == fileEnd;
     if (!endsFile && oldTailStands && Enlarge(static_cast<std::size_t>(fileEnd - textStart))) {
@@ -143,10 +143,10 @@ void LogBuffer::TakeTextAsTail()
 
 /// Where a page ends soon after the beginning of the text, the next flush may have to begin earlier, with
 /// markup that the old tail holds.
-void LogBuffer::KeepMarkupBeforePageEnd()
+void LogBuffer::KeepMarkupBeforePageEnd(off_t end)
 {
     constexpr off_t soon = 100;
-    const off_t lastPage = EndOfText() / SteppedFlush::pageSize * SteppedFlush::pageSize;
+    const off_t lastPage = end / SteppedFlush::pageSize * SteppedFlush::pageSize;
     if (lastPage <= textStart || lastPage - textStart > soon) {
         return;
     }

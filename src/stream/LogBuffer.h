@@ -61,7 +61,7 @@ private:
     bool Flush();
     bool WriteOutPiece();
     void TakeTextAsTail();
-    void KeepMarkupBeforePageEnd();
+    void KeepMarkupBeforePageEnd(off_t end);
     void DropText();
 
     // The text in memory.

@@ -139,7 +139,7 @@ bool OpenFile::IsAsLeft(off_t end) const
            (!S_ISREG(status.st_mode) || status.st_size == end);
 }
 
-bool OpenFile::GiveName()
+bool OpenFile::GiveFirstName()
 {
     if (state == Name::ToBeGiven && linkat(AT_FDCWD, PlaceOf(descriptor).c_str(), AT_FDCWD,
                                            newName.c_str(), AT_SYMLINK_FOLLOW) != 0) {

@@ -34,7 +34,7 @@ public:
 
     /// Gives a file its name, for the first time; false, with the reason in errno, when there is one of
     /// that name already (EEXIST) or it can't be done. Does nothing when it has one.
-    bool GiveName();
+    bool GiveName() { return state == Name::Given || GiveFirstName(); }
 
     bool IsOpen() const { return descriptor >= 0; }
     bool Close();
@@ -77,6 +77,7 @@ private:
         ToBeKept  ///< or else removed
     };
 
+    bool GiveFirstName();
     void Remove();
 
     bool Identify();
