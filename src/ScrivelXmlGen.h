@@ -333,8 +333,8 @@ protected:
     /// A tag on a line of its own: what WriteIdent writes.
     void WriteTag(const std::string& ident, bool openTag);
 
-    template <typename WriteContents>
-    void WriteElement(const std::string& ident, WriteContents writeContents);
+    template <typename Name, typename WriteContents>
+    void WriteElement(const Name& ident, WriteContents writeContents);
 
     template <typename WriteChildren>
     void WriteContainer(const std::string& ident, WriteChildren writeChildren);

@@ -22,19 +22,18 @@ template <typename Name, typename Value>
 void ScrivelXmlGenBase::WriteValue(const Name& ident, const Value& value)
 {
     if (!WholeElements(*this).PutElement(ident, value)) {
-        WriteElement(StringOf(ident), [&] { value.Append(logFile); });
+        WriteElement(ident, [&] { value.Append(logFile); });
     }
 }
 
 /// The tags of one line, through the table, around what `writeContents` appends to the log file. Kept out
 /// of the writers, so that the compiler finds room in them for what is put down whole.
-template <typename WriteContents>
-[[gnu::noinline]] void ScrivelXmlGenBase::WriteElement(const std::string& ident,
-                                                       WriteContents writeContents)
+template <typename Name, typename WriteContents>
+[[gnu::noinline]] void ScrivelXmlGenBase::WriteElement(const Name& ident, WriteContents writeContents)
 {
-    WriteIdent(ident, true, false);
+    WriteIdent(StringOf(ident), true, false);
     writeContents();
-    WriteIdentWithoutTabs(ident);
+    WriteIdentWithoutTabs(StringOf(ident));
 }
 
 /// Tags on lines of their own around the children.
@@ -50,9 +49,8 @@ template <typename... Fields>
 void ScrivelXmlGenBase::WriteRecord(const std::string& ident, const Fields&... fields)
 {
     if (!WholeElements(*this).PutRecord(ident, fields...)) {
-        WriteContainer(ident, [&] {
-            (WriteElement(StringOf(fields.name), [&] { fields.value.Append(logFile); }), ...);
-        });
+        WriteContainer(ident,
+                       [&] { (WriteElement(fields.name, [&] { fields.value.Append(logFile); }), ...); });
     }
 }
 
@@ -92,15 +90,16 @@ void ScrivelXmlGenBase::WriteIntegers(const std::string& ident, const Integer* i
             WriteNULLPointer(std::string(nullName));
             return;
         }
-        const std::string childIdent = StringOf(childName);
+        WholeElements whole(*this);
+        const bool tagsAreKept = whole.TagsAreKept();
         for (unsigned int i = 0; i < count;) {
-            if (WholeElements whole(*this); whole.TagsAreKept()) {
+            if (tagsAreKept) {
                 i += hex ? whole.PutHexLines(childName, items + i, count - i)
                          : whole.PutDecimalLines(childName, items + i, count - i);
             }
             if (i < count) {  // all go through the table, or the next one needs memory first
                 const Integer item = items[i++];
-                WriteElement(childIdent, [&] {
+                WriteElement(childName, [&] {
                     if (hex) {
                         AppendHex(logFile, item, 2 * sizeof(Integer));
                     } else {
