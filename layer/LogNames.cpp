@@ -9,33 +9,14 @@
 
 namespace Scrivel2
 {
-namespace
-{
-
-bool MayBeginName(char c)
-{
-    return IsLetter(static_cast<unsigned char>(c)) || c == '_';
-}
-
-}  // namespace
-
 std::string LegalName(std::string_view text)
 {
-    if (text.empty()) {
-        return "emptyIdent";
+    std::string name(RoomForName(text), '\0');
+    name.resize(static_cast<std::size_t>(PutName(name.data(), text, NameHeads::kept) - name.data()));
+    for (auto place = name.find("--"); place != std::string::npos; place = name.find("--", place)) {
+        name[place + 1] = '_';
     }
-    std::string name(text);
-    char last = '\0';
-    for (char& c : name) {
-        c = cleanedInside[static_cast<unsigned char>(c)];
-        if (c == '-' && last == '-') {
-            c = '_';
-        }
-        last = c;
-    }
-    if (!MayBeginName(name.front())) {
-        name.front() = '_';
-    }
+    name.front() = mendedHead[static_cast<unsigned char>(name.front())];
     return name;
 }
 

@@ -167,7 +167,7 @@ public:
         }
         if (const Access xml{log}) {
             Attempt attempt(*xml);
-            xml->WriteContinueFunction(number, name);
+            xml->Continue(number, name);
             xml->WriteAndFinish(writeResults, [&] {
                 if (Finish(attempt, [&] { Close(*xml); })) {
                     CountReturn();
@@ -233,12 +233,12 @@ private:
         returned = true;
     }
 
-    void Flush(Layer::CompleteFileGenerator<Generator>& xml) { xml.FlushOutput(false, name); }
+    void Flush(Layer::CompleteFileGenerator<Generator>& xml) { xml.Flush(false, name); }
 
     void Close(Layer::CompleteFileGenerator<Generator>& xml)
     {
         xml.WriteTag(name, false);
-        xml.FlushOutput(true, "");
+        xml.Flush(true, "");
     }
 
     CallLog<Generator>& log;

@@ -359,6 +359,12 @@ protected:
     /// What StartLogging writes into the file that it has opened: the header, and a final flush.
     void WriteHeader();
 
+    /// What FlushOutput writes before it flushes, what WriteCloseInterruptedFunction writes before it
+    /// takes the name, and what WriteContinueFunction does.
+    void WriteClosingText(bool finalTag, std::string_view callName);
+    void CloseInterrupted();
+    void WriteContinued(unsigned int number, const std::string& callName);
+
     /// As GetFileEndTag, in memory that the generator keeps: valid until the next call.
     const std::string& FileEndTag();
 

@@ -46,8 +46,7 @@ class [[gnu::visibility("default")]] CompleteFileGenerator;
 ///  - The end tag of a call that is still open stays, when an older call is continued or the log ends.
 ///  - A log that is ended has a last comment that says so.
 ///  - Elements named with a leading "-" or "." are written with "_" in its place; a name that readers
-///  refuse
-///    for its length is refused here, with a std::length_error.
+///    refuse for its length is refused here, with a std::length_error.
 template <typename Generator>
 class CompleteFileGenerator : public ValueWriters<Generator>
 {
@@ -62,40 +61,24 @@ public:
     // ---- Frame operations ---------------------------------------------------------------------
 
     /// As the generator's own, and the root end tag after the provisional end tag of an open call.
-    void FlushOutput(bool finalTag, std::string callName) override
+    void FlushOutput(bool finalTag, std::string callName) override { Flush(finalTag, callName); }
+
+    void Flush(bool finalTag, std::string_view callName)
     {
         endsInCallTag = !finalTag;
+        this->WriteClosingText(finalTag, callName);
         if (finalTag || !this->writeSecure) {
-            Generator::FlushOutput(finalTag, std::move(callName));
+            this->logFile.flush();
             return;
         }
         // ...<unitsToRead>4</unitsToRead>\n|    </CADIMemRead>\n|</trace-4242>\n
         //                                  | = lastFilePos      | = put position: who keeps the call's
         //                                                           end tag goes on from there
-        {
-            const LogStream::FlushHold hold(this->logFile);
-            Generator::FlushOutput(false, std::move(callName));
-        }
         const auto afterCallTag = this->logFile.tellp();
         // As it was when the call was entered: a child of this process doesn't log here.
         this->logFile.Append(this->fileEndTag);
         this->logFile.flush();
         this->logFile.seekp(afterCallTag);
-    }
-
-    void WriteCloseInterruptedFunction(std::string callName) override
-    {
-        const LogStream::FlushHold hold(this->logFile);
-        Generator::WriteCloseInterruptedFunction(std::move(callName));
-    }
-
-    void WriteContinueFunction(unsigned int number, std::string callName) override
-    {
-        const LogStream::FlushHold hold(this->logFile);
-        if (endsInCallTag && number != this->callNo) {
-            this->UpdateFilePointerPosition();  // a younger call is open: its end tag stays
-        }
-        Generator::WriteContinueFunction(number, std::move(callName));
     }
 
     /// Ends the log with a comment that says so: what has none was cut off.
@@ -104,7 +87,7 @@ public:
         Attempt attempt(*this);
         WriteLastComment(EndComment());
         this->SeekFilePointerPosition();
-        FlushOutput(true, "");
+        Flush(true, "");
         attempt.Finish();
         this->logFile.close();
     }
@@ -185,7 +168,7 @@ public:
                 const LogStream::FlushHold hold(this->logFile);
                 WriteLastComment(ContinuedInComment(nextFile));
                 this->SeekFilePointerPosition();
-                FlushOutput(true, "");
+                Flush(true, "");
             }
             if (this->logFile.good()) {
                 this->logFile.swap(other);
@@ -207,10 +190,20 @@ public:
         return 0;
     }
 
+    /// Goes on with a call that has returned, as WriteContinueFunction does. The flush must follow.
+    void Continue(unsigned int number, const std::string& callName)
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        if (endsInCallTag && number != this->callNo) {
+            this->UpdateFilePointerPosition();  // a younger call is open: its end tag stays
+        }
+        this->WriteContinued(number, callName);
+    }
+
     /// Enters a call of either phase and returns its number. The arguments and a flush must follow.
     unsigned int EnterCall(const std::string& callName)
     {
-        this->WriteCloseInterruptedFunction(callName);
+        CloseInterruptedFor(callName);
         this->IncCallNo();
         this->WriteDetailedIdent(callName);
         return this->GetCallNo();
@@ -223,7 +216,7 @@ public:
             this->SetPendingElement(LegalName(head.elementName),
                                     this->CheckString(std::string(head.elementText)));
         }
-        this->WriteCloseInterruptedFunction(callName);
+        CloseInterruptedFor(callName);
         this->IncCallNo();
         this->WriteDetailedIdent(callName, head.disassemblerAddress);
         return this->GetCallNo();
@@ -232,12 +225,12 @@ public:
     /// Whether the call is the one whose provisional end tag ends the file.
     bool IsOpen(unsigned int number) const { return endsInCallTag && number == this->callNo; }
 
-    /// Goes on with a call that has not returned yet: reopens its element, as WriteContinueFunction
-    /// does, without a return time.
+    /// Goes on with a call that has not returned yet: reopens its element, as Continue does, without a
+    /// return time.
     void ReopenCall(unsigned int number, const std::string& callName)
     {
         reopening = true;
-        WriteContinueFunction(number, callName);
+        Continue(number, callName);
         reopening = false;
     }
 
@@ -249,7 +242,7 @@ public:
             const LogStream::FlushHold hold(this->logFile);
             Generator::WriteComment(CommentText(text));
         }
-        FlushOutput(!endsInCallTag, this->openCallName);
+        Flush(!endsInCallTag, this->openCallName);
         attempt.Finish();
     }
 
@@ -307,7 +300,7 @@ private:
             this->WriteHeader();
             Generator::WriteComment(ContinuedFromComment(fileBefore));
         }
-        FlushOutput(true, "");
+        Flush(true, "");
     }
 
     /// The generator as it was when an attempt began.
@@ -319,13 +312,24 @@ private:
         unsigned int depth;
         bool callOpen;
         bool endsInCallTag;
+        bool nameIsKept;  // in nameBefore: the attempt has given the open call another one
     };
+
+    /// As WriteCloseInterruptedFunction, in an attempt.
+    void CloseInterruptedFor(const std::string& callName)
+    {
+        const LogStream::FlushHold hold(this->logFile);
+        this->CloseInterrupted();
+        nameBefore = this->openCallName;
+        begun->nameIsKept = true;
+        this->openCallName = callName;
+        this->callOpen = true;
+    }
 
     void Begin()
     {
-        nameBefore = this->openCallName;
-        begun = {this->logFile.tellp(), this->lastFilePos, this->callNo,
-                 this->depth,           this->callOpen,    endsInCallTag};
+        begun = {this->logFile.tellp(), this->lastFilePos, this->callNo, this->depth,
+                 this->callOpen,        endsInCallTag,     false};
     }
 
     /// Writes a comment after which the file may be closed, without a flush.
@@ -361,7 +365,7 @@ private:
     bool reopening = false;
     std::optional<Begun> begun;
     std::string
-        nameBefore;  ///< of the open call, when the attempt began: outside of it, to keep its memory
+        nameBefore;  ///< of the open call, when the attempt began; not in `begun`, to keep its memory
 };
 
 template <typename Generator>
@@ -379,7 +383,9 @@ void CompleteFileGenerator<Generator>::TakeBack()
     this->callOpen = begun->callOpen;
     endsInCallTag = begun->endsInCallTag;
     reopening = false;
-    this->openCallName.swap(nameBefore);
+    if (begun->nameIsKept) {
+        this->openCallName.swap(nameBefore);
+    }
     // Of the tail only counts whether it is the root end tag. That has been in both strings before, so no
     // memory is asked for.
     if (endsInCallTag) {

@@ -148,6 +148,13 @@ std::string AboutCall(std::string_view before, unsigned int number, const std::s
 
 void ScrivelXmlGenBase::WriteCloseInterruptedFunction(std::string callName)
 {
+    CloseInterrupted();
+    openCallName = std::move(callName);
+    callOpen = true;
+}
+
+void ScrivelXmlGenBase::CloseInterrupted()
+{
     // After a non-final flush the provisional end tag of the open call is kept:
     //
     //   ...<arg>1</arg>\n    </CADIExecContinue>\n|
@@ -162,11 +169,14 @@ void ScrivelXmlGenBase::WriteCloseInterruptedFunction(std::string callName)
         WriteComment(
             AboutCall(LogWords::interruptedBegin, callNo, openCallName, LogWords::interruptedEnd));
     }
-    openCallName = std::move(callName);
-    callOpen = true;
 }
 
 void ScrivelXmlGenBase::WriteContinueFunction(unsigned int number, std::string callName)
+{
+    WriteContinued(number, callName);
+}
+
+void ScrivelXmlGenBase::WriteContinued(unsigned int number, const std::string& callName)
 {
     SeekFilePointerPosition();
     const bool stillOpen = number == callNo && callOpen;

@@ -74,6 +74,12 @@ void ScrivelXmlGenBase::WriteHeader()
 
 void ScrivelXmlGenBase::FlushOutput(bool finalTag, std::string callName)
 {
+    WriteClosingText(finalTag, callName);
+    logFile.flush();
+}
+
+void ScrivelXmlGenBase::WriteClosingText(bool finalTag, std::string_view callName)
+{
     // after a final flush:      ...    </CADIRegRead>\n|</trace-4242>\n
     // after a non-final flush:  ...<regCount>1</regCount>\n|    </CADIRegRead>\n
     //                                                      | = lastFilePos: the next output starts here
@@ -91,7 +97,6 @@ void ScrivelXmlGenBase::FlushOutput(bool finalTag, std::string callName)
         }
     }
     logFile.Append(pendingTail);
-    logFile.flush();
 }
 
 void ScrivelXmlGenBase::EndLogging()
