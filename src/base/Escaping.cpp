@@ -68,14 +68,8 @@ constexpr Pieces UnprintablePieces()
 constexpr Pieces printablePieces = PrintablePieces();
 constexpr Pieces unprintablePieces = UnprintablePieces();
 
-/// The locale in force decides at each text which bytes are printable.
-const Piece& PieceFor(unsigned char byte)
-{
-    return std::isprint(byte) != 0 ? printablePieces[byte] : unprintablePieces[byte];
-}
-
-/// What each byte becomes in the locale of the moment, looked up once for a long text instead of asking
-/// isprint for each character.
+/// The locale in force decides at each text which bytes are printable: looked up once for a long text,
+/// instead of asking isprint for each character.
 class PieceTable
 {
 public:
@@ -142,10 +136,12 @@ char* PutByTable(char* out, std::string_view text, const PieceTable& pieceOf)
 char* PutShort(char* out, std::string_view text)
 {
     for (const char c : text) {
-        const Piece& piece = PieceFor(static_cast<unsigned char>(c));
-        if (piece.length == 1) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isPrintable = std::isprint(byte) != 0;
+        if (isPrintable && printablePieces[byte].length == 1) {
             *out++ = c;
         } else {
+            const Piece& piece = isPrintable ? printablePieces[byte] : unprintablePieces[byte];
             out = std::copy_n(piece.text, piece.length, out);
         }
     }

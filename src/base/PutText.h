@@ -76,12 +76,20 @@ inline char* PutName(char* out, std::string_view name, NameHeads heads)
     if (name.empty()) {
         return PutText(out, LogWords::emptyName);
     }
-    // The choice of the table at each character keeps compilers from making vector code of the loop,
-    // which takes longer for names of a few bytes.
-    const auto* cleaned = heads == NameHeads::mended ? &mendedHead : &cleanedHead;
-    for (const char c : name) {
-        *out++ = (*cleaned)[static_cast<unsigned char>(c)];
-        cleaned = &cleanedInside;
+    const auto& heading = heads == NameHeads::mended ? mendedHead : cleanedHead;
+    *out++ = heading[static_cast<unsigned char>(name.front())];
+    const auto clean = [](char c) { return cleanedInside[static_cast<unsigned char>(c)]; };
+    const char* c = name.data() + 1;
+    const char* const end = name.data() + name.size();
+    // Four a round: a call's name has about twenty, and a loop for each would be half of what they cost.
+    for (; end - c >= 4; c += 4) {
+        *out++ = clean(c[0]);
+        *out++ = clean(c[1]);
+        *out++ = clean(c[2]);
+        *out++ = clean(c[3]);
+    }
+    for (; c != end; ++c) {
+        *out++ = clean(*c);
     }
     return out;
 }
@@ -141,17 +149,27 @@ inline constexpr unsigned int mostHexDigits = 2 * sizeof(std::uint64_t);
 
 char* PutDecimal(char* out, std::uint64_t value);
 
+inline constexpr auto decimalPairs = [] {
+    std::array<char, 200> pairs{};
+    for (unsigned int i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
 /// The decimals of a second: six digits, and more for a number that has more.
 inline char* PutMicroseconds(char* out, std::uint32_t microseconds)
 {
-    constexpr int decimals = 6;
     if (microseconds >= 1000000) {
         return PutDecimal(out, microseconds);
     }
-    for (char* digit = out + decimals; digit != out; microseconds /= 10) {
-        *--digit = static_cast<char>('0' + microseconds % 10);
+    for (const std::uint32_t pair :
+         {microseconds / 10000, microseconds / 100 % 100, microseconds % 100}) {
+        std::memcpy(out, &decimalPairs[2 * static_cast<std::size_t>(pair)], 2);
+        out += 2;
     }
-    return out + decimals;
+    return out;
 }
 
 /// The number of hexadecimal digits of a value, `least` at least: 16 or less of them.
