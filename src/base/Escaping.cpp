@@ -160,8 +160,9 @@ unsigned int SpecialOnes(const char* characters)
 {
     const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(characters));
     const auto all = [](char c) { return _mm_set1_epi8(c); };
-    // One more, and compared with their signs: "~" is then the highest, and all from 0x80 up are low.
-    const __m128i unprintable = _mm_cmplt_epi8(_mm_add_epi8(block, all(1)), all(' ' + 1));
+    // Compared with their signs: all from 0x80 up are low.
+    const __m128i unprintable =
+        _mm_or_si128(_mm_cmplt_epi8(block, all(' ')), _mm_cmpeq_epi8(block, all('~' + 1)));
     const __m128i quotes = _mm_cmpeq_epi8(_mm_andnot_si128(all('"' ^ '\''), block), all('"' & '\''));
     const __m128i brackets = _mm_cmpeq_epi8(_mm_andnot_si128(all('<' ^ '>'), block), all('<' & '>'));
     const __m128i special = _mm_or_si128(_mm_or_si128(unprintable, quotes), brackets);
