@@ -5,6 +5,9 @@
 #include <cerrno>
 #include <iomanip>
 #include <locale>
+#include <ostream>
+#include <sstream>
+#include <streambuf>
 #include <string>
 
 namespace
@@ -47,6 +50,59 @@ TEST_F(LogStream, TextOfMoreThanAMebibyteIsAppendedWhole)
     log.Append("!");
     log.flush();
     EXPECT_EQ(File(), text + "!");
+}
+
+TEST_F(LogStream, SeeksAndFlushesInTheBufferThatItHasBeenGiven)
+{
+    Open();
+    log << "text";
+    std::stringbuf other;
+    std::streambuf* const own = log.rdbuf(&other);
+    log << "abc";
+    log.seekp(1);
+    EXPECT_EQ(log.tellp(), 1);
+    log << "X";
+    log.flush();
+    EXPECT_EQ(other.str(), "aXc");
+    EXPECT_EQ(File(), "");
+    log.rdbuf(own);
+    EXPECT_EQ(log.tellp(), 4);
+    log.flush();
+    EXPECT_EQ(File(), "text");
+}
+
+TEST_F(LogStream, StreamThatItIsTiedToIsFlushedAsThatOfAnyOstream)
+{
+    struct Counting : std::stringbuf
+    {
+        int sync() override { return ++flushes, 0; }
+        int flushes = 0;
+    };
+    const auto flushes = [](auto& stream) {
+        Counting counting;
+        std::ostream tied(&counting);
+        stream << "text";
+        stream.tie(&tied);
+        stream.seekp(1);
+        stream.tellp();
+        stream.flush();
+        stream.tie(nullptr);
+        return counting.flushes;
+    };
+    Open();
+    std::ostringstream any;
+    EXPECT_EQ(flushes(log), flushes(any));
+    EXPECT_EQ(File(), "text");
+}
+
+TEST_F(LogStream, UnitBufferedStreamSeeksAndTells)
+{
+    Open();
+    log << "text" << std::unitbuf;
+    log.seekp(1);
+    EXPECT_EQ(log.tellp(), 1);
+    log << "X";
+    EXPECT_EQ(File(), "tXxt");
 }
 
 TEST_F(LogStream, ClosingFlushes)
