@@ -130,7 +130,8 @@ public:
 
     // ---- Arrays of numbers ----------------------------------------------------------------------
 
-    // Each puts down as many items as there is room for, a line each, and says how many these were.
+    // Each puts down as many items, of one or more, as there is room for, a line each, and says how many
+    // these were.
 
     /// In as many hexadecimal digits as the type holds. The lines differ in their digits alone: the first
     /// one is copied, first by itself, then in blocks, and each item's digits go into its line.
@@ -140,9 +141,6 @@ public:
         constexpr std::size_t blockSize = 2048;
         constexpr std::size_t digitsOfItem = 2 * sizeof(Integer);
         constexpr std::size_t afterDigits = size - 1 + aroundTag;
-        if (!TagsAreKept() || count == 0) {
-            return 0;
-        }
         const Hex first{items[0], digitsOfItem};
         const std::size_t length = blanksPerLevel * log.depth + size + 1 + LogWords::hexPrefix.size() +
                                    digitsOfItem + afterDigits;
