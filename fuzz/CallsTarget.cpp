@@ -3,7 +3,8 @@
 // The input decides between two kinds of session. One takes any operations in any order and compares all
 // that can be seen of the library's generator, after each operation, with the plain one: the file, the
 // positions, the depth, results, messages. The other keeps to the calling order, calls interrupting
-// calls, and has libxml2 read the file after each final flush as well.
+// calls, and has libxml2 read the file after each final flush as well. Each input goes both ways, with
+// elements put down whole and with tags that go through the table.
 
 #include "Input.h"
 #include "Surroundings.h"
@@ -50,9 +51,14 @@ class Comparison
 public:
     using Generator = ScrivelTest::Unprotected<Library>;
 
-    Comparison(Surroundings& around, const char* name)
+    /// The elements of a class that keeps its tags are put down whole, those of another go through the
+    /// table.
+    Comparison(Surroundings& around, const char* name, bool keepsTags)
         : surroundings(around), log(Made<Generator>(name)), plain(Made<Plain>(name))
     {
+        if (keepsTags) {
+            log = Made<ScrivelTest::Keeping<Generator>>(name);
+        }
     }
 
     template <typename Operation>
@@ -126,13 +132,13 @@ private:
 // ---- Any order ----------------------------------------------------------------------------------
 
 template <typename Library, template <typename> class Plain>
-void AnyOrder(Input& input, Surroundings& surroundings)
+void AnyOrder(Input& input, Surroundings& surroundings, bool keepsTags)
 {
     using Logs = Comparison<Library, Plain<TextFile>>;
 
     constexpr unsigned int mostSteps = 200;
     Decisions decisions(input);
-    Logs logs(surroundings, decisions.OneIn(30) ? "missing/trace" : "trace");
+    Logs logs(surroundings, decisions.OneIn(30) ? "missing/trace" : "trace", keepsTags);
     ScrivelTest::RandomOperations<Logs> operations(decisions, logs);
     for (unsigned int step = 0; step < mostSteps && !input.Ended(); ++step) {
         operations.Step();
@@ -146,8 +152,8 @@ void AnyOrder(Input& input, Surroundings& surroundings)
 class OrderedCalls
 {
 public:
-    OrderedCalls(Input& bytes, Surroundings& around)
-        : input(bytes), surroundings(around), logs(around, "trace")
+    OrderedCalls(Input& bytes, Surroundings& around, bool keepsTags)
+        : input(bytes), surroundings(around), logs(around, "trace", keepsTags)
     {
         logs.Both([](auto& log) { log.StartLogging(); });
         RequireDocument();
@@ -244,29 +250,37 @@ private:
     long microseconds = 0;
 };
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+void LogAndCompare(const std::uint8_t* bytes, std::size_t size, bool keepsTags)
 {
     Surroundings surroundings;
     Input input(bytes, size);
     switch (input.Below(5)) {
     case 0:
-        AnyOrder<Scrivel2::ScrivelXmlGenBase, ScrivelTest::PlainBase>(input, surroundings);
+        AnyOrder<Scrivel2::ScrivelXmlGenBase, ScrivelTest::PlainBase>(input, surroundings, keepsTags);
         break;
     case 1:
-        AnyOrder<Scrivel2::ScrivelXmlGenRunBase, ScrivelTest::PlainRunBase>(input, surroundings);
+        AnyOrder<Scrivel2::ScrivelXmlGenRunBase, ScrivelTest::PlainRunBase>(input, surroundings,
+                                                                            keepsTags);
         break;
     case 2:
-        AnyOrder<Scrivel2::Scrivel2XmlGenConnect, ScrivelTest::PlainConnect>(input, surroundings);
+        AnyOrder<Scrivel2::Scrivel2XmlGenConnect, ScrivelTest::PlainConnect>(input, surroundings,
+                                                                             keepsTags);
         break;
     case 3:
-        AnyOrder<Scrivel2::Scrivel2XmlGenRun, ScrivelTest::PlainRun>(input, surroundings);
+        AnyOrder<Scrivel2::Scrivel2XmlGenRun, ScrivelTest::PlainRun>(input, surroundings, keepsTags);
         break;
     default:
-        OrderedCalls(input, surroundings);
+        OrderedCalls(input, surroundings, keepsTags);
         break;
     }
     RequireEqual(surroundings.TakePrinted(), "", "something was printed");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    LogAndCompare(bytes, size, true);
+    LogAndCompare(bytes, size, false);
     return 0;
 }
