@@ -44,6 +44,18 @@ private:
     void* const contextBefore;
 };
 
+/// Whether parsing ended for good. libxml2 has a function for it from 2.14 on, and deprecates the member.
+template <typename Context>
+auto HasStopped(Context* context, int /*preferred*/) -> decltype(xmlCtxtIsStopped(context) != 0)
+{
+    return xmlCtxtIsStopped(context) != 0;
+}
+template <typename Context>
+bool HasStopped(Context* context, long /*otherwise*/)
+{
+    return context->disableSAX != 0;
+}
+
 class LibXml2Parser final : public XmlParser
 {
 public:
@@ -59,6 +71,7 @@ public:
         };
         handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
             auto& parser = *static_cast<LibXml2Parser*>(self);
+            --parser.depth;
             if (parser.events != nullptr)
                 parser.events->EndElement();
         };
@@ -150,6 +163,8 @@ public:
 private:
     void Start(const xmlChar* name, const xmlChar* prefix, int count, const xmlChar** attributes)
     {
+        ++depth;
+        hasRoot = true;
         // At the end of a document a tag that was cut short is announced too.
         const xmlChar next = *context->input->cur;
         if (events == nullptr || (next != '>' && next != '/'))
@@ -171,7 +186,7 @@ private:
 
     void RefuseWhatEndedParsing()
     {
-        if (context->disableSAX != 0) {
+        if (HasStopped(context, 0)) {
             Refuse("the bytes are not in the encoding that the document declares");
         }
     }
@@ -185,7 +200,7 @@ private:
         const xmlParserInput* input = context->input;
         const bool isAtEnd =
             what.code == XML_ERR_DOCUMENT_END || (input != nullptr && input->cur >= input->end);
-        if (finishing && isAtEnd && context->instate != XML_PARSER_EPILOG) {
+        if (finishing && isAtEnd && !(hasRoot && depth == 0)) {
             Fail("the document ends too early");
             return;
         }
@@ -217,6 +232,8 @@ private:
     std::vector<XmlAttribute> found;
     std::string qualified;
     std::uint64_t fed = 0;
+    std::size_t depth = 0;  // of the element that is open
+    bool hasRoot = false;
     bool finishing = false;
     std::string error;
     std::uint64_t errorPosition = 0;
