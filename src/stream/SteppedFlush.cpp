@@ -54,42 +54,17 @@
 
 #include "stream/SteppedFlush.h"
 
-#include "format/LogWords.h"
-
 #include <algorithm>
 #include <array>
 #include <cassert>
 
 namespace Scrivel2
 {
-
-/// What a text is hidden in until it is committed, and what is around the copies of the tail that end it
-/// early.
-struct SteppedFlush::Cover
-{
-    std::string_view opening;
-    std::string_view closing;
-    std::string_view beforeCopy;
-    std::string_view afterCopy;
-    std::string_view notInCopy;  ///< besides the closing
-};
-
 namespace
 {
 
-using Cover = SteppedFlush::Cover;
-
-constexpr off_t pageSize = SteppedFlush::pageSize;
-
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
-constexpr std::size_t longestCopy = 1024;
-
-constexpr std::array<Cover, 3> covers = {{
-    {opening, closing, LogWords::flushBeforeCopy, LogWords::flushAfterCopy, "--"},
-    {"<![CDATA[", "]]>", "<?x ]]>", "<?x ?>", "?>"},
-    {"<![CDATA[", "]]>", "<!-- ]]>", "<?x --><?x ?>", "--"},
-}};
 
 constexpr std::size_t longestOpening = [] {
     std::size_t longest = 0;
@@ -98,97 +73,6 @@ constexpr std::size_t longestOpening = [] {
     }
     return longest;
 }();
-constexpr std::size_t longestLead = [] {
-    std::size_t longest = 0;
-    for (const Cover& cover : covers) {
-        longest = std::max(longest, cover.beforeCopy.size() + longestCopy + cover.afterCopy.size());
-    }
-    return longest;
-}();
-constexpr std::size_t longestMarks = longestLead + closing.size();
-static_assert(Block::spare >= 2 * longestMarks);
-
-/// In the place of a staged page too short to be one.
-constexpr std::array<char, longestMarks> newlines = [] {
-    std::array<char, longestMarks> all{};
-    for (char& character : all) {
-        character = '\n';
-    }
-    return all;
-}();
-
-/// The end of the page that the byte at `offset` lies in.
-constexpr off_t PageEnd(off_t offset)
-{
-    return (offset / pageSize + 1) * pageSize;
-}
-
-bool SpansPages(off_t from, off_t to)
-{
-    return to > PageEnd(from);
-}
-
-/// The length of the shortest staged page that begins with `lead`.
-off_t Shortest(std::string_view lead)
-{
-    return static_cast<off_t>(lead.size() + closing.size());
-}
-
-/// Where the instruction begins that stages [from, to): at once, or on the next page when the rest of
-/// this one is too short for it; -1 when there is no room for one at all.
-off_t PlaceOfInstruction(off_t from, off_t to)
-{
-    const off_t place = PageEnd(from) - from < Shortest(opening) ? PageEnd(from) : from;
-    return to - place < Shortest(opening) ? -1 : place;
-}
-
-bool Contains(std::string_view text, std::string_view part)
-{
-    return text.find(part) != std::string_view::npos;
-}
-
-/// The place after an opening at `offset`.
-off_t After(off_t offset)
-{
-    return offset + static_cast<off_t>(opening.size());
-}
-
-/// Whether the part lies across the place where the second text follows the first.
-bool ContainsAcross(std::string_view first, std::string_view second, std::string_view part)
-{
-    for (std::size_t length = 1; length < part.size(); ++length) {
-        const std::string_view begin = part.substr(0, length);
-        const std::string_view rest = part.substr(length);
-        if (first.size() >= begin.size() && first.substr(first.size() - begin.size()) == begin &&
-            second.substr(0, rest.size()) == rest) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool HasRoom(std::string_view mark, off_t offset)
-{
-    return offset + static_cast<off_t>(mark.size()) <= PageEnd(offset);
-}
-
-/// What a staged page begins with.
-class Lead
-{
-public:
-    Lead(std::string_view before, std::string_view copy, std::string_view after)
-    {
-        for (const std::string_view part : {before, copy, after}) {
-            end = std::copy(part.begin(), part.end(), end);
-        }
-    }
-
-    std::string_view Text() const { return {text.data(), static_cast<std::size_t>(end - text.data())}; }
-
-private:
-    std::array<char, longestLead> text;
-    char* end = text.data();
-};
 
 }  // namespace
 
@@ -200,14 +84,14 @@ bool SteppedFlush::IsPossible(const FileTail& tail, const FlushText& text)
 
 SteppedFlush::SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
                            const FlushText& brought)
-    : file(flushed), tail(replaced), covered(memory), text(brought),
-      firstInstruction(PlaceOfInstruction(replaced.End(), brought.end))
+    : file(flushed), tail(replaced), staging(flushed, memory), text(brought),
+      firstInstruction(Staging::PlaceOfInstruction(replaced.End(), brought.end))
 {
 }
 
 bool SteppedFlush::ReplacesTailInOnePage()
 {
-    return firstInstruction >= 0 && !SpansPages(text.start, After(firstInstruction)) &&
+    return firstInstruction >= 0 && !SpansPages(text.start, Staging::AfterOpening(firstInstruction)) &&
            StaysInInstructions();
 }
 
@@ -216,26 +100,18 @@ bool SteppedFlush::ReplacesTailInOnePage()
 bool SteppedFlush::StaysInInstructions()
 {
     if (!staysInInstructions) {
-        staysInInstructions = !Contains(text.Part(After(firstInstruction), text.end), closing);
+        staysInInstructions =
+            !Contains(text.Part(Staging::AfterOpening(firstInstruction), text.end), closing);
     }
     return *staysInInstructions;
 }
 
 std::optional<off_t> SteppedFlush::BetterStart()
 {
-    if (ReplacesTailInOnePage() || CoverForTail() != nullptr) {
+    if (ReplacesTailInOnePage() || FirstThatHides(text, tail) != nullptr) {
         return {};
     }
-    const off_t pageEnd = PageEnd(text.start);
-    for (const Cover& cover : covers) {
-        const auto room = static_cast<off_t>(cover.opening.size());
-        const auto start = tail.LastMarkup(pageEnd - pageSize, std::min(pageEnd - room, text.start));
-        if (start && TextFits(cover) && TailFits(cover, *start) &&
-            !ContainsAcross(tail.Part(*start, text.start), text.All(), cover.closing)) {
-            return start;
-        }
-    }
-    return {};
+    return StartForOneThatHides(text, tail);
 }
 
 SteppedFlush::Outcome SteppedFlush::Run()
@@ -243,7 +119,7 @@ SteppedFlush::Outcome SteppedFlush::Run()
     if (ReplacesTailInOnePage()) {
         return RunInOnePage();
     }
-    if (const Cover* const cover = CoverForTail()) {
+    if (const Cover* const cover = FirstThatHides(text, tail)) {
         return RunHidden(*cover);
     }
     // Nothing can hide this tail: it is replaced as if it lay on one page.
@@ -252,13 +128,13 @@ SteppedFlush::Outcome SteppedFlush::Run()
 
 SteppedFlush::Outcome SteppedFlush::RunInOnePage()
 {
-    if (!GetMemoryFor(opening)) {
+    if (!staging.GetMemoryFor(text, tail.End(), opening)) {
         return Outcome::NotBegun;
     }
     if (!Stage(opening) || !Merge()) {
         return Outcome::TailStands;
     }
-    if (!Commit(After(firstInstruction))) {
+    if (!Commit(Staging::AfterOpening(firstInstruction))) {
         return Outcome::TailTouched;
     }
     return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
@@ -266,9 +142,9 @@ SteppedFlush::Outcome SteppedFlush::RunInOnePage()
 
 SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
 {
-    const Lead lead(cover.beforeCopy, tail.From(text.start), cover.afterCopy);
+    const Mark lead{cover.beforeCopy, tail.From(text.start), cover.afterCopy};
     const bool inInstructions = cover.closing == closing;
-    if (inInstructions && !GetMemoryFor(lead.Text())) {
+    if (inInstructions && !staging.GetMemoryFor(text, tail.End(), lead.Text())) {
         return Outcome::NotBegun;
     }
     if (!(inInstructions ? Stage(lead.Text()) : StageBlank(lead.Text()))) {
@@ -280,46 +156,6 @@ SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
     return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
 }
 
-const SteppedFlush::Cover* SteppedFlush::CoverForTail() const
-{
-    const auto* const found = std::find_if(covers.begin(), covers.end(), [this](const Cover& cover) {
-        return HasRoom(cover.opening, text.start) && TextFits(cover) && TailFits(cover, text.start) &&
-               TextAndTailFit(cover);
-    });
-    return found == covers.end() ? nullptr : found;
-}
-
-/// Whether the text does not end the cover.
-bool SteppedFlush::TextFits(const Cover& cover) const
-{
-    return !Contains(text.All(), cover.closing);
-}
-
-/// Whether the tail from `start` on ends neither the cover nor what is around its copies, and whether the
-/// cover may stand where it begins: a section only within the root.
-bool SteppedFlush::TailFits(const Cover& cover, off_t start) const
-{
-    const std::string_view replaced = tail.From(start);
-    return replaced.size() <= longestCopy && !Contains(replaced, cover.closing) &&
-           !Contains(replaced, cover.notInCopy) && (cover.closing == closing || Contains(replaced, "</"));
-}
-
-/// Whether the text on the first page does not end the cover together with the rest of the tail on the
-/// next one, while that page is still old.
-bool SteppedFlush::TextAndTailFit(const Cover& cover) const
-{
-    const off_t pageEnd = PageEnd(text.start);
-    return pageEnd >= tail.End() ||
-           !ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), cover.closing);
-}
-
-/// Gets the memory for the true bytes under the marks of all pages.
-bool SteppedFlush::GetMemoryFor(std::string_view lead)
-{
-    const auto pages = static_cast<std::size_t>((text.end - tail.End()) / pageSize + 2);
-    return covered.Grow(pages * (lead.size() + closing.size()), 0);
-}
-
 // ---- The steps ----------------------------------------------------------------------------------
 
 /// Writes what comes after the tail as pages that begin with `lead` and end an instruction, and the
@@ -327,20 +163,8 @@ bool SteppedFlush::GetMemoryFor(std::string_view lead)
 bool SteppedFlush::Stage(std::string_view lead)
 {
     assert(state == State::Before);
-    const off_t trailerEnd = PutTrailer(lead);
-    char* saved = covered.Bytes();
-    ForEachMark(lead, [&](char* at, std::string_view mark) {
-        saved = std::copy_n(at, mark.size(), saved);
-        mark.copy(at, mark.size());
-    });
-    const bool staged = WriteText(tail.End(), trailerEnd);
-    const char* restored = covered.Bytes();
-    ForEachMark(lead, [&](char* at, std::string_view mark) {
-        std::copy_n(restored, mark.size(), at);
-        restored += mark.size();
-    });
     state = State::Staged;
-    return staged;
+    return staging.WriteInstructions(text, tail.End(), lead, Mark{lead, closing}.Text());
 }
 
 /// Writes what comes after the tail as pages that begin with `lead` and hold nothing else, and the
@@ -349,21 +173,7 @@ bool SteppedFlush::StageBlank(std::string_view lead)
 {
     assert(state == State::Before);
     state = State::Staged;
-    alignas(pageSize) std::array<char, pageSize> page;
-    const auto length = static_cast<off_t>(lead.size());
-    const bool fitsAfterText = length <= PageEnd(text.end) - text.end;
-    const off_t trailer = fitsAfterText ? text.end : PageEnd(text.end);
-    for (off_t from = tail.End(), to; from < trailer + length; from = to) {
-        to = from < trailer ? std::min(PageEnd(from), trailer) : trailer + length;
-        char* const begin = page.data() + from % pageSize;
-        char* const end = begin + (to - from);
-        char* const afterLead = to - from < length ? begin : std::copy(lead.begin(), lead.end(), begin);
-        std::fill(afterLead, end, '\n');
-        if (!file.Write({begin, static_cast<std::size_t>(end - begin)}, from)) {
-            return false;
-        }
-    }
-    return true;
+    return staging.WriteBlank(tail.End(), text.end, lead, lead);
 }
 
 /// Writes the true bytes from the closing of the first instruction on.
@@ -401,36 +211,6 @@ bool SteppedFlush::CutTrailer()
     assert(state == State::Committed);
     state = State::Done;
     return file.CutAt(text.end);
-}
-
-// ---- What stands in the file while staged ---------------------------------------------------------
-
-/// Puts the trailer after the text, with newlines before it when it would not fit on the page. Returns
-/// the place of its end.
-off_t SteppedFlush::PutTrailer(std::string_view lead)
-{
-    const off_t roomOnPage = PageEnd(text.end) - text.end;
-    char* out = text.At(text.end);
-    out = std::copy_n(newlines.begin(), roomOnPage < Shortest(lead) ? roomOnPage : 0, out);
-    out = std::copy(lead.begin(), lead.end(), out);
-    out = std::copy(closing.begin(), closing.end(), out);
-    return text.start + (out - text.bytes);
-}
-
-/// Calls `visit` with each mark of the staged pages, and with the place in the text that it covers.
-template <typename Visit>
-void SteppedFlush::ForEachMark(std::string_view lead, Visit visit) const
-{
-    for (off_t from = tail.End(), to; from < text.end; from = to) {
-        to = std::min(PageEnd(from), text.end);
-        if (to - from < Shortest(lead)) {
-            const auto length = static_cast<std::size_t>(to - from);
-            visit(text.At(from), std::string_view(newlines.data(), newlines.size()).substr(0, length));
-        } else {
-            visit(text.At(from), lead);
-            visit(text.At(to) - closing.size(), closing);
-        }
-    }
 }
 
 }  // namespace Scrivel2

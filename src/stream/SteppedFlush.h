@@ -5,10 +5,12 @@
 #define SCRIVEL_STREAM_STEPPEDFLUSH_H
 
 #include "stream/Block.h"
+#include "stream/Cover.h"
 #include "stream/FileTail.h"
+#include "stream/FlushText.h"
 #include "stream/OpenFile.h"
+#include "stream/Staging.h"
 
-#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -17,28 +19,10 @@
 namespace Scrivel2
 {
 
-/// The text that a flush brings to [start, end) of the file. It lies in a Block, with the spare room of
-/// that after it.
-struct FlushText
-{
-    char* At(off_t offset) const { return bytes + (offset - start); }
-    std::string_view Part(off_t from, off_t to) const
-    {
-        return {At(from), static_cast<std::size_t>(to - from)};
-    }
-    std::string_view All() const { return Part(start, end); }
-
-    char* bytes;
-    off_t start;
-    off_t end;
-};
-
 class SteppedFlush
 {
 public:
     static constexpr off_t pageSize = Block::pageSize;
-
-    struct Cover;
 
     /// What a flush has come to, and what is to be done then.
     enum class Outcome
@@ -85,21 +69,13 @@ private:
     bool Commit(off_t to);
     bool CutTrailer();
 
-    bool GetMemoryFor(std::string_view lead);
     bool ReplacesTailInOnePage();
     bool StaysInInstructions();
-    const Cover* CoverForTail() const;
-    bool TextFits(const Cover& cover) const;
-    bool TailFits(const Cover& cover, off_t start) const;
-    bool TextAndTailFit(const Cover& cover) const;
-    off_t PutTrailer(std::string_view lead);
-    template <typename Visit>
-    void ForEachMark(std::string_view lead, Visit visit) const;
     bool WriteText(off_t from, off_t to) { return file.Write(text.Part(from, to), from); }
 
     OpenFile& file;
     const FileTail& tail;
-    Block& covered;  // the true bytes under the marks
+    Staging staging;
     FlushText text;
     off_t firstInstruction;  // where the first instruction after the tail begins: -1 for no room for one
     std::optional<bool> staysInInstructions;
