@@ -79,7 +79,7 @@ namespace Scrivel2
 ///
 /// The callables that it is given write with what they get, a RunWriters or ConnectWriters: all writers
 /// of values, and WriteComment. They run at once, under the log's lock: a logged call made inside one is
-/// refused (CallLog). When one throws, what it has written is blanked out, and the exception goes on.
+/// refused (CallLog). When one throws, what it has written is taken back, and the exception goes on.
 ///
 /// When memory ends, a std::bad_alloc leaves the constructor, Arguments or Results, and nothing of what
 /// they were to write is in the log. It goes on with the next call that there is memory for.

@@ -11,7 +11,6 @@
 #include "scrivel/LogComments.h"
 #include "scrivel/ValueWriters.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <ios>
 #include <new>
@@ -246,8 +245,8 @@ public:
         attempt.Finish();
     }
 
-    /// Lets `write` write values to the log, then `finish`. When `write` throws, what it has written
-    /// becomes blanks, so that `finish` completes the document before the exception goes on.
+    /// Lets `write` write values to the log, then `finish`. When `write` throws, what it has written is
+    /// taken back, so that `finish` completes the document before the exception goes on.
     template <typename Write, typename Finish>
     void WriteAndFinish(Write& write, Finish finish)
     {
@@ -256,9 +255,7 @@ public:
         try {
             write(static_cast<ValueWriters<Generator>&>(*this));
         } catch (...) {
-            const auto end = this->logFile.tellp();
-            this->logFile.seekp(start);
-            AppendBlanks(end - start);
+            this->logFile.DropFrom(start);
             this->depth = startDepth;
             finish();
             throw;
@@ -342,15 +339,6 @@ private:
         this->depth = 1;
         Generator::WriteComment(std::move(text));
         this->UpdateFilePointerPosition();
-    }
-
-    void AppendBlanks(std::streamoff count)
-    {
-        static constexpr std::string_view blanks = "                                ";
-        constexpr std::streamoff most = blanks.size();
-        for (; count > 0; count -= most) {
-            this->logFile.Append(blanks.substr(0, static_cast<std::size_t>(std::min(count, most))));
-        }
     }
 
     static void RefuseTooLong(const std::string& name)

@@ -81,6 +81,21 @@ void LogStream::TakeBack(std::streamoff position)
     }
 }
 
+void LogStream::DropFrom(std::streamoff position)
+{
+    if (good()) {
+        Buffer().DropFrom(position);
+    }
+    if (IsOutOfMemory()) {
+        setstate(badbit);
+    }
+}
+
+void LogStream::SetMostInMemory(std::size_t size)
+{
+    Buffer().SetMostInMemory(size);
+}
+
 bool LogStream::IsOutOfMemory() const
 {
     return Buffer().IsOutOfMemory();

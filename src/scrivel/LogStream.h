@@ -143,6 +143,14 @@ public:
     /// memory alone is good again; one whose file has failed stays bad.
     void TakeBack(std::streamoff position);
 
+    /// Drops the text since the last flush from `position` on, and goes there. When that much can't be
+    /// dropped for want of memory, the stream is bad as after any lack of it.
+    void DropFrom(std::streamoff position);
+
+    /// What the text of a flush may take in memory, 64 MiB unless told. What is more goes to the file
+    /// ahead of the flush, hidden after the end of the document.
+    void SetMostInMemory(std::size_t size);
+
     /// Whether memory has ended: no text is taken, and what came since the last flush is gone.
     bool IsOutOfMemory() const;
 

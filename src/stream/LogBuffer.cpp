@@ -19,9 +19,9 @@
 //
 //             Seeking moves the put pointer within that text. A seek to a place outside it extends the
 //             text to there, with the bytes that the file has in between.
-//   PIECES    As PENDING, but text of the same flush has already been written over the tail, as memory
-//             could not hold all of it: what a kill leaves is not protected until the flush is done.
-//             `tail` still holds what was there.
+//   PIECES    As PENDING, but text of the same flush has already been written, as memory could not hold
+//             all of it; it is hidden after the tail (Pieces.cpp draws how). `tail` still holds what the
+//             flush is to replace.
 //
 // A flush that fails leaves the file as in CLEAN, or, when even that can't be done, a document. The text
 // is gone, and the stream is bad, so that no more comes until it is opened anew.
@@ -29,6 +29,7 @@
 #include "stream/LogBuffer.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstring>
 
@@ -42,7 +43,7 @@ LogBuffer::State LogBuffer::CurrentState() const
     if (!IsOpen()) {
         return State::Closed;
     }
-    if (pieces) {
+    if (pieces.Any()) {
         return State::Pieces;
     }
     return TextEnd() == pbase() ? State::Clean : State::Pending;
@@ -73,7 +74,7 @@ bool LogBuffer::GetMemory()
 bool LogBuffer::Start()
 {
     tail.Clear();
-    pieces.reset();
+    pieces.Forget();
     StartTextAt(0);
     assert(CurrentState() == State::Clean);
     return true;
@@ -103,6 +104,7 @@ bool LogBuffer::Flush()
         TakeTextAsTail();
         return true;
     }
+    pieces.Forget();
     StartTextAt(start);
     return false;
 }
@@ -116,7 +118,7 @@ bool LogBuffer::IsFileAsLeft()
     if (++flushes % flushesPerLook != 0 && !costsLittle) {
         return true;
     }
-    return file.IsAsLeft(std::max(tail.End(), pieces ? pieces->end : 0));
+    return file.IsAsLeft(pieces.Any() ? pieces.EndOfFile() : tail.End());
 }
 
 /// After a flush: the text just written is the new tail, and the old tail's memory takes the next text.
@@ -126,7 +128,7 @@ void LogBuffer::TakeTextAsTail()
     const off_t position = Position();
     const off_t fileEnd = EndOfFile();
     const off_t end = EndOfText();
-    const bool oldTailStands = !pieces && textStart >= tail.Start();
+    const bool oldTailStands = !pieces.Any() && textStart >= tail.Start();
     if (oldTailStands) {
         KeepMarkupBeforePageEnd(end);
     }
@@ -136,9 +138,30 @@ void LogBuffer::TakeTextAsTail()
         tail.Copy(end, fileEnd, Text().At(end));
         endsFile = true;
     }
+    if (pieces.Any()) {
+        BeginOutsideOfMarkup();
+    }
     tail.Take(block, endsFile ? textStart : fileEnd, fileEnd);
-    pieces.reset();
+    pieces.Forget();
     StartTextAt(position);
+}
+
+/// Lets the text, a last piece that may begin in the midst of a comment, an instruction or a section,
+/// begin after the end of the last one: there it is in none.
+void LogBuffer::BeginOutsideOfMarkup()
+{
+    const FlushText text = Text();
+    std::size_t place = 0;
+    for (const std::string_view closing : {"-->", "?>", "]]>"}) {
+        if (const auto found = text.All().rfind(closing); found != std::string_view::npos) {
+            place = std::max(place, found + closing.size());
+        }
+    }
+    const auto length = text.All().size() - place;
+    const char* const bytes = text.bytes + place;
+    StartTextAt(text.start + static_cast<off_t>(place));
+    std::memmove(pbase(), bytes, length);
+    textHighest = pbase() + length;
 }
 
 /// Where a page ends soon after the beginning of the text, the next flush may have to begin earlier, with
@@ -155,23 +178,32 @@ void LogBuffer::KeepMarkupBeforePageEnd(off_t end)
     }
 }
 
-/// Writes the text out ahead of its flush, when there is too much of it for memory.
-bool LogBuffer::WriteOutPiece()
+/// Writes the text out ahead of its flush, when there is too much of it for memory. What comes last stays
+/// in memory as long as the text goes on there: the last piece is then long enough for the next flush to
+/// know what comes before its tail.
+bool LogBuffer::WriteOutPiece(bool goesOn)
 {
     assert(CurrentState() != State::Closed);
-    const off_t end = EndOfText();
-    const off_t position = Position();
-    if (!pieces) {
-        tail.ReachBackTo(textStart);
+    if (!pieces.Any() && tail.ReachBackTo(textStart)) {
+        if (const auto start = pieces.BetterStart(Text())) {
+            BeginEarlier(*start);
+        }
     }
+    const off_t position = Position();
+    FlushText piece = Text();
+    std::array<char, 2 * Block::pageSize> last;
+    constexpr off_t most = last.size();
+    const off_t kept =
+        goesOn && position == piece.end ? std::min(most, (piece.end - piece.start) / 4) : 0;
+    piece.end -= kept;
+    std::copy_n(piece.At(piece.end), kept, last.data());
     const OpenFile::Change change(file);
-    if (!WriteInOneGo()) {
+    if (!pieces.Write(piece)) {
         StartTextAt(textStart);
         return false;
     }
-    pieces = pieces ? Span{std::min(pieces->start, textStart), std::max(pieces->end, end)}
-                    : Span{textStart, end};
-    StartTextAt(position);
+    StartTextAt(position - kept);
+    Advance(std::copy_n(last.data(), kept, pptr()));
     return true;
 }
 
@@ -180,11 +212,48 @@ bool LogBuffer::WriteOutPiece()
 void LogBuffer::DropText()
 {
     assert(CurrentState() != State::Closed);
-    if (pieces) {
+    if (pieces.Any()) {
         const OpenFile::Change change(file);
-        PutTailBack();
+        pieces.TakeBack();
     }
     StartTextAt(textStart);
+}
+
+/// Drops the text from `position` on. What has been written of it is cut off, and what came before it is
+/// brought back into memory; when there is no memory for that, all is lost.
+void LogBuffer::DropFrom(off_t position)
+{
+    if (!IsOpen() || position >= EndOfText()) {
+        return;
+    }
+    if (position < textStart && !BringBack(position)) {
+        DropText();
+        outOfMemory = true;
+        return;
+    }
+    setp(pbase(), epptr());
+    Advance(Text().At(std::max(position, textStart)));
+    textHighest = sought = pptr();
+}
+
+/// Makes the text in memory what has been written of it in pieces, up to `end`; there are none
+/// afterwards.
+bool LogBuffer::BringBack(off_t end)
+{
+    if (!pieces.Any()) {
+        return true;  // it is flushed
+    }
+    const off_t start = pieces.Start();
+    const auto length = static_cast<std::size_t>(std::max(end, start) - start);
+    StartTextAt(start);
+    if (length > mostInMemory + Block::pageSize || !Enlarge(length) ||
+        !pieces.Read(start + static_cast<off_t>(length), pbase())) {
+        return false;
+    }
+    const OpenFile::Change change(file);
+    pieces.TakeBack();
+    textHighest = pbase() + length;
+    return true;
 }
 
 void LogBuffer::TakeBack(off_t position)
@@ -202,14 +271,20 @@ void LogBuffer::StartTextAt(off_t position)
 {
     textStart = position;
     block.AlignTo(position);
-    setp(block.Bytes(), block.Bytes() + block.Capacity());
+    SetPutArea(0);
     textHighest = sought = pbase();
+}
+
+/// Lets the put area be the memory of the text, or so much of it that a piece ends where it should.
+void LogBuffer::SetPutArea(std::size_t wanted)
+{
+    setp(block.Bytes(), block.Bytes() + std::min(block.Capacity(), std::max(wanted, mostInMemory)));
 }
 
 /// The end that the file has when the text is written: the place of a seek alone does not count.
 off_t LogBuffer::EndOfFile() const
 {
-    return std::max({tail.End(), pieces ? pieces->end : 0, TextEnd() > pbase() ? EndOfText() : 0});
+    return std::max({tail.End(), pieces.Any() ? pieces.End() : 0, TextEnd() > pbase() ? EndOfText() : 0});
 }
 
 /// Lets the text grow to `wanted` bytes, keeping all that is known of its place.
@@ -221,7 +296,7 @@ bool LogBuffer::Enlarge(std::size_t wanted)
     if (!block.Grow(wanted, static_cast<std::size_t>(std::max(put, TextEnd() - pbase())))) {
         return false;
     }
-    setp(block.Bytes(), block.Bytes() + block.Capacity());
+    SetPutArea(wanted);
     Advance(pbase() + put);
     textHighest = pbase() + highest;
     sought = pbase() + target;
@@ -233,7 +308,9 @@ char* LogBuffer::MakeRoom(std::size_t most)
     if (!IsOpen()) {
         return nullptr;
     }
-    if (static_cast<std::size_t>(pptr() - pbase()) + most > Block::mostInMemory && !WriteOutPiece()) {
+    // A piece that is small beside what comes would save no memory.
+    const auto used = static_cast<std::size_t>(pptr() - pbase());
+    if (used + most > mostInMemory && used > mostInMemory / 2 && !WriteOutPiece(true)) {
         return nullptr;
     }
     if (!Enlarge(static_cast<std::size_t>(pptr() - pbase()) + most)) {
@@ -249,7 +326,10 @@ char* LogBuffer::MakeRoom(std::size_t most)
 bool LogBuffer::ExtendText(off_t from, off_t to)
 {
     const off_t end = EndOfText();
-    if (pieces || to - from > static_cast<off_t>(Block::mostInMemory) || !tail.ReachBackTo(from) ||
+    if (from == textStart && to == end) {
+        return true;
+    }
+    if (pieces.Any() || to - from > static_cast<off_t>(Block::mostInMemory) || !tail.ReachBackTo(from) ||
         !Enlarge(static_cast<std::size_t>(to - from))) {
         return false;
     }
@@ -257,7 +337,7 @@ bool LogBuffer::ExtendText(off_t from, off_t to)
         const off_t added = textStart - from;
         const char* const bytesBefore = pbase();
         block.AlignTo(from);
-        setp(block.Bytes(), block.Bytes() + block.Capacity());
+        SetPutArea(static_cast<std::size_t>(to - from));
         std::memmove(pbase() + added, bytesBefore, static_cast<std::size_t>(end - textStart));
         tail.Copy(from, textStart, pbase());
         textStart = from;
@@ -346,7 +426,7 @@ std::streambuf::pos_type LogBuffer::seekpos(pos_type position, std::ios_base::op
     if (TextEnd() == pbase()) {
         StartTextAt(target);
     } else if (!MoveTo(target)) {
-        if (!WriteOutPiece()) {
+        if (!WriteOutPiece(false)) {
             return pos_type(off_type(-1));
         }
         StartTextAt(target);
@@ -364,7 +444,10 @@ int LogBuffer::sync()
 /// In steps, when the text spans pages and replaces the tail.
 bool LogBuffer::WriteText()
 {
-    if (pieces || !tail.ReachBackTo(textStart) || !SteppedFlush::IsPossible(tail, Text())) {
+    if (pieces.Any()) {
+        return CommitPieces();
+    }
+    if (!tail.ReachBackTo(textStart) || !SteppedFlush::IsPossible(tail, Text())) {
         return WriteInOneGo();
     }
     SteppedFlush steps(file, tail, covered, Text());
@@ -373,6 +456,19 @@ bool LogBuffer::WriteText()
         steps.SetText(Text());
     }
     return WriteInSteps(steps);
+}
+
+bool LogBuffer::CommitPieces()
+{
+    const off_t position = Position();
+    if (TextEnd() == pbase()) {
+        StartTextAt(pieces.End());  // no more has come since a seek
+    }
+    const bool written = pieces.Commit(Text());
+    if (TextEnd() == pbase()) {
+        StartTextAt(position);
+    }
+    return written;
 }
 
 bool LogBuffer::WriteInSteps(SteppedFlush& steps)
@@ -402,8 +498,7 @@ bool LogBuffer::WriteInOneGo()
 /// After a failed write: the file is again what the last flush left.
 void LogBuffer::PutTailBack()
 {
-    tail.PutBack(pieces ? std::min(textStart, pieces->start) : textStart);
-    pieces.reset();
+    tail.PutBack(textStart);
 }
 
 }  // namespace Scrivel2

@@ -10,12 +10,12 @@
 #include "stream/Block.h"
 #include "stream/FileTail.h"
 #include "stream/OpenFile.h"
+#include "stream/Pieces.h"
 #include "stream/SteppedFlush.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <ios>
-#include <optional>
 
 #include <sys/types.h>
 
@@ -31,6 +31,12 @@ public:
     bool Close();
 
     void TakeBack(off_t position);
+    void DropFrom(off_t position);
+    void SetMostInMemory(std::size_t size)
+    {
+        constexpr auto page = static_cast<std::size_t>(Block::pageSize);
+        mostInMemory = std::max(size, 2 * page) - page;
+    }
     bool IsOutOfMemory() const { return outOfMemory; }
 
     void HoldFlushes() { ++holds; }
@@ -59,10 +65,12 @@ private:
     bool IsFileAsLeft();
     bool Start();
     bool Flush();
-    bool WriteOutPiece();
+    bool WriteOutPiece(bool goesOn);
     void TakeTextAsTail();
     void KeepMarkupBeforePageEnd(off_t end);
+    void BeginOutsideOfMarkup();
     void DropText();
+    bool BringBack(off_t end);
 
     // The text in memory.
     /// The end of what has been written: a seek alone does not move it.
@@ -72,6 +80,7 @@ private:
     off_t Position() const { return textStart + (pptr() - pbase()); }
     FlushText Text() const { return {pbase(), textStart, EndOfText()}; }
     void StartTextAt(off_t position);
+    void SetPutArea(std::size_t wanted);
     bool Enlarge(std::size_t wanted);
     bool ExtendText(off_t from, off_t to);
     bool MoveTo(off_t target);
@@ -79,16 +88,10 @@ private:
 
     // Writing.
     bool WriteText();
+    bool CommitPieces();
     bool WriteInSteps(SteppedFlush& steps);
     bool WriteInOneGo();
     void PutTailBack();
-
-    /// A part of the file.
-    struct Span
-    {
-        off_t start;
-        off_t end;
-    };
 
     OpenFile file;
     FileTail tail{file};
@@ -101,9 +104,12 @@ private:
     char* textHighest = nullptr;  // its end as it was before the last seek
     char* sought = nullptr;       // where the last seek left the put pointer
 
-    std::optional<Span> pieces;  // what has been written out ahead of its flush
+    /// What a text takes before it is written out: less than memory may hold, as its start may be earlier
+    /// on its page.
+    std::size_t mostInMemory = Block::mostInMemory - Block::pageSize;
 
-    Block covered;  // for stepped flushes, kept from one to the next
+    Block covered;  // for flushes in steps and in pieces, kept from one to the next
+    Pieces pieces{file, tail, covered};
 };
 
 }  // namespace Scrivel2

@@ -5,8 +5,8 @@
 //
 // Each scenario logs up to some 300 kB with sizes of calls, and a length of the root end tag, of its own;
 // one in five logs through the logging layer, where calls interrupt each other, and one in five with a
-// name and raw elements that hold what ends comments and instructions. Its writes are recorded and
-// replayed into memory.
+// name and raw elements that hold what ends comments and instructions; of the others one in two lets its
+// flushes come in pieces. Its writes are recorded and replayed into memory.
 //
 // Fails when a state between two writes, or a cut inside one, is rejected by libxml2 or lacks a flushed
 // call.
@@ -77,7 +77,7 @@ public:
     explicit Scenario(unsigned int number)
         : hostile(number % 5 == 3),
           logName((hostile ? "tr--ace" : "trace") + std::string(number % 9 * (hostile ? 28 : 9), 'x')),
-          layered(number % 5 == 4), calls(SizesOf(number).calls),
+          layered(number % 5 == 4), inPieces(number % 2 == 1), calls(SizesOf(number).calls),
           load(number, SizesOf(number).least, SizesOf(number).most), session(logName, load, calls)
     {
     }
@@ -98,7 +98,7 @@ public:
             } else if (hostile) {
                 LogRawElements(progress);
             } else {
-                session.Run(progress);
+                session.Run(progress, {}, inPieces ? 3 * pageSize : 0);
             }
         });
         if (FileBytes(session.FileName()) != Replayed(steps)) {
@@ -224,6 +224,7 @@ private:
     bool hostile;
     std::string logName;
     bool layered;
+    bool inPieces;
     unsigned int calls;
     Load load;
     Session session;

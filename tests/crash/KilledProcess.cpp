@@ -3,6 +3,9 @@
 //
 //     crash_killed_process --count 20000 --signal kill    SIGKILL from outside
 //     crash_killed_process --count 5000 --signal segv     a second thread reads memory that isn't there
+//     crash_killed_process --count 5000 --memory 20000    flushes come in pieces of 20 kilobytes
+//
+// --least and --most are sizes of calls, --longest is the latest instant in microseconds.
 //
 // The logging process notes in shared memory when it begins a flush and when the flush has returned.
 // Instants are counted from the moment the log is open: before its first flush the file is empty.
@@ -33,9 +36,12 @@ using namespace ScrivelTest;
 namespace
 {
 
+std::size_t mostInMemory;
+
 [[noreturn]] void LogForEver(Progress& progress, Load& load, const std::function<void()>& begin)
 {
     WatchedGenerator log("trace", progress);
+    log.SetMostInMemory(mostInMemory);
     log.StartLogging();
     begin();
     for (;;) {
@@ -73,9 +79,16 @@ void LogUntilFault(Progress& progress, Load& load, const std::function<void()>& 
 
 int main(int argc, char** argv)
 {
-    const Options options(
-        argc, argv,
-        {{"count", "300"}, {"seed", "1"}, {"directory", "."}, {"signal", "kill"}, {"longest", "3000"}});
+    const Options options(argc, argv,
+                          {{"count", "300"},
+                           {"seed", "1"},
+                           {"directory", "."},
+                           {"signal", "kill"},
+                           {"longest", "3000"},
+                           {"least", "100"},
+                           {"most", "100000"},
+                           {"memory", "67108864"}});
+    mostInMemory = options.Number("memory");
     const bool fault = options.Text("signal") == "segv";
     const unsigned int seed = options.Number("seed");
     const unsigned int kills = options.Number("count");
@@ -88,7 +101,7 @@ int main(int argc, char** argv)
     unsigned int rejected = 0;
     unsigned int missing = 0;
     for (unsigned int i = 0; i < kills; ++i) {
-        Load load(seed * 1000003ULL + i, 100, 100'000);
+        Load load(seed * 1000003ULL + i, options.Number("least"), options.Number("most"));
         const Microseconds delay(delays(random));
         progress.begun = 0;
         progress.done = 0;

@@ -2,12 +2,15 @@
 //
 //     crash_peak_memory --count 1000000 --megabytes 40
 //
-// First `count` small calls, then one call with an array of so many megabytes, which is some 35 times as
-// much text.
+// First `count` small calls, then through the layer a writer that throws after four times as many
+// megabytes of text, then one call with an array of so many megabytes, which is some 35 times as much
+// text.
 //
-// Fails when the calls after the first tenth make the peak grow, when the large call takes more than
-// 192 MiB besides its array, and when libxml2 rejects a log or finds too little in it. Where a
-// sanitizer's runtime takes memory of its own, the figures are printed only.
+// Fails when the calls after the first tenth make the peak grow, when one of the large ones takes more
+// than 112 MiB besides what it is given, and when libxml2 rejects a log or finds too little in it. Where
+// a sanitizer's runtime takes memory of its own, the figures are printed only.
+
+#include "LoggedCall.h"
 
 #include "crash/LogReader.h"
 #include "crash/Options.h"
@@ -16,6 +19,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,6 +39,8 @@ constexpr bool memoryIsOurOwn = !__has_feature(address_sanitizer) && !__has_feat
 #else
 constexpr bool memoryIsOurOwn = true;
 #endif
+
+constexpr long mostBesides = 112L * 1024;
 
 /// The most that this process has held so far, in KiB.
 long Peak()
@@ -79,9 +85,37 @@ bool LogSmallCalls(unsigned int count)
     return whole && (!memoryIsOurOwn || afterAll - afterTenth <= noise);
 }
 
+bool LogThrowingWriter(unsigned int megabytes)
+{
+    const std::string text(1'000'000, 'x');
+    const long before = Peak();
+    {
+        Scrivel2::RunLog log("throwing");
+        Scrivel2::LoggedCall call(log, "CADIMemRead");
+        try {
+            call.Results([&](auto& xml) {
+                for (unsigned int i = 0; i < megabytes; ++i) {
+                    xml.WriteString("text", text);
+                }
+                throw std::runtime_error("no more");
+            });
+        } catch (const std::runtime_error&) {
+            // It goes on to whoever logs.
+        }
+    }
+    const long after = Peak();
+
+    constexpr std::size_t rootCallAndReturnTime = 3;
+    const LogContents contents = ReadAndRemove("throwing", nullptr);
+    const bool whole = contents.accepted && contents.elements == rootCallAndReturnTime;
+    std::printf("a writer that throws after %u MB: peak memory %ld KiB, %ld KiB of it for the log; the "
+                "log is %s\n",
+                megabytes, after, after - before, whole ? "whole" : contents.problem.c_str());
+    return whole && (!memoryIsOurOwn || after - before <= mostBesides);
+}
+
 bool LogLargeCall(unsigned int megabytes)
 {
-    constexpr long mostBesides = 192L * 1024;
     const std::vector<unsigned char> data(megabytes * 1'000'000UL, 200);
     const long before = Peak();
     Progress progress{};
@@ -110,6 +144,7 @@ int main(int argc, char** argv)
     const Options options(argc, argv, {{"count", "30000"}, {"megabytes", "3"}, {"directory", "."}});
     const Scratch scratch(options.Text("directory"));
     const bool small = LogSmallCalls(options.Number("count"));
+    const bool throwing = LogThrowingWriter(4 * options.Number("megabytes"));
     const bool large = LogLargeCall(options.Number("megabytes"));
-    return small && large ? 0 : 1;
+    return small && throwing && large ? 0 : 1;
 }

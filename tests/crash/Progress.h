@@ -25,6 +25,9 @@ class WatchedGenerator : public Scrivel2::Scrivel2XmlGenRun
 public:
     WatchedGenerator(const char* name, Progress& told) : Scrivel2XmlGenRun(name), progress(told) {}
 
+    /// Lets flushes of more than that come in pieces.
+    void SetMostInMemory(std::size_t size) { logFile.SetMostInMemory(size); }
+
     void FlushOutput(bool finalTag, std::string callName) override
     {
         const unsigned int number = ++progress.begun;

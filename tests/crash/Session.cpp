@@ -31,7 +31,7 @@ Session::Session(std::string name, const Load& loadToLog, unsigned int callCount
     platform.time.Use([](std::time_t*) -> std::time_t { return 1000; });
 }
 
-void Session::Run(Progress& progress, const std::function<void()>& afterFlush)
+void Session::Run(Progress& progress, const std::function<void()>& afterFlush, std::size_t mostInMemory)
 {
     progress.begun = 0;
     progress.done = 0;
@@ -41,6 +41,9 @@ void Session::Run(Progress& progress, const std::function<void()>& afterFlush)
         }
     };
     WatchedGenerator log(logName.c_str(), progress);
+    if (mostInMemory > 0) {
+        log.SetMostInMemory(mostInMemory);
+    }
     log.StartLogging();
     flushed();
     for (unsigned int i = 0; i < calls; ++i) {

@@ -22,8 +22,10 @@ class Session
 public:
     Session(std::string logName, const Load& load, unsigned int calls);
 
-    /// Logs all calls; `afterFlush` is called whenever a flush has returned.
-    void Run(Progress& progress, const std::function<void()>& afterFlush = {});
+    /// Logs all calls; `afterFlush` is called whenever a flush has returned. Text of more than
+    /// `mostInMemory` bytes comes in pieces, unless that is 0.
+    void Run(Progress& progress, const std::function<void()>& afterFlush = {},
+             std::size_t mostInMemory = 0);
 
     std::string FileName() const;
     const Load& Calls() const { return load; }

@@ -318,13 +318,11 @@ struct Failing
     }
 };
 
-TEST_F(LoggedCalls, ArgumentsThatCannotBeWrittenAreBlankedOut)
+TEST_F(LoggedCalls, ArgumentsThatCannotBeWrittenAreTakenBack)
 {
     LoggedCall call(log, "CADIMemRead");
     EXPECT_THROW(call.Arguments(Failing()), std::runtime_error);
-    const std::string blanks(std::string("        <first>1</first>\n        <second>2</second>\n").size(),
-                             ' ');
-    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + "\n" + blanks + "    </CADIMemRead>\n"));
+    EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + "\n    </CADIMemRead>\n"));
     call.Arguments([](auto& xml) { xml.WriteDecimal("a", 1); });
     call.Results([](auto& xml) { xml.WriteDecimal("r", 2); });
     const auto read = ScrivelTest::ReadCalls(InRunFile());
@@ -342,7 +340,7 @@ TEST_F(LoggedCalls, ArgumentsOfTheConstructorThatCannotBeWrittenEndTheCall)
     EXPECT_EQ(read.calls.at(1).returns, 1U);
 }
 
-TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreBlankedOut)
+TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreTakenBack)
 {
     {
         LoggedCall call(log, "CADIMemRead");
@@ -351,12 +349,10 @@ TEST_F(LoggedCalls, ResultsThatCannotBeWrittenAreBlankedOut)
     {
         const LoggedCall next(log, "next");
     }
-    const std::string blanks(std::string("        <first>1</first>\n        <second>2</second>\n").size(),
-                             ' ');
     EXPECT_EQ(InRunFile(), RunFile(StartTag("CADIMemRead") + R"(
         <return_time>0.000000 s</return_time>
-)" + blanks + "    </CADIMemRead>\n" +
-                                   StartTag("next", 2) + R"(
+    </CADIMemRead>
+)" + StartTag("next", 2) + R"(
         <return_time>0.000000 s</return_time>
     </next>
 )"));

@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace
 {
 
 namespace fs = std::filesystem;
+using ScrivelTest::pageSize;
 using ScrivelTest::platform;
 using ScrivelTest::refuseMemory;
 
@@ -41,18 +43,19 @@ TEST_F(HugeFlush, IsWrittenOutInPiecesAheadOfTheFlush)
     const std::string document = Begin(100);
     log.seekp(-7, std::ios_base::end);
     ResetCounts();
-    WritePieces(64);
+    WritePieces(63);
     EXPECT_EQ(CallsOnTheFile(), 0U);
     WritePieces(1);
-    EXPECT_EQ(platform.pwrite.Calls(), 1U);
-    WritePieces(5);
+    EXPECT_EQ(platform.pwrite.Calls(), 2U);
+    EXPECT_EQ(platform.ftruncate.Calls(), 0U);
+    WritePieces(6);
     log << endTag << std::flush;
     EXPECT_TRUE(log.good());
-    EXPECT_TRUE(File() == document + Pieces(64) + Pieces(1) + Pieces(5) + endTag);
+    EXPECT_TRUE(File() == document + Pieces(63) + Pieces(1) + Pieces(6) + endTag);
     EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(document.size() + 70 * piece + 7));
 
     Grow(Element(5000));
-    EXPECT_TRUE(File() == document + Pieces(64) + Pieces(1) + Pieces(5) + Element(5000) + endTag);
+    EXPECT_TRUE(File() == document + Pieces(63) + Pieces(1) + Pieces(6) + Element(5000) + endTag);
 }
 
 TEST_F(HugeFlush, PutsTheTailBackWhenALaterWriteFails)
@@ -70,7 +73,7 @@ TEST_F(HugeFlush, PutsTheTailBackWhenAPieceFails)
 {
     const std::string before = Begin(100) + endTag;
     log.seekp(-7, std::ios_base::end);
-    WritePieces(64);
+    WritePieces(63);
     FailWrites(1, 1);
     WritePieces(1);
     EXPECT_TRUE(log.bad());
@@ -156,6 +159,194 @@ TEST_F(HugeFlush, SeekPastMoreThanMemoryMayHoldLeavesAHole)
     EXPECT_EQ(text.front(), 'a');
     EXPECT_EQ(text.back(), 'b');
     EXPECT_EQ(std::count(text.begin(), text.end(), '\0'), static_cast<std::ptrdiff_t>(most + 9));
+}
+
+/// Flushes whose pieces are small, stopped between any two pages.
+class SmallPieces : public HugeFlush
+{
+protected:
+    static constexpr std::size_t limit = 4 * ScrivelTest::pageSize;
+
+    /// Opens a document and replaces its tail by elements that are several times the limit, with `extra`
+    /// in the midst of them. Returns what the file is to hold.
+    std::string GrowInPieces(std::size_t before, const std::string& lastBefore = "<bbbbb/>\n",
+                             const std::string& tail = endTag, const std::string& extra = {},
+                             std::size_t elements = 60)
+    {
+        const std::string document = Begin(before, lastBefore, tail);
+        log.SetMostInMemory(limit);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        StopBetweenPages();
+        std::string text;
+        for (std::size_t i = 0; i < elements; ++i) {
+            const std::string element =
+                Element(10 + 37 * i % 1900) + (i == elements / 2 ? extra : std::string());
+            log << element;
+            text += element;
+        }
+        log << tail << std::flush;
+        platform.pwrite.Reset();
+        return document + text + tail;
+    }
+};
+
+TEST_F(SmallPieces, LeaveADocumentWhereverTheTailStands)
+{
+    for (std::size_t before = pageSize - 20; before < pageSize + 3; ++before) {
+        for (const std::size_t elements : {40U, 41U, 42U, 60U}) {
+            const std::string expected = GrowInPieces(before, "<bbbbb/>\n", endTag, {}, elements);
+            EXPECT_TRUE(log.good());
+            ASSERT_TRUE(File() == expected) << before;
+            EXPECT_GT(std::exchange(stops, 0), 10U);
+        }
+    }
+}
+
+TEST_F(SmallPieces, LeaveADocumentWhateverTheTailHolds)
+{
+    for (const char* const tail : {"<!--x--></log>\n", "<a>]</a></log>\n"}) {
+        for (std::size_t before = 2 * pageSize - 30; before < 2 * pageSize + 3; ++before) {
+            SCOPED_TRACE(tail + std::to_string(before));
+            const std::string expected = GrowInPieces(before, "<bbbbb/>\n", tail);
+            ASSERT_TRUE(File() == expected) << before << tail;
+        }
+    }
+    EXPECT_GT(stops, 1000U);
+}
+
+TEST_F(SmallPieces, LeaveADocumentWhereverTheLastOneEnds)
+{
+    for (std::size_t added = 0; added < 2 * pageSize; added += 13) {
+        const std::string document = Begin(pageSize - 3, "<bbbbb/>\n");
+        log.SetMostInMemory(limit);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        StopBetweenPages();
+        std::string text;
+        for (const std::size_t size : {limit, limit / 2, std::size_t{7}, added}) {
+            text += Element(size);
+            log << Element(size);
+        }
+        log << endTag << std::flush;
+        platform.pwrite.Reset();
+        ASSERT_TRUE(File() == document + text + endTag) << added;
+    }
+    EXPECT_GT(stops, 1000U);
+}
+
+TEST_F(SmallPieces, TextThatWouldEndItsHidingIsWrittenOverTheTail)
+{
+    for (const char* const extra : {"<!-- ?> -->", "<?y ?>", "<!-- ]]> ?> -->"}) {
+        for (const std::size_t before : {std::size_t{100}, pageSize - 3}) {
+            const std::string document = Begin(before, "<bbbbb/>\n");
+            log.SetMostInMemory(limit);
+            log.seekp(static_cast<std::streamoff>(document.size()));
+            std::string text;
+            for (int i = 0; i < 30; ++i) {
+                text += Element(1000) + (i == 20 ? extra : "");
+                log << Element(1000) << (i == 20 ? extra : "");
+            }
+            log << endTag << std::flush;
+            EXPECT_TRUE(log.good());
+            EXPECT_TRUE(File() == document + text + endTag) << extra;
+        }
+    }
+}
+
+TEST_F(SmallPieces, EndOfAnInstructionAcrossTwoPiecesIsSeen)
+{
+    for (std::size_t first = 3 * pageSize - 40; first < 3 * pageSize; ++first) {
+        const std::string document = Begin(100);
+        log.SetMostInMemory(limit);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        const std::string text = "<!-- " + std::string(first, 'x') + "?> -->";
+        for (const char character : text) {
+            log.put(character);
+        }
+        log << Element(30'000) << endTag << std::flush;
+        ASSERT_TRUE(File() == document + text + Element(30'000) + endTag) << first;
+    }
+}
+
+TEST_F(SmallPieces, OldDocumentComesBackWhicheverWriteFails)
+{
+    for (const std::size_t before : {std::size_t{100}, pageSize - 3}) {
+        unsigned int number = 0;
+        do {
+            const std::string old = Begin(before, "<bbbbb/>\n") + endTag;
+            log.SetMostInMemory(limit);
+            log.seekp(-7, std::ios_base::end);
+            ++number;
+            FailWrites(number, number);
+            for (int i = 0; i < 60; ++i) {
+                log << Element(1000);
+            }
+            log << endTag << std::flush;
+            platform.pwrite.Reset();
+            if (log.good()) {
+                break;
+            }
+            ASSERT_EQ(File(), old) << "write " << number;
+            log.clear();
+        } while (number < 100);
+        EXPECT_GE(number, 8U);
+        EXPECT_LT(number, 100U);
+    }
+}
+
+TEST_F(SmallPieces, TakeNoMoreMemoryThanTheirLimit)
+{
+    const std::string document = Begin(100);
+    log.SetMostInMemory(limit);
+    log.seekp(-7, std::ios_base::end);
+    refuseMemory = [](std::size_t size) { return size > 4 * limit; };
+    for (int i = 0; i < 40'000; ++i) {
+        log.Append("<a>some text or other, and so on</a>\n");
+    }
+    log << endTag << std::flush;
+    refuseMemory = nullptr;
+    EXPECT_TRUE(log.good());
+    EXPECT_GT(fs::file_size("log"), 50 * limit);
+    EXPECT_TRUE(ScrivelTest::IsDocument(File()));
+}
+
+TEST_F(SmallPieces, TextIsDroppedFromAPlaceOnThatIsInNoPieceOrInAny)
+{
+    for (const std::size_t kept : {std::size_t{0}, std::size_t{20}, limit / 2, 3 * pageSize}) {
+        for (const std::size_t dropped : {std::size_t{10}, limit, 10 * limit}) {
+            const std::string document = Begin(pageSize - 3, "<bbbbb/>\n");
+            log.SetMostInMemory(limit);
+            log.seekp(static_cast<std::streamoff>(document.size()));
+            StopBetweenPages();
+            log << std::string(kept, ' ');
+            const std::streamoff place = log.tellp();
+            for (std::size_t i = 0; i < dropped / 10; ++i) {
+                log << "<a>text...";
+            }
+            log.DropFrom(place);
+            EXPECT_EQ(log.tellp(), place);
+            EXPECT_TRUE(ScrivelTest::IsDocument(File()));
+            log << "<c/>" << endTag << std::flush;
+            platform.pwrite.Reset();
+            ASSERT_TRUE(File() == document + std::string(kept, ' ') + "<c/>" + endTag)
+                << kept << " and " << dropped;
+        }
+    }
+}
+
+TEST_F(SmallPieces, AllIsLostWhereMemoryCantHoldWhatComesBeforeWhatIsDropped)
+{
+    const std::string old = Begin(100) + endTag;
+    log.SetMostInMemory(limit);
+    log.seekp(-7, std::ios_base::end);
+    log << std::string(3 * limit, ' ');
+    const std::streamoff place = log.tellp();
+    log << std::string(3 * limit, 'x');
+    log.DropFrom(place - 9000);
+    EXPECT_TRUE(log.bad());
+    EXPECT_TRUE(log.IsOutOfMemory());
+    EXPECT_EQ(File(), old);
+    log.TakeBack(place);
+    EXPECT_TRUE(log.good());
 }
 
 }  // namespace

@@ -1,0 +1,250 @@
+// How a flush comes in pieces. Tested by tests/stream/HugeFlushTest.cpp.
+//
+// The pieces M1, M2 ... of the text grow within an instruction after the tail T0, which stands until the
+// last of them is there. The trailer ends the instruction; each piece is first staged after the trailer
+// of the one before, as a flush in steps is (SteppedFlush.cpp), and then takes the place of that trailer,
+// page by page:
+//
+//     ...T0|
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1<?x ?>
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1<?x ?><?x m2?>|<?x m2m2m2m2m2?>|<?x m2?><?x ?>
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1m2m2m2m2m2m2m2|<?x m2m2m2m2m2?>|<?x m2?><?x ?>
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1m2m2m2m2m2m2m2|m2m2m2m2m2m2m2m2|m2m2m2<?x ?>
+//
+// At the commit the text from its beginning up to the end of the opening, which memory has kept, takes
+// the place of the tail and of the opening: one write within one page. Then the trailer is cut off.
+//
+// When the tail lies across two pages it is hidden before that, in a section that the last trailer ends:
+//
+//     ...</trac|e-4242>\n<?x mmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
+//     ...<![CDA|e-4242>\n<?x mmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
+//     ...<![CDA|mmmmmmmmmmmmmmmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
+//     ...mmmmmm|mmmmmmmmmmmmmmmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
+//
+// Text that would end the instruction or the section, and text that goes on elsewhere than where the last
+// piece ended, is not hidden: from then on the pieces are bare, over the tail.
+
+#include "stream/Pieces.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
+namespace Scrivel2
+{
+namespace
+{
+
+constexpr std::string_view opening = LogWords::flushOpening;
+constexpr std::string_view closing = LogWords::flushClosing;
+constexpr std::size_t firstSection = 1;  // of the covers
+static_assert(covers[firstSection - 1].closing == closing);
+
+}  // namespace
+
+Pieces::Pieces(OpenFile& flushed, FileTail& replaced, Block& memory)
+    : file(flushed), tail(replaced), staging(flushed, memory)
+{
+}
+
+std::optional<off_t> Pieces::BetterStart(const FlushText& text) const
+{
+    const off_t instruction = Staging::PlaceOfInstruction(tail.End(), text.end);
+    if (text.start >= tail.End() || instruction < 0 || ReplacesTailInOnePage(text, instruction) ||
+        FirstThatHides(text, tail, firstSection) != nullptr) {
+        return {};
+    }
+    return StartForOneThatHides(text, tail, firstSection);
+}
+
+bool Pieces::Write(const FlushText& piece)
+{
+    if (!Prepare(piece)) {
+        return Failed();
+    }
+    const bool written =
+        state == State::Hidden ? Append(piece, Mark{opening, closing}.Text()) : AppendBare(piece);
+    return written || Failed();
+}
+
+bool Pieces::Commit(const FlushText& piece)
+{
+    assert(Any());
+    if (!Prepare(piece)) {
+        return Failed();
+    }
+    return state == State::Hidden ? CommitHidden(piece) : AppendBare(piece) || Failed();
+}
+
+bool Pieces::Read(off_t to, char* out) const
+{
+    off_t from = start;
+    if (state == State::Hidden) {
+        from = std::min(to, hiddenFrom);
+        out = std::copy_n(kept.Bytes(), from - start, out);
+    }
+    return file.Read(out, static_cast<std::size_t>(to - from), from);
+}
+
+void Pieces::TakeBack()
+{
+    if (tailTouched) {
+        tail.PutBack(start);
+    } else {
+        tail.CutOffWhatFollows();
+    }
+    state = State::None;
+}
+
+bool Pieces::Failed()
+{
+    TakeBack();
+    return false;
+}
+
+// ---- Whether the text is hidden -----------------------------------------------------------------
+
+void Pieces::Begin(const FlushText& first)
+{
+    start = end = first.start;
+    fileEnd = tail.End();
+    lastBytes.clear();
+    state = Hide(first) ? State::Hidden : State::Bare;
+    tailTouched = state == State::Bare;
+}
+
+/// Finds a form for the first piece, and keeps what comes last of it; false when there is none.
+bool Pieces::Hide(const FlushText& first)
+{
+    const bool replacesTail = tail.Start() <= first.start && first.start < tail.End();
+    const off_t instruction = Staging::PlaceOfInstruction(tail.End(), first.end);
+    if (!replacesTail || instruction < 0) {
+        return false;
+    }
+    hiddenFrom = Staging::AfterOpening(instruction);
+    if (Contains(first.Part(hiddenFrom, first.end), closing)) {
+        return false;
+    }
+    cover = nullptr;
+    if (!ReplacesTailInOnePage(first, instruction)) {
+        cover = FirstThatHides(first, tail, firstSection);
+        if (cover == nullptr) {
+            return false;
+        }
+    }
+    const std::string_view comesLast = first.Part(start, hiddenFrom);
+    if (!kept.Grow(comesLast.size(), 0) || !staging.GetMemoryFor(first, fileEnd, opening)) {
+        return false;
+    }
+    kept.AlignTo(start);
+    comesLast.copy(kept.Bytes(), comesLast.size());
+    return true;
+}
+
+bool Pieces::ReplacesTailInOnePage(const FlushText& first, off_t instruction) const
+{
+    return !SpansPages(first.start, Staging::AfterOpening(instruction));
+}
+
+/// Finds out, before a piece is written, whether it is hidden; false when a write has failed.
+bool Pieces::Prepare(const FlushText& piece)
+{
+    if (state == State::None) {
+        Begin(piece);
+        return true;
+    }
+    return state == State::Bare || StaysHidden(piece) || Uncover();
+}
+
+bool Pieces::StaysHidden(const FlushText& piece)
+{
+    const auto fits = [&](std::string_view ending) {
+        return !Contains(piece.All(), ending) && !ContainsAcross(lastBytes, piece.All(), ending);
+    };
+    return piece.start == end && fits(closing) && (cover == nullptr || fits(cover->closing)) &&
+           staging.GetMemoryFor(piece, fileEnd, opening);
+}
+
+/// Puts the beginning of the text in its place, over the tail.
+bool Pieces::Uncover()
+{
+    state = State::Bare;
+    tailTouched = true;
+    fileEnd = end;
+    return WriteKept(hiddenFrom) && file.CutAt(end);
+}
+
+// ---- Writing ------------------------------------------------------------------------------------
+
+bool Pieces::AppendBare(const FlushText& piece)
+{
+    start = std::min(start, piece.start);
+    end = std::max(end, piece.end);
+    fileEnd = std::max(fileEnd, end);
+    return file.Write(piece.All(), piece.start);
+}
+
+/// Stages a piece after the trailer of the one before, and brings it to the place of that.
+bool Pieces::Append(const FlushText& piece, std::string_view trailer)
+{
+    // A short one may end before the old trailer does.
+    const FlushText staged{piece.bytes, piece.start, std::max(piece.end, fileEnd)};
+    std::fill(staged.At(piece.end), staged.At(staged.end), '\n');
+    const off_t instruction = hiddenFrom - static_cast<off_t>(opening.size());
+    const bool isFirst = end == start;
+    const off_t place =
+        isFirst ? std::min(PageEnd(instruction), staged.end) - static_cast<off_t>(closing.size())
+                : piece.start;
+    if (!staging.WriteInstructions(staged, fileEnd, opening, trailer) ||
+        !file.Write(staged.Part(place, staged.end), place)) {
+        return false;
+    }
+    end = piece.end;
+    fileEnd = staging.End();
+    constexpr std::size_t most = 2;
+    lastBytes += piece.Part(std::max(piece.start, piece.end - static_cast<off_t>(most)), piece.end);
+    lastBytes.erase(0, lastBytes.size() - std::min(lastBytes.size(), most));
+    return true;
+}
+
+bool Pieces::CommitHidden(const FlushText& piece)
+{
+    const Mark plain{opening, closing};
+    if (cover == nullptr) {
+        if (!Append(piece, plain.Text())) {
+            return Failed();
+        }
+    } else {
+        const Mark trailer{plain.Text(), cover->beforeCopy, tail.From(start), cover->afterCopy};
+        if (!Append(piece, trailer.Text())) {
+            return Failed();
+        }
+        tailTouched = true;
+        const std::string under(kept.Bytes(), cover->opening.size());
+        cover->opening.copy(kept.Bytes(), cover->opening.size());
+        const bool hidden = WriteKept(hiddenFrom);
+        under.copy(kept.Bytes(), under.size());
+        if (!hidden) {
+            return Failed();
+        }
+    }
+    tailTouched = true;
+    const off_t commitEnd =
+        cover == nullptr ? hiddenFrom : start + static_cast<off_t>(cover->opening.size());
+    if (!WriteKept(commitEnd)) {
+        return Failed();
+    }
+    fileEnd = end;
+    if (!file.CutAt(end)) {
+        state = State::None;  // the trailer stays after the new document
+        return false;
+    }
+    return true;
+}
+
+bool Pieces::WriteKept(off_t to)
+{
+    return file.Write({kept.Bytes(), static_cast<std::size_t>(to - start)}, start);
+}
+
+}  // namespace Scrivel2
