@@ -348,6 +348,31 @@ TEST_F(SteppedFlush, WritesNoPageOfTheFileFromTwoPagesOfMemory)
     EXPECT_GT(writes, 500U);
 }
 
+TEST_F(SteppedFlush, LeavesADocumentWhereverItsTextHasBeenPagedOut)
+{
+    for (std::size_t before = pageSize - 30; before < pageSize + 10; ++before) {
+        for (const char* added : {"", "<!-- ?> -->"}) {
+            std::string expected = Begin(before, "<bbbbbbbbbb/>\n");
+            log.SetMostInMemory(100 * pageSize);
+            StopAtPagesOfMemory();
+            for (const std::size_t length : {100U, 4500U, 30'000U}) {
+                Grow(Element(length) + added);
+                expected += Element(length) + added;
+            }
+            log.SetMostInMemory(4 * pageSize);
+            log.seekp(-7, std::ios_base::end);
+            for (int i = 0; i < 20; ++i) {
+                log << Element(2000);
+                expected += Element(2000);
+            }
+            log << endTag << std::flush;
+            watching.reset();
+            ASSERT_TRUE(File() == expected + endTag);
+        }
+    }
+    EXPECT_GT(stops, 2000U);
+}
+
 TEST_F(SteppedFlush, FileThatIsReadAnewIsWrittenFromItsPagesToo)
 {
     const std::string document = Begin(100);

@@ -13,11 +13,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <sys/mman.h>
 #include <sys/types.h>
 
 namespace ScrivelTest
@@ -130,6 +132,31 @@ protected:
                 for (std::size_t page = first / pageSize + 1; page * pageSize < first + size; ++page) {
                     platform.pwrite.Real(file, bytes, page * pageSize - first, position);
                     EXPECT_TRUE(IsDocument(File())) << "stopped at page " << page << ":\n" << File();
+                    ++stops;
+                }
+                return platform.pwrite.Real(file, bytes, size, position);
+            });
+    }
+
+    /// From now on stops each write at each page of memory that it takes text from, where a kill can end
+    /// it when that page has been paged out, and looks at the file.
+    void StopAtPagesOfMemory()
+    {
+        ResetCounts();
+        watching.emplace(
+            platform.pwrite, [this](int file, const void* bytes, std::size_t size, off_t position) {
+                const auto first = reinterpret_cast<std::uintptr_t>(bytes);
+                for (std::uintptr_t page = (first / pageSize + 1) * pageSize; page < first + size;
+                     page += pageSize) {
+                    void* const gone = reinterpret_cast<void*>(page);
+                    const std::size_t rest = (first + size - page + pageSize - 1) / pageSize * pageSize;
+                    EXPECT_EQ(mprotect(gone, rest, PROT_NONE), 0);
+                    const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+                    mprotect(gone, rest, PROT_READ | PROT_WRITE);
+                    EXPECT_EQ(written, static_cast<ssize_t>(page - first));
+                    EXPECT_TRUE(IsDocument(File()))
+                        << "stopped after " << written << " bytes from " << position << " on:\n"
+                        << File();
                     ++stops;
                 }
                 return platform.pwrite.Real(file, bytes, size, position);
