@@ -21,10 +21,9 @@ protected:
     {
         // A sanitizer keeps what was freed, unless it is told not to.
         const std::string command =
-            "cd " + Folder() +
-            " && ASAN_OPTIONS=quarantine_size_mb=1:thread_local_quarantine_size_kb=64 " SCRIVEL_PEAK
-            " " SCRIVEL_PROGRAM " " +
-            arguments + " 2>&1 >/dev/null";
+            "cd " + Quoted(Folder()) +
+            " && ASAN_OPTIONS=quarantine_size_mb=1:thread_local_quarantine_size_kb=64 " +
+            Quoted(SCRIVEL_PEAK) + " " + Quoted(SCRIVEL_PROGRAM) + " " + arguments + " 2>&1 >/dev/null";
         std::FILE* const output = popen(command.c_str(), "r");
         long peak = 0;
         EXPECT_EQ(std::fscanf(output, "%ld", &peak), 1);

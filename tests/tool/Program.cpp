@@ -9,9 +9,6 @@
 namespace ScrivelTest
 {
 
-namespace
-{
-
 std::string Quoted(const std::string& word)
 {
     std::string quoted = "'";
@@ -19,6 +16,9 @@ std::string Quoted(const std::string& word)
         quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return quoted + "'";
 }
+
+namespace
+{
 
 std::string Contents(const std::string& path)
 {

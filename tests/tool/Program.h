@@ -27,6 +27,9 @@ struct Outcome
     std::string error;
 };
 
+/// The word as a shell takes it, whatever stands in it.
+std::string Quoted(const std::string& word);
+
 /// A test whose logs stand in a folder of their own, which is also where the program runs: what it
 /// prints bears short names of files.
 class ToolTest : public testing::Test
