@@ -67,6 +67,14 @@ TEST(XmlParser, DoesNotAnnounceATagThatIsCutShort)
     EXPECT_EQ(Events("<a><b c='1'").substr(0, 14), "<a@0:1> error ");
 }
 
+TEST(XmlParser, TellsADocumentThatEndsTooEarlyFromOneThatGoesOnTooLong)
+{
+    EXPECT_EQ(Events(""), " error at 1: the document ends too early");
+    EXPECT_EQ(Events("<a><b></b>"), "<a@0:1><b@3:1></@10> error at 1: the document ends too early");
+    EXPECT_EQ(Events("<a><b></b></"), "<a@0:1><b@3:1></@10> error at 1: the document ends too early");
+    EXPECT_EQ(Events("<a/>x"), "<a@0:1></@4> error at 1: Extra content at the end of the document");
+}
+
 TEST(XmlParser, RefusesDeclaredEntitiesAndFetchesNone)
 {
     EXPECT_EQ(Events("<!DOCTYPE a [<!ENTITY x SYSTEM \"file:///etc/hostname\">]><a>&x;</a>"),
