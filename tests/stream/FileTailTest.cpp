@@ -1,9 +1,12 @@
 // The end of the file: what is known of it, what is read anew, and what becomes of a flush without it.
 
+#include "stream/FileTail.h"
 #include "stream/StreamTest.h"
 
 #include <cerrno>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -190,6 +193,33 @@ TEST_F(FileTail, SeekBackThatMemoryCantFollowWritesThePendingTextFirst)
     EXPECT_TRUE(log.good());
     log << "<LOG>" << std::flush;
     EXPECT_EQ(File(), "<LOG>" + document.substr(5) + endTag + "flushedpending");
+}
+
+/// Where the last markup of a tail begins.
+std::optional<off_t> LastMarkup(std::string_view text)
+{
+    Scrivel2::OpenFile file;
+    Scrivel2::FileTail tail(file);
+    Scrivel2::Block block;
+    EXPECT_TRUE(block.Grow(text.size(), 0));
+    text.copy(block.Bytes(), text.size());
+    const auto end = static_cast<off_t>(text.size());
+    tail.Take(block, 0, end);
+    return tail.LastMarkup(0, end);
+}
+
+TEST_F(FileTail, WhatIsWithinACommentAnInstructionOrASectionIsNoMarkup)
+{
+    EXPECT_EQ(LastMarkup("<a>"), 0);
+    EXPECT_EQ(LastMarkup("<a><b>"), 3);
+    EXPECT_EQ(LastMarkup("<a><!-- <b> -->"), 3);
+    EXPECT_EQ(LastMarkup("<a><!-- <b> --></a>"), 15);
+    EXPECT_EQ(LastMarkup("<a><?x <b> ?>"), 3);
+    EXPECT_EQ(LastMarkup("<a><?x <b> ?></a>"), 13);
+    EXPECT_EQ(LastMarkup("<a><![CDATA[ <b> ]]>"), 3);
+    EXPECT_EQ(LastMarkup("<a><![CDATA[ <b> ]]></a>"), 20);
+    EXPECT_EQ(LastMarkup("<a><!-- <b> "), 3);
+    EXPECT_EQ(LastMarkup("text"), std::nullopt);
 }
 
 }  // namespace
