@@ -154,6 +154,7 @@ TEST_F(SteppedFlush, LeavesADocumentWhenTheTextOrTheTailHoldsWhatEndsAnInstructi
         {3, "<b>--</b>", endTag, Element(5000)},
         {3, "<b/>\n<!-- a <c> -->", endTag, Element(5000)},
         {5, "<b/>\n", "<?x?></log>\n", "<!-- x -->" + Element(5000)},
+        {12, "<b/>\n", "<c>123456789?></c></log>\n", Element(5000)},
         {4, "<b/>\n", endTag, questionAtPageEnd},
         {3, "<b/>\n<b>?", "</b></log>\n", "></b>" + Element(5000)},
         {5, "<b/>\n", std::string(250, ' ') + endTag, Element(5000)},
