@@ -113,7 +113,7 @@ std::unique_ptr<LogInput> Open(const std::string& path, Terminal& terminal)
 std::optional<LogEnd> ReadLog(LogInput& input, const std::string& path, LogHandler& handler,
                               const ReadOptions& options, Terminal& terminal)
 {
-    const auto end = ReadToEnd(input, path, handler, options, terminal);
+    auto end = ReadToEnd(input, path, handler, options, terminal);
     if (!end || end->isLog)
         return end;
     terminal.Error(path, {}, end->empty ? "the log is empty" : "this is no log");
