@@ -57,6 +57,16 @@ struct Hex
     void Append(LogStream& log) const { AppendHex(log, value, digits); }
 };
 
+/// A value of one length; a width that is set is that of its first characters.
+template <typename Value>
+void AppendInTwo(LogStream& log, const Value& value, std::size_t first)
+{
+    char text[Value::length];
+    value.Put(text);
+    log.Append({text, first});
+    log.Append({text + first, Value::length - first});
+}
+
 /// 16 bytes as one number, the last byte first, each group of four followed by a blank.
 struct NumberOfBytes
 {
@@ -78,11 +88,7 @@ struct NumberOfBytes
     }
     void Append(LogStream& log) const
     {
-        char text[length];
-        Put(text);
-        // A width that is set is the first byte's.
-        log.Append({text, 2});
-        log.Append({text + 2, length - 2});
+        AppendInTwo(log, *this, 2);  // the first byte's
     }
 };
 
@@ -104,11 +110,7 @@ struct FiveBits
     }
     void Append(LogStream& log) const
     {
-        char text[length];
-        Put(text);
-        // A width that is set is the first digit's.
-        log.Append({text, 1});
-        log.Append({text + 1, length - 1});
+        AppendInTwo(log, *this, 1);  // the first digit's
     }
 };
 

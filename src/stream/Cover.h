@@ -39,6 +39,20 @@ struct Cover
     /// has none.
     std::optional<off_t> StartBefore(const FlushText& text, const FileTail& tail) const;
 
+    /// What `write` says, which is called while the opening stands in the place of the first bytes.
+    template <typename Write>
+    bool Over(char* bytes, Write write) const
+    {
+        std::array<char, longestOpening> first;
+        std::copy_n(bytes, opening.size(), first.begin());
+        std::copy_n(opening.data(), opening.size(), bytes);
+        const bool written = write();
+        std::copy_n(first.begin(), opening.size(), bytes);
+        return written;
+    }
+
+    static constexpr std::size_t longestOpening = 9;
+
 private:
     bool TextFits(const FlushText& text) const;
     bool TailFits(const FileTail& tail, off_t start) const;

@@ -73,7 +73,13 @@ bool Pieces::Commit(const FlushText& piece)
     if (!Prepare(piece)) {
         return Failed();
     }
-    return state == State::Hidden ? CommitHidden(piece) : AppendBare(piece) || Failed();
+    if (state == State::Bare) {
+        return AppendBare(piece) || Failed();
+    }
+    if (!AppendLast(piece) || !CommitHidden()) {
+        return Failed();
+    }
+    return CutTrailer();
 }
 
 bool Pieces::Read(off_t to, char* out) const
@@ -207,39 +213,37 @@ bool Pieces::Append(const FlushText& piece, std::string_view trailer)
     return true;
 }
 
-bool Pieces::CommitHidden(const FlushText& piece)
+/// The last piece, whose trailer ends the section that is to hide the tail, if one is.
+bool Pieces::AppendLast(const FlushText& piece)
 {
     const Mark plain{opening, closing};
     if (cover == nullptr) {
-        if (!Append(piece, plain.Text())) {
-            return Failed();
-        }
-    } else {
-        const Mark trailer{plain.Text(), cover->beforeCopy, tail.From(start), cover->afterCopy};
-        if (!Append(piece, trailer.Text())) {
-            return Failed();
-        }
-        tailTouched = true;
-        const std::string under(kept.Bytes(), cover->opening.size());
-        cover->opening.copy(kept.Bytes(), cover->opening.size());
-        const bool hidden = WriteKept(hiddenFrom);
-        under.copy(kept.Bytes(), under.size());
-        if (!hidden) {
-            return Failed();
-        }
+        return Append(piece, plain.Text());
     }
+    const Mark trailer{plain.Text(), cover->beforeCopy, tail.From(start), cover->afterCopy};
+    return Append(piece, trailer.Text());
+}
+
+/// Writes what memory has kept over the tail and the opening, hidden before where that takes two pages.
+bool Pieces::CommitHidden()
+{
     tailTouched = true;
-    const off_t commitEnd =
-        cover == nullptr ? hiddenFrom : start + static_cast<off_t>(cover->opening.size());
-    if (!WriteKept(commitEnd)) {
-        return Failed();
+    if (cover == nullptr) {
+        return WriteKept(hiddenFrom);
     }
+    return cover->Over(kept.Bytes(), [this] { return WriteKept(hiddenFrom); }) &&
+           WriteKept(start + static_cast<off_t>(cover->opening.size()));
+}
+
+/// Without it the new document has a trailer, and no pieces any more.
+bool Pieces::CutTrailer()
+{
     fileEnd = end;
-    if (!file.CutAt(end)) {
-        state = State::None;  // the trailer stays after the new document
-        return false;
+    if (file.CutAt(end)) {
+        return true;
     }
-    return true;
+    Forget();
+    return false;
 }
 
 bool Pieces::WriteKept(off_t to)

@@ -34,8 +34,8 @@ public:
     /// As SteppedFlush's, for the first piece.
     std::optional<off_t> BetterStart(const FlushText& first) const;
 
-    /// Writes a piece. False when a write has failed:
-    /// then the file is again what the last flush left, and there are no pieces.
+    /// Writes a piece. False when a write has failed: then the file is again what the last flush left,
+    /// and there are no pieces.
     bool Write(const FlushText& piece);
 
     /// Writes the last piece, and makes all of them the end of the file; false as Write.
@@ -66,7 +66,9 @@ private:
     bool Uncover();
     bool Append(const FlushText& piece, std::string_view trailer);
     bool AppendBare(const FlushText& piece);
-    bool CommitHidden(const FlushText& piece);
+    bool AppendLast(const FlushText& piece);
+    bool CommitHidden();
+    bool CutTrailer();
     bool WriteKept(off_t to);
     bool Failed();
 

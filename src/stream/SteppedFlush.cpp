@@ -66,14 +66,6 @@ namespace
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
 
-constexpr std::size_t longestOpening = [] {
-    std::size_t longest = 0;
-    for (const Cover& cover : covers) {
-        longest = std::max(longest, cover.opening.size());
-    }
-    return longest;
-}();
-
 }  // namespace
 
 bool SteppedFlush::IsPossible(const FileTail& tail, const FlushText& text)
@@ -150,7 +142,7 @@ SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
     if (!(inInstructions ? Stage(lead.Text()) : StageBlank(lead.Text()))) {
         return Outcome::TailStands;
     }
-    if (!Hide(cover.opening) || !Commit(text.start + static_cast<off_t>(cover.opening.size()))) {
+    if (!Hide(cover) || !Commit(text.start + static_cast<off_t>(cover.opening.size()))) {
         return Outcome::TailTouched;
     }
     return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
@@ -186,16 +178,11 @@ bool SteppedFlush::Merge()
 }
 
 /// Writes the true bytes, but for the opening of a cover in the place of the first ones.
-bool SteppedFlush::Hide(std::string_view coverOpening)
+bool SteppedFlush::Hide(const Cover& cover)
 {
     assert(state == State::Staged);
     state = State::Hidden;
-    std::array<char, longestOpening> first;
-    std::copy_n(text.bytes, coverOpening.size(), first.begin());
-    std::copy_n(coverOpening.data(), coverOpening.size(), text.bytes);
-    const bool hidden = WriteText(text.start, text.end);
-    std::copy_n(first.begin(), coverOpening.size(), text.bytes);
-    return hidden;
+    return cover.Over(text.bytes, [this] { return WriteText(text.start, text.end); });
 }
 
 /// Writes the true bytes up to `to`, where the opening that kept them from being read ends.

@@ -65,7 +65,7 @@ private:
     bool Stage(std::string_view lead);
     bool StageBlank(std::string_view lead);
     bool Merge();
-    bool Hide(std::string_view coverOpening);
+    bool Hide(const Cover& cover);
     bool Commit(off_t to);
     bool CutTrailer();
 

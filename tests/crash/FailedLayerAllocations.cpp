@@ -114,13 +114,8 @@ std::string ProblemOf(const std::vector<std::string>& files, const Taken& taken,
 {
     std::array<CallElement, mostCalls> seen{};
     for (const std::string& bytes : files) {
-        const LogContents contents = ReadLog(bytes, [&](const CallElement& element) {
-            CallElement& call = seen.at(element.number);
-            call.number = element.number;
-            call.contents.characters += element.contents.characters;
-            call.contents.items += element.contents.items;
-            call.returned = call.returned || element.returned;
-        });
+        const LogContents contents =
+            ReadLog(bytes, [&](const CallElement& element) { seen.at(element.number).Join(element); });
         if (!contents.accepted) {
             return "rejected: " + contents.problem;
         }

@@ -169,13 +169,8 @@ void Judge(const std::vector<std::string>& fileNames, const Calls& calls, const 
     std::string bytes;
     for (const std::string& fileName : fileNames) {
         bytes = FileBytes(fileName);
-        const LogContents contents = ReadLog(bytes, [&](const CallElement& element) {
-            CallElement& call = seen.at(element.number);
-            call.number = element.number;
-            call.contents.characters += element.contents.characters;
-            call.contents.items += element.contents.items;
-            call.returned = call.returned || element.returned;
-        });
+        const LogContents contents =
+            ReadLog(bytes, [&](const CallElement& element) { seen.at(element.number).Join(element); });
         if (!contents.accepted) {
             ++figures.rejected;
             scratch.Keep(bytes, "rejected: " + contents.problem);

@@ -28,6 +28,15 @@ struct CallElement
     unsigned int number;
     CallContents contents;
     bool returned;  ///< the time of its return is in it
+
+    /// Adds another element of the same call.
+    void Join(const CallElement& part)
+    {
+        number = part.number;
+        contents.characters += part.contents.characters;
+        contents.items += part.contents.items;
+        returned = returned || part.returned;
+    }
 };
 
 /// Reads a log, and hands out each call's element when it ends; counts no calls.
