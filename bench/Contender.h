@@ -61,8 +61,8 @@ constexpr const char* libraryName = "this library";
 constexpr const char* guardName = "this library, through the guard";
 constexpr const char* derivedName = "this library, tags replaced";
 constexpr const char* referenceName = "plain reference";
-constexpr const char* textWriterFloorName = "xmlTextWriter, floor's output";
 constexpr const char* quickTextWriterName = "xmlTextWriter, floor's output, quick texts";
+constexpr const char* tinyXmlFloorName = "tinyxml2, floor's output";
 
 // Floor.cpp
 std::unique_ptr<Contender> MakeFloor(const Workload& workload);
