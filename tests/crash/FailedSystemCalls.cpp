@@ -3,7 +3,7 @@
 //     crash_failed_system_calls --count 5000
 //
 // A call fails with ENOSPC, EIO or EINTR, or a write writes one byte or half of what it was given. Logs
-// of further seeds follow until there have been `count` cases.
+// of further seeds follow until there have been `count` cases, every second one through the layer.
 //
 // Fails when the file isn't the document of the last flush that succeeded or of a later one; when a short
 // write, or one interrupted call, costs anything at all; when logging throws, hangs or ends the process.
@@ -31,9 +31,11 @@ namespace
 enum class Kind
 {
     Open,
+    Status,
     Seek,
     Write,
     Truncate,
+    Link,
     Close
 };
 
@@ -89,6 +91,9 @@ private:
         platform.open.Use([this](const char* name, int flags, mode_t mode) {
             return Fails(Kind::Open) ? -1 : platform.open.Real(name, flags, mode);
         });
+    const StubOf<& Platform::fstat> asking = platform.fstat.Use([this](int file, struct stat* status) {
+        return Fails(Kind::Status) ? -1 : platform.fstat.Real(file, status);
+    });
     const StubOf<& Platform::lseek> seeking =
         platform.lseek.Use([this](int file, off_t offset, int whence) {
             return Fails(Kind::Seek) ? -1 : platform.lseek.Real(file, offset, whence);
@@ -96,6 +101,10 @@ private:
     const StubOf<& Platform::ftruncate> cutting = platform.ftruncate.Use([this](int file, off_t size) {
         return Fails(Kind::Truncate) ? -1 : platform.ftruncate.Real(file, size);
     });
+    const StubOf<& Platform::linkat> linking = platform.linkat.Use(
+        [this](int fromFolder, const char* from, int toFolder, const char* to, int flags) {
+            return Fails(Kind::Link) ? -1 : platform.linkat.Real(fromFolder, from, toFolder, to, flags);
+        });
     const StubOf<& Platform::close> closing = platform.close.Use([this](int file) {
         const bool fails = Fails(Kind::Close);
         const int error = errno;
@@ -186,7 +195,8 @@ int main(int argc, char** argv)
     unsigned int logs = 0;
     for (unsigned int seed = options.Number("seed"); figures.cases < options.Number("count");
          ++seed, ++logs) {
-        Session session("trace", Load(seed, 100, 8'000), 12);
+        const Writer writer = logs % 2 == 0 ? Writer::Generator : Writer::Layer;
+        Session session("trace", Load(seed, 100, 8'000), 12, writer);
         Trial trial(session, progress, figures, scratch);
         for (std::size_t call = 0; call < trial.Calls(); ++call) {
             for (const Fault& fault : faults) {

@@ -4,7 +4,7 @@
 //
 // First a file-size limit at `count` places of a log, with SIGXFSZ ignored and at its default, which
 // ends the process in the midst of a flush. Then a tmpfs of each size up to `pages` pages, smaller than
-// the log, where this program may mount one.
+// the log, where this program may mount one. All that with a generator, and then through the layer.
 //
 // Fails when libxml2 rejects a file, or the file isn't the document of the last flush that succeeded or
 // of a later one.
@@ -146,9 +146,13 @@ int main(int argc, char** argv)
     const Options options(argc, argv,
                           {{"count", "60"}, {"pages", "44"}, {"seed", "1"}, {"directory", "."}});
     Scratch scratch(options.Text("directory"));
-    Session session("trace", Load(options.Number("seed"), 100, 100'000), 30);
-    FullDisk disk(session, scratch);
-    const bool limited = disk.LimitFileSize(options.Number("count"));
-    const bool filled = disk.FillFileSystem(options.Number("pages"));
-    return limited && filled ? 0 : 1;
+    bool good = true;
+    for (const Writer writer : {Writer::Generator, Writer::Layer}) {
+        std::printf("%s: ", writer == Writer::Generator ? "generator" : "layer");
+        Session session("trace", Load(options.Number("seed"), 100, 100'000), 30, writer);
+        FullDisk disk(session, scratch);
+        good = disk.LimitFileSize(options.Number("count")) && good;
+        good = disk.FillFileSystem(options.Number("pages")) && good;
+    }
+    return good ? 0 : 1;
 }

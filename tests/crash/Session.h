@@ -15,15 +15,23 @@
 namespace ScrivelTest
 {
 
-/// Starts a log, logs calls of a load with a final flush after each, ends the log. Process, time and
-/// thread are fixed for the whole program from the first session on.
+/// Who writes the log of a session: a generator, with a final flush after each call, or the layer, where
+/// one call in three is interrupted by the next.
+enum class Writer
+{
+    Generator,
+    Layer
+};
+
+/// Starts a log, logs calls of a load, ends the log. Process, time and thread are fixed for the whole
+/// program from the first session on.
 class Session
 {
 public:
-    Session(std::string logName, const Load& load, unsigned int calls);
+    Session(std::string logName, const Load& load, unsigned int calls, Writer writer = Writer::Generator);
 
-    /// Logs all calls; `afterFlush` is called whenever a flush has returned. Text of more than
-    /// `mostInMemory` bytes comes in pieces, unless that is 0.
+    /// Logs all calls; `afterFlush` is called whenever a flush has returned. A generator's text of more
+    /// than `mostInMemory` bytes comes in pieces, unless that is 0.
     void Run(Progress& progress, const std::function<void()>& afterFlush = {},
              std::size_t mostInMemory = 0);
 
@@ -38,9 +46,16 @@ public:
     int DocumentNumber(const std::string& bytes, unsigned int atLeast);
 
 private:
+    using Flushed = std::function<void()>;
+
+    void LogByGenerator(Progress& progress, const Flushed& flushed, std::size_t mostInMemory);
+    void LogThroughLayer(Progress& progress, const Flushed& flushed);
+    bool HoldsAllCalls(const std::string& bytes) const;
+
     std::string logName;
     Load load;
     unsigned int calls;
+    Writer writer;
     std::vector<std::string> documents;
 };
 

@@ -52,6 +52,7 @@ template class Replaceable<ssize_t(int, const void*, std::size_t, off_t)>;
 template class Replaceable<ssize_t(int, void*, std::size_t, off_t)>;
 template class Replaceable<off_t(int, off_t, int)>;
 template class Replaceable<int(int, off_t)>;
+template class Replaceable<int(int, const char*, int, const char*, int)>;
 
 Platform platform;
 
@@ -76,6 +77,7 @@ void Platform::Reset()
     pread.Reset();
     lseek.Reset();
     ftruncate.Reset();
+    linkat.Reset();
     close.Reset();
 }
 
@@ -205,6 +207,11 @@ int ftruncate(int file, off_t size) noexcept
 int ftruncate64(int file, off64_t size) noexcept
 {
     return platform.ftruncate.Call(file, size);
+}
+
+int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept
+{
+    return platform.linkat.Call(fromFolder, from, toFolder, to, flags);
 }
 
 int close(int file)
