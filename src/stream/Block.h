@@ -33,7 +33,10 @@ public:
     /// the file is written from two pages of memory: the kernel stops a write between them, too, when it
     /// has to bring in the second one and the process is killed. The bytes themselves stay where they
     /// are.
-    void AlignTo(off_t place) { phase = static_cast<std::size_t>(place % pageSize); }
+    void AlignTo(off_t place)
+    {
+        phase = static_cast<std::size_t>(place) % static_cast<std::size_t>(pageSize);
+    }
 
     char* Bytes() const { return pages + phase; }
     std::size_t Capacity() const { return capacity; }

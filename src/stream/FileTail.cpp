@@ -11,11 +11,9 @@
 namespace Scrivel2
 {
 
-bool FileTail::ReachBackTo(off_t from)
+/// Reads what memory does not hold yet.
+bool FileTail::ReadBackTo(off_t from)
 {
-    if (from >= start) {
-        return true;
-    }
     if (end - from > static_cast<off_t>(Block::mostInMemory)) {
         return false;
     }

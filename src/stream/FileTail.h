@@ -32,7 +32,7 @@ public:
     off_t End() const { return end; }  ///< of the file
 
     /// Makes memory hold the file's bytes from `from` on; false when they are too many or can't be read.
-    bool ReachBackTo(off_t from);
+    bool ReachBackTo(off_t from) { return from >= start || ReadBackTo(from); }
 
     /// The bytes in [from, to), which memory holds.
     std::string_view Part(off_t from, off_t to) const
@@ -61,6 +61,8 @@ public:
     void CutOffWhatFollows() { file.CutAt(end); }
 
 private:
+    bool ReadBackTo(off_t from);
+
     OpenFile& file;
     Block block;  // holds [start, end)
     off_t start = 0;

@@ -275,16 +275,11 @@ void LogBuffer::StartTextAt(off_t position)
     textHighest = sought = pbase();
 }
 
-/// Lets the put area be the memory of the text, or so much of it that a piece ends where it should.
-void LogBuffer::SetPutArea(std::size_t wanted)
-{
-    setp(block.Bytes(), block.Bytes() + std::min(block.Capacity(), std::max(wanted, mostInMemory)));
-}
-
 /// The end that the file has when the text is written: the place of a seek alone does not count.
 off_t LogBuffer::EndOfFile() const
 {
-    return std::max({tail.End(), pieces.Any() ? pieces.End() : 0, TextEnd() > pbase() ? EndOfText() : 0});
+    const off_t written = pieces.Any() ? std::max(tail.End(), pieces.End()) : tail.End();
+    return TextEnd() > pbase() ? std::max(written, EndOfText()) : written;
 }
 
 /// Lets the text grow to `wanted` bytes, keeping all that is known of its place.

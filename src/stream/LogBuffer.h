@@ -80,7 +80,13 @@ private:
     off_t Position() const { return textStart + (pptr() - pbase()); }
     FlushText Text() const { return {pbase(), textStart, EndOfText()}; }
     void StartTextAt(off_t position);
-    void SetPutArea(std::size_t wanted);
+
+    /// Lets the put area be the memory of the text, or so much of it that a piece ends where it should.
+    void SetPutArea(std::size_t wanted)
+    {
+        setp(block.Bytes(), block.Bytes() + std::min(block.Capacity(), std::max(wanted, mostInMemory)));
+    }
+
     bool Enlarge(std::size_t wanted);
     bool ExtendText(off_t from, off_t to);
     bool MoveTo(off_t target);

@@ -68,12 +68,6 @@ constexpr std::string_view closing = LogWords::flushClosing;
 
 }  // namespace
 
-bool SteppedFlush::IsPossible(const FileTail& tail, const FlushText& text)
-{
-    const bool replacesTail = text.start < tail.End() && tail.End() < text.end;
-    return replacesTail && SpansPages(text.start, text.end);
-}
-
 SteppedFlush::SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
                            const FlushText& brought)
     : file(flushed), tail(replaced), staging(flushed, memory), text(brought),

@@ -35,7 +35,11 @@ public:
     };
 
     /// Whether the text spans pages and replaces the tail: for any other there are no steps.
-    static bool IsPossible(const FileTail& tail, const FlushText& text);
+    static bool IsPossible(const FileTail& tail, const FlushText& text)
+    {
+        const bool replacesTail = text.start < tail.End() && tail.End() < text.end;
+        return replacesTail && SpansPages(text.start, text.end);
+    }
 
     /// `memory` is kept from flush to flush.
     SteppedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory, const FlushText& brought);
