@@ -149,7 +149,9 @@ class Workplace:
 
     def find_tests(self, excluded):
         """The executables of GoogleTest, by folder, and the names of all other tests."""
-        _, output = run(["ctest", "--show-only=json-v1"], self.build)
+        status, output = run(["ctest", "--show-only=json-v1"], self.build, seconds=3600)
+        if status != 0:
+            sys.exit(output + "\nCTest doesn't tell which tests there are.")
         programs, others = {}, []
         for test in json.loads(output)["tests"]:
             properties = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
