@@ -3,6 +3,8 @@
 
 #include "docs/BuiltTree.h"
 
+#include "support/Shell.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -11,6 +13,7 @@ namespace ScrivelDocs
 {
 
 namespace fs = std::filesystem;
+using ScrivelTest::Quoted;
 
 namespace
 {
@@ -40,7 +43,7 @@ BuiltTree::BuiltTree() : root(fs::absolute("tree")), tools(fs::absolute("tools")
     fs::create_directory(tools);
     WriteTool(tools / "cmake", "echo cmake version 99.9");
     WriteTool(tools / "dpkg-query", "printf installed");
-    WriteTool(tools / "g++", "exec " SCRIVEL_COMPILER " \"$@\"");
+    WriteTool(tools / "g++", "exec " + Quoted(SCRIVEL_COMPILER) + " \"$@\"");
 }
 
 std::vector<Outcome> BuiltTree::TypeInTurn(const std::vector<Lines>& commands) const
@@ -50,7 +53,7 @@ std::vector<Outcome> BuiltTree::TypeInTurn(const std::vector<Lines>& commands) c
         return folder / (kind + std::to_string(command));
     };
     std::ofstream script(folder / "script");
-    script << "cd " << root << "\nPATH=" << tools << ":$PATH\n"
+    script << "cd " << Quoted(root) << "\nPATH=" << Quoted(tools) << ":$PATH\n"
            << "for options in ASAN TSAN UBSAN; do\n"  // sanitizers leave the crash alone
            << "  export ${options}_OPTIONS=handle_segv=0\n"
            << "done\n";
@@ -59,11 +62,12 @@ std::vector<Outcome> BuiltTree::TypeInTurn(const std::vector<Lines>& commands) c
         for (const std::string& line : commands[i]) {
             script << line << '\n';
         }
-        script << "} >" << file("printed", i) << " 2>&1\necho $? >" << file("status", i) << '\n';
+        script << "} >" << Quoted(file("printed", i)) << " 2>&1\necho $? >" << Quoted(file("status", i))
+               << '\n';
     }
     script.close();
     std::vector<Outcome> outcomes;
-    if (std::system(("sh " + (folder / "script").string()).c_str()) == 0) {
+    if (std::system(("sh " + Quoted((folder / "script").string())).c_str()) == 0) {
         for (std::size_t i = 0; i < commands.size(); ++i) {
             const Lines status = ReadLines(file("status", i));
             outcomes.push_back(

@@ -25,6 +25,7 @@
 #include "reader/Copies.h"
 #include "reader/Reading.h"
 #include "judge/LogJudge.h"
+#include "support/Shell.h"
 
 using namespace ScrivelReader;
 using namespace ScrivelTest;
@@ -56,8 +57,9 @@ std::string CrashLog(const std::string& session)
         return {};
     }
     // A sanitizer's report of the crash would come in its place.
-    const std::string command = "cd '" + folder + "' && ulimit -c 0 && ASAN_OPTIONS=handle_segv=0 " +
-                                "TSAN_OPTIONS=handle_segv=0 '" + session + "' --crash >session.txt 2>&1";
+    const std::string command =
+        "cd " + Quoted(folder) + " && ulimit -c 0 && ASAN_OPTIONS=handle_segv=0 " +
+        "TSAN_OPTIONS=handle_segv=0 " + Quoted(session) + " --crash >session.txt 2>&1";
     std::string log;
     if (std::system(command.c_str()) != 0) {
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {

@@ -13,8 +13,10 @@
 
 #include "scrivel/LogFile.h"
 #include "scrivel/LogInput.h"
+#include "support/Shell.h"
 
 using namespace ScrivelReader;
+using ScrivelTest::Quoted;
 
 namespace
 {
@@ -60,7 +62,7 @@ protected:
 
     bool Compress(const std::string& command) const
     {
-        return std::system(("cd '" + folder + "' && " + command + " 2>/dev/null").c_str()) == 0;
+        return std::system(("cd " + Quoted(folder) + " && " + command + " 2>/dev/null").c_str()) == 0;
     }
 
     std::string folder;

@@ -272,7 +272,7 @@ const connection = await (await DuckDBInstance.create(':memory:')).connect();
 for (const question of process.argv.slice(3))
     console.log(JSON.stringify((await connection.runAndReadAll(question)).getRowsJson()));
 )");
-    const std::string command = "cd " + Folder() + " && node ask.mjs " + engine +
+    const std::string command = "cd " + Quoted(Folder()) + " && node ask.mjs " + Quoted(engine) +
                                 " \"select count(*), count(distinct log) from read_json('calls.jsonl')\""
                                 " \"select a.value from (select unnest(arguments) as a from"
                                 " read_json('calls.jsonl') where log = 'run.xml') where a.name = 'data'\""

@@ -68,18 +68,18 @@ protected:
         Write("completion", Run({"--completion", "bash"}).out);
         std::string line;
         for (const std::string& word : words)
-            line += " '" + word + "'";
+            line += " " + Quoted(word);
         Write("complete.sh", ". ./completion\nCOMP_WORDS=(scrivel" + line +
                                  ")\nCOMP_CWORD=" + std::to_string(words.size()) +
                                  "\n_scrivel\nprintf '%s\\n' \"${COMPREPLY[@]}\" >completed\n");
-        EXPECT_EQ(std::system(("cd '" + Folder() + "' && bash complete.sh").c_str()), 0);
+        EXPECT_EQ(std::system(("cd " + Quoted(Folder()) + " && bash complete.sh").c_str()), 0);
         return Lines(Read("completed"));
     }
 
     bool Shell(const std::string& shell, const std::string& script) const
     {
         Write("script", script);
-        return std::system(("cd '" + Folder() + "' && " + shell + " script").c_str()) == 0;
+        return std::system(("cd " + Quoted(Folder()) + " && " + shell + " script").c_str()) == 0;
     }
 };
 

@@ -9,14 +9,6 @@
 namespace ScrivelTest
 {
 
-std::string Quoted(const std::string& word)
-{
-    std::string quoted = "'";
-    for (const char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
 namespace
 {
 

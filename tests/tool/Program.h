@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Shell.h"
+
 namespace ScrivelTest
 {
 
@@ -26,9 +28,6 @@ struct Outcome
     std::string out;
     std::string error;
 };
-
-/// The word as a shell takes it, whatever stands in it.
-std::string Quoted(const std::string& word);
 
 /// A test whose logs stand in a folder of their own, which is also where the program runs: what it
 /// prints bears short names of files.
