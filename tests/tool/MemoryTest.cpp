@@ -3,9 +3,6 @@
 #include "tool/Program.h"
 #include "tool/Session.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 using namespace ScrivelTest;
 
 namespace
@@ -17,18 +14,11 @@ class Memory : public ToolTest
 {
 protected:
     /// The most memory that the program had, in KiB.
-    long Peak(const std::string& arguments, int status = 0) const
+    long MemoryOf(const std::string& arguments, int status = 0) const
     {
-        // A sanitizer keeps what was freed, unless it is told not to.
-        const std::string command =
-            "cd " + Quoted(Folder()) +
-            " && ASAN_OPTIONS=quarantine_size_mb=1:thread_local_quarantine_size_kb=64 " +
-            Quoted(SCRIVEL_PEAK) + " " + Quoted(SCRIVEL_PROGRAM) + " " + arguments + " 2>&1 >/dev/null";
-        std::FILE* const output = popen(command.c_str(), "r");
-        long peak = 0;
-        EXPECT_EQ(std::fscanf(output, "%ld", &peak), 1);
-        EXPECT_EQ(WEXITSTATUS(pclose(output)), status);
-        return peak;
+        const Peak peak = PeakOf(arguments);
+        EXPECT_EQ(peak.status, status);
+        return peak.memory;
     }
 
     /// With a sanitizer, whose share differs from version to version, it may be twice as much.
@@ -37,7 +27,7 @@ protected:
     /// How much more it needs for one command on another log.
     long Growth(const std::string& command, const std::string& small, const std::string& large) const
     {
-        return Peak(command + " " + large) - Peak(command + " " + small);
+        return MemoryOf(command + " " + large) - MemoryOf(command + " " + small);
     }
 };
 
@@ -114,8 +104,8 @@ TEST_F(Memory, GrowsByLessThan200BytesForTwoCallsThatAreCompared)
         Write("small-" + std::to_string(run) + ".xml", CallsOfARun(10, run));
         Write("large-" + std::to_string(run) + ".xml", CallsOfARun(count, run));
     }
-    const long small = Peak("diff small-1.xml small-2.xml", 1);
-    const long large = Peak("diff large-1.xml large-2.xml", 1);
+    const long small = MemoryOf("diff small-1.xml small-2.xml", 1);
+    const long large = MemoryOf("diff large-1.xml large-2.xml", 1);
     EXPECT_LT(large - small, AtMost(count * 200L / 1024));
 }
 

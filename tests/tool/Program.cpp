@@ -1,5 +1,6 @@
 #include "tool/Program.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -63,6 +64,26 @@ Outcome ToolTest::Run(const std::vector<std::string>& arguments, const std::stri
     for (const char* const stream : {"in", "out", "err"})
         std::filesystem::remove(beside + stream);
     return outcome;
+}
+
+ToolTest::Peak ToolTest::PeakOf(const std::string& arguments) const
+{
+    // A sanitizer keeps what was freed, unless it is told not to.
+    const std::string command =
+        "cd " + Quoted(folder) +
+        " && ASAN_OPTIONS=quarantine_size_mb=1:thread_local_quarantine_size_kb=64 " +
+        Quoted(SCRIVEL_PEAK) + " " + Quoted(SCRIVEL_PROGRAM) + " " + arguments + " 2>&1 >/dev/null";
+    std::FILE* const output = popen(command.c_str(), "r");
+    std::string errors;
+    for (int c = std::getc(output); c != EOF; c = std::getc(output))
+        errors += char(c);
+    const int result = pclose(output);
+    // The number stands in the last line.
+    const std::size_t line = errors.rfind('\n', errors.size() - 2);
+    const long memory =
+        std::strtol(errors.c_str() + (line == std::string::npos ? 0 : line + 1), nullptr, 10);
+    EXPECT_GT(memory, 0) << errors;
+    return {memory, WIFEXITED(result) ? WEXITSTATUS(result) : -1};
 }
 
 std::string LogOf(const std::string& elements)

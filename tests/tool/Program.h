@@ -41,6 +41,13 @@ protected:
     void Write(const std::string& name, const std::string& bytes) const;
     std::string Read(const std::string& name) const;
     Outcome Run(const std::vector<std::string>& arguments, const std::string& input = "") const;
+    /// The most memory that the program had, in KiB, with arguments as a shell takes them; its status.
+    struct Peak
+    {
+        long memory;
+        int status;
+    };
+    Peak PeakOf(const std::string& arguments) const;
     const std::string& Folder() const { return folder; }
 
 private:
