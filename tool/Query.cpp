@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,19 @@ namespace
 
 constexpr std::size_t mostMeasured = 1000;  // rows whose widths the table's columns have
 constexpr std::size_t widestColumn = 60;
+
+/// The members of an object, which can't bear one name twice: a later column of a name gets a number, as
+/// in SQLite's tables. name, name:1
+std::vector<std::string> Members(std::vector<std::string> columns)
+{
+    std::set<std::string> taken;
+    for (std::string& column : columns) {
+        const std::string name = column;
+        for (std::size_t number = 1; !taken.insert(column).second; ++number)
+            column = name + ":" + std::to_string(number);
+    }
+    return columns;
+}
 
 class Query final : public Action
 {
@@ -76,7 +90,8 @@ private:
     {
     public:
         Table(const Query& itsCommand, const Database& database, Terminal& itsTerminal)
-            : command(itsCommand), terminal(itsTerminal), columns(database.Columns())
+            : command(itsCommand), terminal(itsTerminal), columns(database.Columns()),
+              members(Members(columns))
         {
             if (command.csv)
                 terminal.Print(CsvLine(columns));
@@ -151,13 +166,13 @@ private:
             for (std::size_t i = 0; i < row.size(); ++i) {
                 switch (row[i].type) {
                 case Database::Cell::Type::Null:
-                    object[columns[i]] = Json();
+                    object[members[i]] = Json();
                     break;
                 case Database::Cell::Type::Number:
-                    object[columns[i]] = Json::parse(row[i].text, nullptr, false);
+                    object[members[i]] = Json::parse(row[i].text, nullptr, false);
                     break;
                 case Database::Cell::Type::Text:
-                    object[columns[i]] = row[i].text;
+                    object[members[i]] = row[i].text;
                     break;
                 }
             }
@@ -167,6 +182,7 @@ private:
         const Query& command;
         Terminal& terminal;
         const std::vector<std::string> columns;
+        const std::vector<std::string> members;
         std::vector<std::size_t> widths;
         std::vector<Database::Row> kept;
         std::size_t rows = 0;

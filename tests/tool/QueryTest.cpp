@@ -98,6 +98,16 @@ TEST_F(Query, IsAnsweredInJson)
               "{\"call\":2,\"name\":\"modeChange\",\"status\":null}\n");
 }
 
+TEST_F(Query, GivesColumnsOfOneNameNumbersInJson)
+{
+    EXPECT_EQ(
+        Answer("select call, name as x, status as x, 7 as \"x:1\", 8 as x from calls where call = 3",
+               "--json"),
+        "{\"call\":3,\"x\":\"CADIRegWrite\",\"x:1\":\"CADI_STATUS_PermissionDenied\","
+        "\"x:1:1\":7,\"x:2\":8}\n");
+    EXPECT_EQ(Answer("select call, call from calls where call = 3"), "call,call\n3,3\n");
+}
+
 TEST_F(Query, IsAskedOfWhatTheFilterLeavesInSeveralLogs)
 {
     Write("b.xml", LogOf(session));
