@@ -18,6 +18,9 @@ namespace
 
 // What the parser may hold back: a tag or a comment that is not over. A log has none of this length.
 constexpr std::uint64_t longestMarkup = 16 * 1024 * 1024;
+// An instruction and a section may be longer, and a comment after the root element: a flush that was
+// killed leaves in them what it was to write.
+constexpr std::uint64_t longestUndivided = 256 * 1024;
 
 std::string_view View(const xmlChar* text)
 {
@@ -75,12 +78,15 @@ public:
             if (parser.events != nullptr)
                 parser.events->EndElement();
         };
-        handler.characters = handler.ignorableWhitespace =
-            handler.cdataBlock = [](void* self, const xmlChar* text, int length) {
-                auto& parser = *static_cast<LibXml2Parser*>(self);
-                if (parser.events != nullptr)
-                    parser.events->Text({reinterpret_cast<const char*>(text), std::size_t(length)});
+        handler.characters =
+            handler.ignorableWhitespace = [](void* self, const xmlChar* text, int length) {
+                static_cast<LibXml2Parser*>(self)->Text(text, length);
             };
+        handler.cdataBlock = [](void* self, const xmlChar* text, int length) {
+            auto& parser = *static_cast<LibXml2Parser*>(self);
+            parser.sectionAt = parser.Position() + std::uint64_t(length);
+            parser.Text(text, length);
+        };
         handler.comment = [](void* self, const xmlChar* text) {
             auto& parser = *static_cast<LibXml2Parser*>(self);
             if (parser.events != nullptr)
@@ -109,7 +115,9 @@ public:
             fed += piece;
             xmlParseChunk(context, bytes, int(piece), 0);
             RefuseWhatEndedParsing();
-            if (error.empty() && fed - std::min(fed, Position()) > longestMarkup)
+            if (error.empty() && Pending() > longestUndivided)
+                Divide(bytes[piece - 1]);
+            if (error.empty() && Pending() > longestMarkup)
                 Refuse("a tag or a comment is longer than 16 MB");
             bytes += piece;
             size -= piece;
@@ -141,14 +149,14 @@ public:
             if (*at == '\n')
                 --line;
         }
-        return {input.consumed + std::uint64_t(at - input.base), line};
+        return {OffsetOf(at), line};
     }
 
     std::uint64_t Position() const override
     {
         if (context == nullptr || context->input == nullptr)
             return 0;
-        return context->input->consumed + std::uint64_t(context->input->cur - context->input->base);
+        return OffsetOf(context->input->cur);
     }
 
     std::uint64_t Line() const override
@@ -161,6 +169,44 @@ public:
     std::uint64_t ErrorLine() const override { return errorLine; }
 
 private:
+    /// Where in the document a byte of the parser's input is.
+    std::uint64_t OffsetOf(const xmlChar* at) const
+    {
+        return context->input->consumed + std::uint64_t(at - context->input->base) - inserted;
+    }
+
+    /// How much the parser keeps until the markup that it is reading is over.
+    std::uint64_t Pending() const { return fed - std::min(fed, Position()); }
+
+    /// Makes two of an instruction or a section whose end hasn't come, or of a comment that says
+    /// nothing: what was fed so far is over then, and the parser forgets it. The document is as
+    /// well-formed as it was.
+    void Divide(char last)
+    {
+        const xmlParserInput& input = *context->input;
+        const std::string_view pending(reinterpret_cast<const char*>(input.cur),
+                                       std::size_t(input.end - input.cur));
+        // Neither within a character nor within what ends the markup; and after an instruction's name.
+        const bool isPlain = last == ' ' || (last >= 'a' && last <= 'z') || (last >= '0' && last <= '9');
+        const bool isUtf8 = input.buf != nullptr && input.buf->encoder == nullptr;
+        if (!isPlain || !isUtf8 || !hasRoot)
+            return;
+        constexpr std::size_t longestName = 64;
+        if (pending.substr(0, 2) == "<?" && pending.find(' ') < longestName)
+            Insert("?><?x ");
+        else if (pending.substr(0, 4) == "<!--" && depth == 0)
+            Insert("--><!--");
+        else if (pending.substr(0, 9) == "<![CDATA[" || sectionAt == Position())
+            Insert("]]><![CDATA[");
+    }
+
+    void Insert(std::string_view text)
+    {
+        xmlParseChunk(context, text.data(), int(text.size()), 0);
+        inserted += text.size();
+        RefuseWhatEndedParsing();
+    }
+
     void Start(const xmlChar* name, const xmlChar* prefix, int count, const xmlChar** attributes)
     {
         ++depth;
@@ -182,6 +228,12 @@ private:
             qualified.assign(View(prefix)).append(":").append(View(name));
             events->StartElement(qualified, found.data(), found.size());
         }
+    }
+
+    void Text(const xmlChar* text, int length)
+    {
+        if (events != nullptr)
+            events->Text({reinterpret_cast<const char*>(text), std::size_t(length)});
     }
 
     void RefuseWhatEndedParsing()
@@ -232,7 +284,9 @@ private:
     std::vector<XmlAttribute> found;
     std::string qualified;
     std::uint64_t fed = 0;
-    std::size_t depth = 0;  // of the element that is open
+    std::uint64_t sectionAt = 0;  // where a section goes on, if it does
+    std::uint64_t inserted = 0;   // bytes that the document doesn't have
+    std::size_t depth = 0;        // of the element that is open
     bool hasRoot = false;
     bool finishing = false;
     std::string error;

@@ -81,6 +81,48 @@ TEST(XmlParser, RefusesDeclaredEntitiesAndFetchesNone)
               " error at 1: a log has no document type declaration");
 }
 
+/// The events of a document with a text of 20 MB in it, a million lines.
+std::string EventsAround(const std::string& before, const std::string& after)
+{
+    std::string text;
+    for (int i = 0; i < 1000 * 1000; ++i)
+        text += "<a b='1' c='d'>?\xc3\xa9\n";
+    return Events(before + text + after, 64 * 1024 - 7);
+}
+
+TEST(XmlParser, ReadsInstructionsOfAnyLength)
+{
+    EXPECT_EQ(EventsAround("<a><b/><?x ", "?>\n<c/></a>"),
+              "<a@0:1><b@3:1></@7>\n<c@19000014:1000002></@19000018></@19000022>");
+    EXPECT_EQ(EventsAround("<a></a><?x ", "?><!-- -->"), "<a@0:1></@7>! !");
+}
+
+TEST(XmlParser, ReadsSectionsOfAnyLength)
+{
+    const std::string events = EventsAround("<a><![CDATA[", "]]></a>");
+    EXPECT_EQ(events.size(), 19000000 + 7 + 12);
+    EXPECT_EQ(events.substr(0, 28), "<a@0:1><a b='1' c='d'>?\xc3\xa9\n<a");
+    EXPECT_EQ(events.substr(events.size() - 12), "</@19000019>");
+}
+
+TEST(XmlParser, ReadsCommentsOfAnyLengthAfterTheRootElement)
+{
+    const std::string events = EventsAround("<a></a><!--", "-->");
+    EXPECT_EQ(events.substr(0, 13), "<a@0:1></@7>!");
+    EXPECT_EQ(events.find("error"), std::string::npos);
+    EXPECT_EQ(EventsAround("<a><!--", "--></a>"),
+              "<a@0:1> error at 1: a tag or a comment is longer than 16 MB");
+}
+
+TEST(XmlParser, IsStrictWithinInstructionsOfAnyLength)
+{
+    const std::string before = "<a@0:1></@7> error at ";
+    EXPECT_EQ(EventsAround("<a></a><?x ", "\x01?>").substr(0, 30), before + "1000001:");
+    EXPECT_EQ(EventsAround("<a></a><?x ", "?><b/>").substr(0, 30), before + "1000001:");
+    EXPECT_EQ(EventsAround("<a></a><?x ", "").substr(0, 22), before);
+    EXPECT_EQ(EventsAround("<a></a><?-x ", "?>").substr(0, 22), before);
+}
+
 TEST(XmlParser, RefusesATagThatDoesNotEnd)
 {
     const std::string events = Events("<a b='" + std::string(40 * 1024 * 1024, 'x'), 1024 * 1024);

@@ -68,6 +68,26 @@ TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
     EXPECT_LT(Growth("calls", "small.xml", "large.xml"), AtMost(4 * megabyte));
 }
 
+TEST_F(Memory, DoesNotGrowWithWhatAKilledFlushWasToWrite)
+{
+    std::string text;
+    while (text.size() < 20 * 1000 * 1000)
+        text += "        <value>0x1f</value>\n";
+    const std::string log = LogOf(session);
+    const std::size_t rootEnd = log.rfind("</run-4242>");
+    Write("small.xml", log);
+    Write("after.xml", log + "<?x " + text + "<?x ?>");
+    Write("instead.xml", std::string(log).insert(rootEnd, "<?x " + text + "?>"));
+    Write("section.xml", std::string(log).insert(rootEnd, "<![CDATA[" + text + "]]>"));
+    for (const char* const killed : {"after.xml", "instead.xml", "section.xml"}) {
+        for (const char* const command : {"check", "calls", "recover --force -o fixed.xml"}) {
+            EXPECT_LT(Growth(command, "small.xml", killed), AtMost(6 * megabyte)) << command << killed;
+        }
+        EXPECT_EQ(Run({"recover", "--force", "-o", "fixed.xml", killed}).status, 0);
+        EXPECT_TRUE(Read("fixed.xml") == Read(killed)) << killed;
+    }
+}
+
 /// A call that reads memory at 0x1000, and brings an array of such items.
 std::string CallWithItems(const std::string& item, int count)
 {
