@@ -30,7 +30,7 @@ TREE = Path(__file__).resolve().parent.parent.parent
 FAULTS = TREE / "tests" / "mutation" / "faults.txt"
 NOT_COPIED = {".git", ".cache", "build"}
 # Tests that are about other things than the behaviour of src/.
-OTHER_LABELS = re.compile(r"^(package|mutation|scripts)$")
+OTHER_LABELS = re.compile(r"^(package|mutation|scripts|support)$")
 
 # A fault may loop or grow for ever.
 SECONDS_A_PROGRAM = 120
