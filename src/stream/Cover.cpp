@@ -50,11 +50,12 @@ bool ContainsAcross(std::string_view first, std::string_view second, std::string
 bool Cover::Hides(const FlushText& text, const FileTail& tail) const
 {
     const off_t pageEnd = PageEnd(text.start);
-    const bool hasRoom = text.start + static_cast<off_t>(opening.size()) <= pageEnd;
-    // The text on the first page, and the rest of the tail on the next one while that page is still old.
+    const bool hasRoom = After(text.start) <= pageEnd;
+    // One of the two pages that the tail lies on has the text already, the other one not yet.
     const auto isTorn = [&] {
-        return pageEnd < tail.End() &&
-               ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), closing);
+        return pageEnd <= tail.End() && pageEnd <= text.end &&
+               (ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), closing) ||
+                ContainsAcross(tail.Part(text.start, pageEnd), text.Part(pageEnd, text.end), closing));
     };
     return hasRoom && TailFits(tail, text.start) && TextFits(text) && !isTorn();
 }

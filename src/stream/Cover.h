@@ -39,6 +39,9 @@ struct Cover
     /// has none.
     std::optional<off_t> StartBefore(const FlushText& text, const FileTail& tail) const;
 
+    /// Where the opening ends that begins there.
+    off_t After(off_t start) const { return start + static_cast<off_t>(opening.size()); }
+
     /// What `write` says, which is called while the opening stands in the place of the first bytes.
     template <typename Write>
     bool Over(char* bytes, Write write) const

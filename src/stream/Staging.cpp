@@ -4,7 +4,6 @@
 #include "stream/Staging.h"
 
 #include "format/LogWords.h"
-#include "stream/Cover.h"
 
 #include <algorithm>
 #include <array>
@@ -64,7 +63,8 @@ bool Staging::GetMemoryFor(const FlushText& text, off_t from, std::string_view l
 bool Staging::WriteInstructions(const FlushText& text, off_t from, std::string_view lead,
                                 std::string_view trailer)
 {
-    end = PutTrailer(text, trailer);
+    trailerStart = PutTrailer(text, trailer);
+    end = trailerStart + static_cast<off_t>(trailer.size());
     char* saved = covered.Bytes();
     ForEachMark(text, from, lead, [&](char* at, std::string_view mark) {
         saved = std::copy_n(at, mark.size(), saved);
@@ -82,14 +82,14 @@ bool Staging::WriteInstructions(const FlushText& text, off_t from, std::string_v
 bool Staging::WriteBlank(off_t from, off_t to, std::string_view lead, std::string_view trailer)
 {
     alignas(Block::pageSize) std::array<char, Block::pageSize> page;
-    const off_t place = PlaceOfTrailer(to, trailer);
-    end = place + static_cast<off_t>(trailer.size());
+    trailerStart = PlaceOfTrailer(to, trailer);
+    end = trailerStart + static_cast<off_t>(trailer.size());
     for (off_t begin = from, next; begin < end; begin = next) {
         next = std::min(PageEnd(begin), end);
         char* const first = page.data() + begin % Block::pageSize;
         char* const last = first + (next - begin);
         std::fill(first, last, '\n');
-        if (std::min(next, place) - begin >= static_cast<off_t>(lead.size())) {
+        if (std::min(next, trailerStart) - begin >= static_cast<off_t>(lead.size())) {
             lead.copy(first, lead.size());
         }
         if (next == end) {
@@ -102,14 +102,30 @@ bool Staging::WriteBlank(off_t from, off_t to, std::string_view lead, std::strin
     return true;
 }
 
+bool Staging::Uncover(const Cover& cover, const FlushText& text, const FileTail& tail)
+{
+    const off_t afterOpening = cover.After(text.start);
+    const off_t afterTail = std::max(afterOpening, tail.End());
+    const auto writeFirst = [&] { return file.Write(text.Part(text.start, afterOpening), text.start); };
+    if (!cover.Over(text.bytes, writeFirst) ||
+        !file.Write(tail.Part(afterOpening, afterTail), afterOpening) ||
+        !WriteBlank(afterTail, trailerStart, {}, {})) {
+        return false;
+    }
+    // The text is lost: its memory takes what the opening covers.
+    std::fill(text.bytes, text.At(afterOpening), '\n');
+    tail.Copy(text.start, std::min(afterOpening, tail.End()), text.bytes);
+    return writeFirst();
+}
+
 /// Puts the trailer after the text, with newlines before it when it would not fit on the page. Returns
-/// the place of its end.
+/// its place.
 off_t Staging::PutTrailer(const FlushText& text, std::string_view trailer) const
 {
     const off_t place = PlaceOfTrailer(text.end, trailer);
     char* const out = std::copy_n(newlines.begin(), place - text.end, text.At(text.end));
     trailer.copy(out, trailer.size());
-    return place + static_cast<off_t>(trailer.size());
+    return place;
 }
 
 /// Calls `visit` with each mark of the staged pages, and with the place in the text that it covers.

@@ -6,6 +6,8 @@
 #define SCRIVEL_STREAM_STAGING_H
 
 #include "stream/Block.h"
+#include "stream/Cover.h"
+#include "stream/FileTail.h"
 #include "stream/FlushText.h"
 #include "stream/OpenFile.h"
 
@@ -43,6 +45,11 @@ public:
     /// The end of the trailer, and of the file.
     off_t End() const { return end; }
 
+    /// After a failed write: takes the tail out of the cover that stands in its place and that the
+    /// trailer ends; after the tail only blank pages and the trailer are left then. Each of its steps
+    /// leaves a document, as do those that have hidden the tail. False when a write fails.
+    bool Uncover(const Cover& cover, const FlushText& text, const FileTail& tail);
+
 private:
     off_t PutTrailer(const FlushText& text, std::string_view trailer) const;
     template <typename Visit>
@@ -50,6 +57,7 @@ private:
 
     OpenFile& file;
     Block& covered;  // the true bytes under the marks
+    off_t trailerStart = 0;
     off_t end = 0;
 };
 

@@ -123,7 +123,7 @@ SteppedFlush::Outcome SteppedFlush::RunInOnePage()
     if (!Commit(Staging::AfterOpening(firstInstruction))) {
         return Outcome::TailTouched;
     }
-    return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
+    return CutTrailer() ? Outcome::Done : Outcome::StaysAsItIs;
 }
 
 SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
@@ -136,10 +136,10 @@ SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
     if (!(inInstructions ? Stage(lead.Text()) : StageBlank(lead.Text()))) {
         return Outcome::TailStands;
     }
-    if (!Hide(cover) || !Commit(text.start + static_cast<off_t>(cover.opening.size()))) {
-        return Outcome::TailTouched;
+    if (!Hide(cover) || !Commit(cover.After(text.start))) {
+        return staging.Uncover(cover, text, tail) ? Outcome::TailStands : Outcome::StaysAsItIs;
     }
-    return CutTrailer() ? Outcome::Done : Outcome::TrailerStays;
+    return CutTrailer() ? Outcome::Done : Outcome::StaysAsItIs;
 }
 
 // ---- The steps ----------------------------------------------------------------------------------

@@ -29,9 +29,9 @@ public:
     {
         NotBegun,     ///< nothing is written, as there are no steps for it: write the text in one go
         Done,         ///< the file holds the text and nothing after it
-        TailStands,   ///< failed before the tail was touched: cut off what follows it
+        TailStands,   ///< failed, and the tail is what it was: cut off what follows it
         TailTouched,  ///< failed in the midst of the tail: put it back
-        TrailerStays  ///< the file holds the text, and a trailer that could not be cut off
+        StaysAsItIs   ///< failed, and what follows the tail or the text is to stay: it may be needed
     };
 
     /// Whether the text spans pages and replaces the tail: for any other there are no steps.

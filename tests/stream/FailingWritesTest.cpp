@@ -88,6 +88,39 @@ TEST_F(FailingWrites, AnyWriteOfASteppedFlushMayFailOnce)
     }
 }
 
+TEST_F(FailingWrites, TailAcrossPagesIsPutBackInStepsThatEachLeaveADocument)
+{
+    for (const char* added : {"", "<!-- ?> -->"}) {
+        for (std::size_t before = pageSize - 20; before < pageSize; ++before) {
+            for (unsigned int number = 2; number <= 8; ++number) {
+                const std::string document = Begin(before, "<bbbbbbbbbb/>\n") + endTag;
+                ResetCounts();
+                const auto stub = platform.pwrite.Use(
+                    [&](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+                        const auto first = static_cast<std::size_t>(position);
+                        for (std::size_t page = first / pageSize + 1; page * pageSize < first + size;
+                             ++page) {
+                            platform.pwrite.Real(file, bytes, page * pageSize - first, position);
+                            EXPECT_TRUE(IsDocument(File())) << before << ", write " << number;
+                            ++stops;
+                        }
+                        if (platform.pwrite.Calls() == number) {
+                            errno = ENOSPC;
+                            return -1;
+                        }
+                        const ssize_t written = platform.pwrite.Real(file, bytes, size, position);
+                        EXPECT_TRUE(IsDocument(File())) << before << ", write " << number;
+                        return written;
+                    });
+                Grow(Element(9000) + added);
+                ASSERT_EQ(File() == document, log.bad()) << before << ", write " << number;
+                log.clear();
+            }
+        }
+    }
+    EXPECT_GT(stops, 1000U);
+}
+
 TEST_F(FailingWrites, DocumentStaysWhenTheTailCantEvenBePutBack)
 {
     const auto grow = [this](std::size_t size, unsigned int firstWriteToFail) {
