@@ -91,6 +91,11 @@ void LogStream::DropFrom(std::streamoff position)
     }
 }
 
+void LogStream::SetDurability(Durability durability)
+{
+    Buffer().SetDurability(durability);
+}
+
 void LogStream::SetMostInMemory(std::size_t size)
 {
     Buffer().SetMostInMemory(size);

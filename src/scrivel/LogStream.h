@@ -15,6 +15,8 @@
 #ifndef SCRIVEL_SCRIVEL_LOGSTREAM_H
 #define SCRIVEL_SCRIVEL_LOGSTREAM_H
 
+#include "scrivel/Durability.h"
+
 #include <cstddef>
 #include <limits>
 #include <locale>
@@ -146,6 +148,9 @@ public:
     /// Drops the text since the last flush from `position` on, and goes there. When that much can't be
     /// dropped for want of memory, the stream is bad as after any lack of it.
     void DropFrom(std::streamoff position);
+
+    /// What the file outlives from now on: to be said before it is opened.
+    void SetDurability(Durability durability);
 
     /// What the text of a flush may take in memory, 64 MiB unless told. What is more goes to the file
     /// ahead of the flush, hidden after the end of the document.

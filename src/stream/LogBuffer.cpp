@@ -132,12 +132,7 @@ void LogBuffer::TakeTextAsTail()
     if (oldTailStands) {
         KeepMarkupBeforePageEnd(end);
     }
-    bool endsFile = end == fileEnd;
-    if (!endsFile && oldTailStands && Enlarge(static_cast<std::size_t>(fileEnd - textStart))) {
-        // The old tail was longer than the text: its last bytes are still there.
-        tail.Copy(end, fileEnd, Text().At(end));
-        endsFile = true;
-    }
+    const bool endsFile = end == fileEnd || (oldTailStands && LetTextEndFile());
     if (pieces.Any()) {
         BeginOutsideOfMarkup();
     }
@@ -358,14 +353,28 @@ bool LogBuffer::MoveTo(off_t target)
     return true;
 }
 
-/// Extends the text to begin at an earlier place, if that can be done; the put pointer stays in its
+/// Extends the text to an earlier or later place, if that can be done; the put pointer stays in its
 /// place.
-void LogBuffer::BeginEarlier(off_t start)
+void LogBuffer::BeginEarlier(off_t place)
 {
     const off_t position = Position();
-    if (MoveTo(start)) {
+    if (MoveTo(place)) {
         MoveTo(position);
     }
+}
+
+/// Where the old tail is longer than the text, its last bytes stay in the file: they become the text's,
+/// too. False when there is no memory for that.
+bool LogBuffer::LetTextEndFile()
+{
+    const off_t end = EndOfText();
+    const off_t fileEnd = std::max(end, tail.End());
+    if (!Enlarge(static_cast<std::size_t>(fileEnd - textStart))) {
+        return false;
+    }
+    tail.Copy(end, fileEnd, Text().At(end));
+    textHighest = Text().At(fileEnd);
+    return true;
 }
 
 std::streambuf::int_type LogBuffer::overflow(int_type character)
@@ -442,15 +451,31 @@ bool LogBuffer::WriteText()
     if (pieces.Any()) {
         return CommitPieces();
     }
-    if (!tail.ReachBackTo(textStart) || !SteppedFlush::IsPossible(tail, Text())) {
+    if (!tail.ReachBackTo(textStart)) {
         return WriteInOneGo();
     }
-    SteppedFlush steps(file, tail, covered, Text());
-    if (const auto start = steps.BetterStart()) {
-        BeginEarlier(*start);
-        steps.SetText(Text());
+    if (file.Synchronises()) {
+        return WriteSynchronised();
     }
-    return WriteInSteps(steps);
+    if (!SteppedFlush::IsPossible(tail, Text())) {
+        return WriteInOneGo();
+    }
+    const auto outcome = WriteInSteps(SteppedFlush(file, tail, covered, Text()));
+    return outcome == SteppedFlush::Outcome::NotBegun ? WriteInOneGo() : Finish(outcome);
+}
+
+/// As WriteText, so that a machine that dies leaves a document, too.
+bool LogBuffer::WriteSynchronised()
+{
+    if (SpansPages(textStart, EndOfText())) {
+        LetTextEndFile();
+    }
+    if (!SyncedFlush::IsPossible(tail, Text())) {
+        return WriteInOneGo();
+    }
+    const auto outcome = WriteInSteps(SyncedFlush(file, tail, covered, Text()));
+    // A piece may be hidden after a tail that can't be hidden itself.
+    return outcome == SteppedFlush::Outcome::NotBegun ? pieces.Commit(Text()) : Finish(outcome);
 }
 
 bool LogBuffer::CommitPieces()
@@ -466,13 +491,20 @@ bool LogBuffer::CommitPieces()
     return written;
 }
 
-bool LogBuffer::WriteInSteps(SteppedFlush& steps)
+template <typename Steps>
+SteppedFlush::Outcome LogBuffer::WriteInSteps(Steps steps)
 {
     assert(CurrentState() == State::Pending);
-    const SteppedFlush::Outcome outcome = steps.Run();
-    if (outcome == SteppedFlush::Outcome::NotBegun) {
-        return WriteInOneGo();
+    if (const auto start = steps.BetterStart()) {
+        BeginEarlier(*start);
+        steps.SetText(Text());
     }
+    return steps.Run();
+}
+
+/// Lets the file be what it was when a flush in steps has failed. Returns whether it has not.
+bool LogBuffer::Finish(SteppedFlush::Outcome outcome)
+{
     if (outcome == SteppedFlush::Outcome::TailStands) {
         tail.CutOffWhatFollows();
     } else if (outcome == SteppedFlush::Outcome::TailTouched) {
@@ -486,8 +518,24 @@ bool LogBuffer::WriteInOneGo()
     if (file.Write(Text().All(), textStart)) {
         return true;
     }
+    if (file.Synchronises()) {
+        BlankText();
+    }
     PutTailBack();
     return false;
+}
+
+/// After a failed synchronisation the text may be in the file all the same: within a page it gives way to
+/// the tail and to newlines at once, before those are cut off.
+void LogBuffer::BlankText()
+{
+    const FlushText text = Text();
+    if (SpansPages(text.start, text.end) || text.start < tail.Start() || tail.End() <= text.start) {
+        return;
+    }
+    std::fill(text.bytes, text.At(text.end), '\n');
+    tail.Copy(text.start, std::min(text.end, tail.End()), text.bytes);
+    file.Write(text.All(), text.start);
 }
 
 /// After a failed write: the file is again what the last flush left.

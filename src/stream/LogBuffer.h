@@ -12,6 +12,7 @@
 #include "stream/OpenFile.h"
 #include "stream/Pieces.h"
 #include "stream/SteppedFlush.h"
+#include "stream/SyncedFlush.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -38,6 +39,7 @@ public:
         mostInMemory = std::max(size, 2 * page) - page;
     }
     bool IsOutOfMemory() const { return outOfMemory; }
+    void SetDurability(Durability wanted) { file.SetDurability(wanted); }
 
     void HoldFlushes() { ++holds; }
     void ReleaseFlushes() { --holds; }
@@ -91,12 +93,17 @@ private:
     bool ExtendText(off_t from, off_t to);
     bool MoveTo(off_t target);
     void BeginEarlier(off_t start);
+    bool LetTextEndFile();
 
     // Writing.
     bool WriteText();
     bool CommitPieces();
-    bool WriteInSteps(SteppedFlush& steps);
+    bool WriteSynchronised();
+    template <typename Steps>
+    SteppedFlush::Outcome WriteInSteps(Steps steps);
+    bool Finish(SteppedFlush::Outcome outcome);
     bool WriteInOneGo();
+    void BlankText();
     void PutTailBack();
 
     OpenFile file;

@@ -47,6 +47,12 @@ int AboveStandardStreams(int descriptor)
     return moved;
 }
 
+std::string FolderOf(const std::string& name)
+{
+    const auto slash = name.rfind('/');
+    return slash == std::string::npos ? "." : name.substr(0, slash + 1);
+}
+
 /// Where the process finds its open file.
 std::string PlaceOf(int descriptor)
 {
@@ -57,8 +63,7 @@ std::string PlaceOf(int descriptor)
 /// there can be none: EOPNOTSUPP when that is for no other reason than that it has no name.
 int OpenUnnamed(const std::string& name)
 {
-    const auto slash = name.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : name.substr(0, slash + 1);
+    const std::string folder = FolderOf(name);
     int descriptor = AboveStandardStreams(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
     if (descriptor < 0 && errno == EISDIR) {
         errno = EOPNOTSUPP;  // a kernel that doesn't know such files
@@ -145,8 +150,18 @@ bool OpenFile::GiveFirstName()
                                            newName.c_str(), AT_SYMLINK_FOLLOW) != 0) {
         return false;
     }
+    state = Name::ToBeKept;
+    if (synchronises && !SynchroniseName()) {
+        return false;
+    }
     state = Name::Given;
     return true;
+}
+
+/// The number of its names lies with the file, the name in the folder.
+bool OpenFile::SynchroniseName() const
+{
+    return fsync(descriptor) == 0 && SynchroniseFolder(FolderOf(newName));
 }
 
 /// Removes the file, unless another has its name by now.
@@ -225,13 +240,21 @@ bool OpenFile::Write(std::string_view bytes, off_t offset)
             change->KeepSignalBack();
         }
     }
-    return true;
+    return !synchronises || Synchronise();
 }
 
 bool OpenFile::CutAt(off_t end)
 {
     assert(change != nullptr);
-    return Uninterrupted([&] { return ftruncate(descriptor, end); }) == 0;
+    return Uninterrupted([&] { return ftruncate(descriptor, end); }) == 0 &&
+           (!synchronises || Synchronise());
+}
+
+/// One that has failed is not repeated: the kernel may have dropped what it could not write, and a second
+/// one would go well.
+bool OpenFile::Synchronise() const
+{
+    return Uninterrupted([&] { return fdatasync(descriptor); }) == 0;
 }
 
 }  // namespace Scrivel2

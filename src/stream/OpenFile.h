@@ -5,6 +5,8 @@
 #ifndef SCRIVEL_STREAM_OPENFILE_H
 #define SCRIVEL_STREAM_OPENFILE_H
 
+#include "scrivel/Durability.h"
+
 #include <csignal>
 #include <cstddef>
 #include <string>
@@ -39,6 +41,11 @@ public:
     bool IsOpen() const { return descriptor >= 0; }
     bool Close();
 
+    /// From now on, for the death of the machine, each change and the name are done when the disk has
+    /// them.
+    void SetDurability(Durability wanted) { synchronises = wanted == Durability::Machine; }
+    bool Synchronises() const { return synchronises; }
+
     /// A change of the file in progress. The thread is not cancelled in its midst. Once a write has come
     /// up against something, the signal of the file-size limit is kept back until the change is over: a
     /// process that this signal kills leaves a document too.
@@ -60,7 +67,8 @@ public:
         sigset_t signalsBefore;
     };
 
-    // Each of these is done wholly, or false. The last two belong to a change.
+    // Each of these is done wholly, or false. The last two belong to a change. A write that is to survive
+    // the machine is on the disk when it is done; of one that was under way, any pages may be.
     bool Read(char* out, std::size_t length, off_t offset) const;
     bool Write(std::string_view bytes, off_t offset);
     bool CutAt(off_t end);
@@ -77,12 +85,15 @@ private:
         ToBeKept  ///< or else removed
     };
 
+    bool Synchronise() const;
     bool GiveFirstName();
+    bool SynchroniseName() const;
     void Remove();
 
     bool Identify();
 
     int descriptor = -1;
+    bool synchronises = false;
     dev_t device = 0;
     ino_t inode = 0;
     Change* change = nullptr;

@@ -21,13 +21,21 @@
 //     ...<![CDA|mmmmmmmmmmmmmmmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
 //     ...mmmmmm|mmmmmmmmmmmmmmmmm|mmmmmmmmmmmm|mmmm<?x ?><?x ]]>T0<?x ?>
 //
+// Where each write is synchronised, a page of it may be on the disk without those before it. So the file
+// grows by newlines page by page up to the new trailer, as in SyncedFlush.cpp, and a piece comes in after
+// the opening of the instruction is there, or after the old trailer has been replaced:
+//
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1<?x ?>\n\n\n|\n\n\n\n\n\n\n\n\n|\n\n\n\n<?x ?>
+//     ...T0<?x m1m1m1m1|m1m1m1m1m1m1m1m1m1|m1m1m1m2m2m2m2m2|\n\n\n\n\n\n\n\n\n|\n\n\n\n<?x ?>
+//
+// The opening of a section, too, comes before what it hides.
+//
 // Text that would end the instruction or the section, and text that goes on elsewhere than where the last
 // piece ended, is not hidden: from then on the pieces are bare, over the tail.
 
 #include "stream/Pieces.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 
 namespace Scrivel2
@@ -37,8 +45,9 @@ namespace
 
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
+constexpr const Cover& instructionCover = covers.front();
+static_assert(instructionCover.opening == opening);
 constexpr std::size_t firstSection = 1;  // of the covers
-static_assert(covers[firstSection - 1].closing == closing);
 
 }  // namespace
 
@@ -69,7 +78,6 @@ bool Pieces::Write(const FlushText& piece)
 
 bool Pieces::Commit(const FlushText& piece)
 {
-    assert(Any());
     if (!Prepare(piece)) {
         return Failed();
     }
@@ -94,12 +102,23 @@ bool Pieces::Read(off_t to, char* out) const
 
 void Pieces::TakeBack()
 {
-    if (tailTouched) {
+    if (!tailTouched) {
+        tail.CutOffWhatFollows();
+    } else if (state == State::Bare) {
         tail.PutBack(start);
-    } else {
+    } else if (CommitTail()) {
         tail.CutOffWhatFollows();
     }
     state = State::None;
+}
+
+/// As CommitHidden, but with the tail, and the opening after it, in the place of the text.
+bool Pieces::CommitTail()
+{
+    std::fill_n(kept.Bytes(), hiddenFrom - start, '\n');
+    tail.Copy(start, tail.End(), kept.Bytes());
+    opening.copy(kept.Bytes() + (Instruction() - start), opening.size());
+    return CommitHidden();
 }
 
 bool Pieces::Failed()
@@ -182,6 +201,12 @@ bool Pieces::Uncover()
 
 // ---- Writing ------------------------------------------------------------------------------------
 
+/// Where the instruction that hides the text begins.
+off_t Pieces::Instruction() const
+{
+    return hiddenFrom - static_cast<off_t>(opening.size());
+}
+
 bool Pieces::AppendBare(const FlushText& piece)
 {
     start = std::min(start, piece.start);
@@ -190,19 +215,14 @@ bool Pieces::AppendBare(const FlushText& piece)
     return file.Write(piece.All(), piece.start);
 }
 
-/// Stages a piece after the trailer of the one before, and brings it to the place of that.
+/// Brings a piece to the place of the trailer of the one before, with a trailer after it.
 bool Pieces::Append(const FlushText& piece, std::string_view trailer)
 {
     // A short one may end before the old trailer does.
     const FlushText staged{piece.bytes, piece.start, std::max(piece.end, fileEnd)};
     std::fill(staged.At(piece.end), staged.At(staged.end), '\n');
-    const off_t instruction = hiddenFrom - static_cast<off_t>(opening.size());
-    const bool isFirst = end == start;
-    const off_t place =
-        isFirst ? std::min(PageEnd(instruction), staged.end) - static_cast<off_t>(closing.size())
-                : piece.start;
-    if (!staging.WriteInstructions(staged, fileEnd, opening, trailer) ||
-        !file.Write(staged.Part(place, staged.end), place)) {
+    if (!(file.Synchronises() ? AppendSynchronised(staged, trailer)
+                              : AppendInPageOrder(staged, trailer))) {
         return false;
     }
     end = piece.end;
@@ -211,6 +231,34 @@ bool Pieces::Append(const FlushText& piece, std::string_view trailer)
     lastBytes += piece.Part(std::max(piece.start, piece.end - static_cast<off_t>(most)), piece.end);
     lastBytes.erase(0, lastBytes.size() - std::min(lastBytes.size(), most));
     return true;
+}
+
+/// Staged after the old trailer first.
+bool Pieces::AppendInPageOrder(const FlushText& staged, std::string_view trailer)
+{
+    const bool isFirst = end == start;
+    const off_t place =
+        isFirst ? std::min(PageEnd(Instruction()), staged.end) - static_cast<off_t>(closing.size())
+                : staged.start;
+    return staging.WriteInstructions(staged, fileEnd, opening, trailer) &&
+           file.Write(staged.Part(place, staged.end), place);
+}
+
+/// With newlines up to its trailer first. Then the opening of the instruction, or what takes the place of
+/// the old trailer, comes before the rest.
+bool Pieces::AppendSynchronised(const FlushText& staged, std::string_view trailer)
+{
+    const auto write = [&](off_t from, off_t to) { return file.Write(staged.Part(from, to), from); };
+    if (!staging.WriteBlank(fileEnd, staged.end, {}, trailer)) {
+        return false;
+    }
+    if (end == start) {
+        const auto writeOpening = [&] { return write(Instruction(), hiddenFrom); };
+        return instructionCover.Over(staged.At(Instruction()), writeOpening) &&
+               write(hiddenFrom, staged.end);
+    }
+    const off_t afterOldTrailer = std::min(PageEnd(fileEnd - 1), staged.end);
+    return write(staged.start, afterOldTrailer) && write(afterOldTrailer, staged.end);
 }
 
 /// The last piece, whose trailer ends the section that is to hide the tail, if one is.
@@ -231,8 +279,12 @@ bool Pieces::CommitHidden()
     if (cover == nullptr) {
         return WriteKept(hiddenFrom);
     }
-    return cover->Over(kept.Bytes(), [this] { return WriteKept(hiddenFrom); }) &&
-           WriteKept(start + static_cast<off_t>(cover->opening.size()));
+    const off_t opened = cover->After(start);
+    const auto writeCovered = [&](off_t to) {
+        return cover->Over(kept.Bytes(), [&] { return WriteKept(to); });
+    };
+    const bool isCovered = !file.Synchronises() || writeCovered(opened);
+    return isCovered && writeCovered(hiddenFrom) && WriteKept(opened);
 }
 
 /// Without it the new document has a trailer, and no pieces any more.

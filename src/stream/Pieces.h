@@ -38,7 +38,7 @@ public:
     /// and there are no pieces.
     bool Write(const FlushText& piece);
 
-    /// Writes the last piece, and makes all of them the end of the file; false as Write.
+    /// Writes the last piece, or the only one, and makes all of them the end of the file; false as Write.
     bool Commit(const FlushText& piece);
 
     /// Copies the bytes from the start of the pieces up to `to`; false when they can't be read.
@@ -64,10 +64,14 @@ private:
     bool Prepare(const FlushText& piece);
     bool StaysHidden(const FlushText& piece);
     bool Uncover();
+    off_t Instruction() const;
     bool Append(const FlushText& piece, std::string_view trailer);
+    bool AppendInPageOrder(const FlushText& staged, std::string_view trailer);
+    bool AppendSynchronised(const FlushText& staged, std::string_view trailer);
     bool AppendBare(const FlushText& piece);
     bool AppendLast(const FlushText& piece);
     bool CommitHidden();
+    bool CommitTail();
     bool CutTrailer();
     bool WriteKept(off_t to);
     bool Failed();

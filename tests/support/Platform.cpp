@@ -77,6 +77,8 @@ void Platform::Reset()
     pread.Reset();
     lseek.Reset();
     ftruncate.Reset();
+    fdatasync.Reset();
+    fsync.Reset();
     linkat.Reset();
     close.Reset();
 }
@@ -207,6 +209,16 @@ int ftruncate(int file, off_t size) noexcept
 int ftruncate64(int file, off64_t size) noexcept
 {
     return platform.ftruncate.Call(file, size);
+}
+
+int fdatasync(int file)
+{
+    return platform.fdatasync.Call(file);
+}
+
+int fsync(int file)
+{
+    return platform.fsync.Call(file);
 }
 
 int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept

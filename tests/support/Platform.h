@@ -141,6 +141,8 @@ struct Platform
     Replaceable<ssize_t(int, void*, std::size_t, off_t)> pread{"pread"};
     Replaceable<off_t(int, off_t, int)> lseek{"lseek"};
     Replaceable<int(int, off_t)> ftruncate{"ftruncate"};
+    Replaceable<int(int)> fdatasync{"fdatasync"};
+    Replaceable<int(int)> fsync{"fsync"};
     Replaceable<int(int, const char*, int, const char*, int)> linkat{"linkat"};
     Replaceable<int(int)> close{"close"};
 

@@ -1,0 +1,26 @@
+// The names in a folder, on the disk. Tested by tests/layer/DurabilityTest.cpp.
+
+#include "scrivel/Durability.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Scrivel2
+{
+
+bool SynchroniseFolder(const std::string& folder)
+{
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool done = fsync(descriptor) == 0;
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return done;
+}
+
+}  // namespace Scrivel2

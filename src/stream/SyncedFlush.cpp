@@ -1,0 +1,115 @@
+// How a flush across pages replaces the tail when the machine may die, too. Tested by
+// tests/stream/SyncedFlushTest.cpp.
+//
+// What has been written since the last synchronisation is on the disk in part: any of its pages may be as
+// they were. The file ends with the last page that is there; what lacks before it are zeros, which no
+// document may hold. So the file grows by one page at a time, and each step is a write after which the
+// file is synchronised (OpenFile::Write), that leaves a document whichever of its pages are there:
+//
+//           Enlarge              CoverTail            BringText            Commit
+//   BEFORE ---------> ENLARGED -----------> COVERED -----------> HIDDEN -----------> COMMITTED
+//                                                                                        |
+//                                                                           CutTrailer   v
+//                                                                                       DONE
+//
+//   ENLARGED   After T0 come newlines, page by page, and on the last page the trailer, an instruction or
+//   a
+//              comment with a copy of T0.
+//                  ...</trac|e-4242>\n\n\n\n\n\n|\n\n\n\n\n<?x ]]>T0<?x ?>
+//   COVERED    An opening is in the place of the first bytes of T0: one page. The section that it begins
+//              ends in the trailer, where T0 follows.
+//                  ...<![CDATA[a|ce-4242>\n\n\n\n\n|\n\n\n\n\n<?x ]]>T0<?x ?>
+//   HIDDEN     The true bytes are in the section, however many of their pages.
+//                  ...<![CDATA[M|MMMMMMMMMMMMMMMMMM|MMMMM<?x ]]>T0<?x ?>
+//   COMMITTED  The opening has been replaced, one page: this is the new document.
+//                  ...MMMMMMMMMM|MMMMMMMMMMMMMMMMMM|MMMMM<?x ]]>T0<?x ?>
+//   DONE       The trailer is cut off.
+//
+// The covers and their conditions are those of a flush that hides its tail (SteppedFlush.cpp).
+
+#include "stream/SyncedFlush.h"
+
+#include "format/LogWords.h"
+
+#include <cassert>
+#include <string_view>
+
+namespace Scrivel2
+{
+
+bool SyncedFlush::IsPossible(const FileTail& tail, const FlushText& text)
+{
+    return text.start < tail.End() && tail.End() <= text.end && SpansPages(text.start, text.end);
+}
+
+SyncedFlush::SyncedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
+                         const FlushText& brought)
+    : file(flushed), tail(replaced), staging(flushed, memory), text(brought)
+{
+}
+
+std::optional<off_t> SyncedFlush::BetterStart() const
+{
+    if (FirstThatHides(text, tail) != nullptr) {
+        return {};
+    }
+    return StartForOneThatHides(text, tail);
+}
+
+SyncedFlush::Outcome SyncedFlush::Run()
+{
+    const Cover* const cover = FirstThatHides(text, tail);
+    if (cover == nullptr) {
+        return Outcome::NotBegun;
+    }
+    if (!Enlarge(*cover)) {
+        return Outcome::TailStands;
+    }
+    if (!CoverTail(*cover) || !BringText(*cover) || !Commit(*cover)) {
+        return staging.Uncover(*cover, text, tail) ? Outcome::TailStands : Outcome::StaysAsItIs;
+    }
+    return CutTrailer() ? Outcome::Done : Outcome::StaysAsItIs;
+}
+
+// ---- The steps ----------------------------------------------------------------------------------
+
+bool SyncedFlush::Enlarge(const Cover& cover)
+{
+    assert(state == State::Before);
+    state = State::Enlarged;
+    const bool inInstruction = cover.closing == LogWords::flushClosing;
+    const Mark trailer{cover.beforeCopy, tail.From(text.start), cover.afterCopy,
+                       inInstruction ? cover.closing : std::string_view()};
+    return staging.WriteBlank(tail.End(), text.end, {}, trailer.Text());
+}
+
+bool SyncedFlush::CoverTail(const Cover& cover)
+{
+    assert(state == State::Enlarged);
+    state = State::Covered;
+    return cover.Over(text.bytes, [&] { return WriteText(text.start, cover.After(text.start)); });
+}
+
+bool SyncedFlush::BringText(const Cover& cover)
+{
+    assert(state == State::Covered);
+    state = State::Hidden;
+    const off_t from = cover.After(text.start);
+    return WriteText(from, text.end);
+}
+
+bool SyncedFlush::Commit(const Cover& cover)
+{
+    assert(state == State::Hidden);
+    state = State::Committed;
+    return WriteText(text.start, cover.After(text.start));
+}
+
+bool SyncedFlush::CutTrailer()
+{
+    assert(state == State::Committed);
+    state = State::Done;
+    return file.CutAt(text.end);
+}
+
+}  // namespace Scrivel2

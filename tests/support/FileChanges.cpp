@@ -1,0 +1,150 @@
+// Records changes of a file, and makes what a disk may have of them.
+
+#include "support/FileChanges.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace ScrivelTest
+{
+namespace
+{
+
+constexpr std::size_t pageSize = 4096;
+
+/// Calls `visit` with the page, and with the place and the bytes, of each part of a write within a page.
+template <typename Visit>
+void ForEachPart(const FileChange& write, Visit visit)
+{
+    const std::size_t end = write.offset + write.bytes.size();
+    for (std::size_t begin = write.offset, next; begin < end; begin = next) {
+        const std::size_t page = begin / pageSize;
+        next = std::min((page + 1) * pageSize, end);
+        visit(page, begin, write.bytes.substr(begin - write.offset, next - begin));
+    }
+}
+
+}  // namespace
+
+void Apply(const FileChange& change, std::size_t length, std::string& file)
+{
+    if (change.kind == FileChange::Kind::Cut) {
+        file.resize(change.offset);
+    } else if (change.kind == FileChange::Kind::Write) {
+        file.resize(std::max(file.size(), change.offset + length));
+        file.replace(change.offset, length, change.bytes, 0, length);
+    }
+}
+
+void Apply(const FileChange& change, std::string& file)
+{
+    Apply(change, change.bytes.size(), file);
+}
+
+FileChanges::FileChanges(std::function<unsigned int()> told)
+    : note(std::move(told)),
+      writes(platform.pwrite.Use([this](int file, const void* bytes, std::size_t size, off_t offset) {
+          const ssize_t written = platform.pwrite.Real(file, bytes, size, offset);
+          if (written > 0) {
+              const auto length = static_cast<std::size_t>(written);
+              Add(FileChange::Kind::Write, offset, {static_cast<const char*>(bytes), length});
+          }
+          return written;
+      })),
+      cuts(platform.ftruncate.Use([this](int file, off_t size) {
+          Add(FileChange::Kind::Cut, size);
+          return platform.ftruncate.Real(file, size);
+      })),
+      synchronisations(
+          platform.fdatasync.Use([this](int) { return Synchronise(FileChange::Kind::Synchronised); })),
+      synchronisationsOfAll(platform.fsync.Use([this](int file) {
+          struct stat status;
+          const bool isFolder = platform.fstat.Real(file, &status) == 0 && S_ISDIR(status.st_mode);
+          return Synchronise(isFolder ? FileChange::Kind::FolderSynchronised
+                                      : FileChange::Kind::Synchronised);
+      })),
+      names(platform.linkat.Use(
+          [this](int fromFolder, const char* from, int toFolder, const char* to, int flags) {
+              const int result = platform.linkat.Real(fromFolder, from, toFolder, to, flags);
+              if (result == 0) {
+                  Add(FileChange::Kind::Named);
+              }
+              return result;
+          }))
+{
+}
+
+int FileChanges::Synchronise(FileChange::Kind kind)
+{
+    const int result = synchronise();
+    if (result == 0) {
+        Add(kind);
+    }
+    return result;
+}
+
+void FileChanges::Add(FileChange::Kind kind, off_t offset, std::string bytes)
+{
+    changes.push_back({kind, static_cast<std::size_t>(offset), std::move(bytes), note()});
+}
+
+void Disk::Add(const FileChange& change)
+{
+    if (change.kind == FileChange::Kind::Write || change.kind == FileChange::Kind::Cut) {
+        pending.push_back(change);
+    } else if (change.kind == FileChange::Kind::Synchronised) {
+        for (const FileChange& done : pending) {
+            Apply(done, synchronised);
+        }
+        pending.clear();
+    }
+}
+
+std::size_t Disk::Pending() const
+{
+    std::size_t count = 0;
+    for (const FileChange& change : pending) {
+        count += change.kind == FileChange::Kind::Cut ? 1 : 0;
+        ForEachPart(change, [&](auto&&...) { ++count; });
+    }
+    return count;
+}
+
+std::string Disk::AnyState(const Choice& below) const
+{
+    std::map<std::size_t, std::size_t> changesOfPage;
+    for (const FileChange& change : pending) {
+        ForEachPart(change, [&](std::size_t page, auto&&...) { ++changesOfPage[page]; });
+    }
+    for (auto& [page, count] : changesOfPage) {
+        count = below(count + 1);
+    }
+    std::string file = synchronised;
+    for (const FileChange& change : pending) {
+        if (change.kind == FileChange::Kind::Cut && below(2) == 1) {
+            Apply(change, file);
+        }
+        ForEachPart(change, [&](std::size_t page, std::size_t offset, std::string bytes) {
+            if (changesOfPage[page] > 0) {
+                --changesOfPage[page];
+                Apply({FileChange::Kind::Write, offset, std::move(bytes)}, file);
+            }
+        });
+    }
+    return file;
+}
+
+std::string Disk::AnyStateOfAnySize(const Choice& below) const
+{
+    std::string file = AnyState(below);
+    for (const FileChange& change : pending) {
+        const std::size_t end = change.offset + change.bytes.size();
+        if (change.kind == FileChange::Kind::Write && end > file.size() && below(2) == 1) {
+            file.resize(end);
+        }
+    }
+    return file;
+}
+
+}  // namespace ScrivelTest

@@ -1,0 +1,88 @@
+// What the system is told to do with the file of a log, and what a disk may have of that when the machine
+// dies.
+
+#ifndef SCRIVEL_TESTS_SUPPORT_FILECHANGES_H
+#define SCRIVEL_TESTS_SUPPORT_FILECHANGES_H
+
+#include "support/Platform.h"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ScrivelTest
+{
+
+struct FileChange
+{
+    enum class Kind
+    {
+        Write,
+        Cut,
+        Synchronised,
+        Named,
+        FolderSynchronised
+    };
+
+    Kind kind;
+    std::size_t offset = 0;  ///< of a write; where a cut leaves the end
+    std::string bytes{};
+    unsigned int note = 0;  ///< what the recorder's `note` said when it came
+};
+
+/// Makes a change of the first `length` bytes of its text, as a system does that doesn't die.
+void Apply(const FileChange& change, std::size_t length, std::string& file);
+void Apply(const FileChange& change, std::string& file);
+
+/// Records all changes of files while it lives. The disk itself is not waited for.
+class FileChanges
+{
+public:
+    explicit FileChanges(std::function<unsigned int()> note = [] { return 0U; });
+
+    std::vector<FileChange> changes;
+
+    /// How waiting for the disk ends. What has failed is not recorded.
+    std::function<int()> synchronise = [] { return 0; };
+
+private:
+    int Synchronise(FileChange::Kind kind);
+    void Add(FileChange::Kind kind, off_t offset = 0, std::string bytes = {});
+
+    std::function<unsigned int()> note;
+    StubOf<&Platform::pwrite> writes;
+    StubOf<&Platform::ftruncate> cuts;
+    StubOf<&Platform::fdatasync> synchronisations;
+    StubOf<&Platform::fsync> synchronisationsOfAll;
+    StubOf<&Platform::linkat> names;
+};
+
+/// The disk under a file. Of what was changed since the last synchronisation it has any pages, each of
+/// them as any of its changes left it; the file ends with the last page that is there, and what lacks
+/// before it are zeros.
+class Disk
+{
+public:
+    explicit Disk(std::string fileAtFirst = {}) : synchronised(std::move(fileAtFirst)) {}
+
+    void Add(const FileChange& change);
+
+    /// How many parts of pages, and cuts, it may lack.
+    std::size_t Pending() const;
+
+    /// What it may have; `below` chooses a number that is less than the one given.
+    using Choice = std::function<std::size_t(std::size_t)>;
+    std::string AnyState(const Choice& below) const;
+
+    /// The same of a disk that may know of a file's size before it has its bytes: with zeros at the end.
+    std::string AnyStateOfAnySize(const Choice& below) const;
+
+private:
+    std::string synchronised;
+    std::vector<FileChange> pending;
+};
+
+}  // namespace ScrivelTest
+
+#endif
