@@ -12,9 +12,8 @@
 //                                                                           CutTrailer   v
 //                                                                                       DONE
 //
-//   ENLARGED   After T0 come newlines, page by page, and on the last page the trailer, an instruction or
-//   a
-//              comment with a copy of T0.
+//   ENLARGED   After T0 come newlines, page by page, and on the last page the trailer, an instruction
+//              or a comment with a copy of T0.
 //                  ...</trac|e-4242>\n\n\n\n\n\n|\n\n\n\n\n<?x ]]>T0<?x ?>
 //   COVERED    An opening is in the place of the first bytes of T0: one page. The section that it begins
 //              ends in the trailer, where T0 follows.
