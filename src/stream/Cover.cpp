@@ -49,15 +49,8 @@ bool ContainsAcross(std::string_view first, std::string_view second, std::string
 
 bool Cover::Hides(const FlushText& text, const FileTail& tail) const
 {
-    const off_t pageEnd = PageEnd(text.start);
-    const bool hasRoom = After(text.start) <= pageEnd;
-    // One of the two pages that the tail lies on has the text already, the other one not yet.
-    const auto isTorn = [&] {
-        return pageEnd <= tail.End() && pageEnd <= text.end &&
-               (ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), closing) ||
-                ContainsAcross(tail.Part(text.start, pageEnd), text.Part(pageEnd, text.end), closing));
-    };
-    return hasRoom && TailFits(tail, text.start) && TextFits(text) && !isTorn();
+    const bool hasRoom = After(text.start) <= PageEnd(text.start);
+    return hasRoom && TailFits(tail, text.start) && TextFits(text, tail);
 }
 
 std::optional<off_t> Cover::StartBefore(const FlushText& text, const FileTail& tail) const
@@ -65,17 +58,23 @@ std::optional<off_t> Cover::StartBefore(const FlushText& text, const FileTail& t
     const off_t pageEnd = PageEnd(text.start);
     const auto room = static_cast<off_t>(opening.size());
     const auto start = tail.LastMarkup(pageEnd - Block::pageSize, std::min(pageEnd - room, text.start));
-    if (start && TailFits(tail, *start) && TextFits(text) &&
+    if (start && TailFits(tail, *start) && TextFits(text, tail) &&
         !ContainsAcross(tail.Part(*start, text.start), text.All(), closing)) {
         return start;
     }
     return {};
 }
 
-/// Whether the text does not end the cover.
-bool Cover::TextFits(const FlushText& text) const
+/// Whether the text does not end the cover, nor together with the tail, when one of the two pages that
+/// this lies on has the text already, the other one not yet.
+bool Cover::TextFits(const FlushText& text, const FileTail& tail) const
 {
-    return !Contains(text.All(), closing);
+    const off_t pageEnd = PageEnd(text.start);
+    const bool liesOnTwo = pageEnd <= tail.End() && pageEnd <= text.end;
+    return !Contains(text.All(), closing) &&
+           !(liesOnTwo &&
+             (ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), closing) ||
+              ContainsAcross(tail.Part(text.start, pageEnd), text.Part(pageEnd, text.end), closing)));
 }
 
 /// Whether the tail from `start` on ends neither the cover nor what is around its copies, and whether the

@@ -57,7 +57,7 @@ struct Cover
     static constexpr std::size_t longestOpening = 9;
 
 private:
-    bool TextFits(const FlushText& text) const;
+    bool TextFits(const FlushText& text, const FileTail& tail) const;
     bool TailFits(const FileTail& tail, off_t start) const;
 };
 
