@@ -167,6 +167,7 @@ private:
 
     void Start()
     {
+        generator.SetDurability(settings.durability);
         int problem = EEXIST;
         while ((problem = generator.StartIn(files.LogName(), files.Place())) == EEXIST) {
             files.Rename();

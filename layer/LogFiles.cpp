@@ -1,15 +1,18 @@
 // The folder of a log and its files, none of which overwrites another. Tested by
-// tests/layer/LogFilesTest.cpp.
+// tests/layer/LogFilesTest.cpp and tests/layer/DurabilityTest.cpp.
 
 #include "scrivel/LogFiles.h"
 
 #include "scrivel/LogNames.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,10 +22,30 @@ namespace Scrivel2::Layer
 namespace
 {
 
-void MakeFolder(const std::filesystem::path& folder)
+/// The folders that will have a new name in them when this one has been made.
+std::vector<std::string> FoldersToChange(const std::filesystem::path& folder)
 {
+    std::vector<std::string> changed;
+    std::error_code error;
+    auto missing = std::filesystem::absolute(folder, error).lexically_normal();
+    while (!error && !std::filesystem::exists(missing, error)) {
+        missing = missing.parent_path();
+        changed.push_back(missing.string());
+    }
+    return changed;
+}
+
+void MakeFolder(const std::filesystem::path& folder, Durability durability)
+{
+    std::vector<std::string> changed;
+    if (durability == Durability::Machine) {
+        changed = FoldersToChange(folder);
+    }
     std::error_code error;
     std::filesystem::create_directories(folder, error);
+    if (!error && !std::all_of(changed.begin(), changed.end(), SynchroniseFolder)) {
+        error = {errno, std::generic_category()};
+    }
     if (error) {
         std::cerr << "Scrivel: Unable to make folder \"" << folder.string() << "\".\n"
                   << "    Error given by OS: " << error.message() << std::endl;
@@ -51,7 +74,7 @@ LogFiles::LogFiles(const Settings& settings)
     folder = settings.folder;
     end = std::string("-").append(std::to_string(getpid())).append(".xml");
     if (!folder.empty()) {
-        MakeFolder(folder);
+        MakeFolder(folder, settings.durability);
     }
     std::error_code error;
     wholeFolder = std::filesystem::absolute(folder.empty() ? "." : folder, error).lexically_normal();

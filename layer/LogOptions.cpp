@@ -1,5 +1,5 @@
 // The choices of a program and those of its environment. Tested by tests/layer/LogFilesTest.cpp,
-// CallPatternsTest.cpp and NumberedFilesTest.cpp.
+// CallPatternsTest.cpp, NumberedFilesTest.cpp and DurabilityTest.cpp.
 
 #include "scrivel/LogOptions.h"
 
@@ -80,10 +80,27 @@ std::uint64_t ChosenSize(std::uint64_t chosen)
     return size.value_or(chosen);
 }
 
+Durability ChosenDurability(Durability chosen)
+{
+    const std::string said = Environment("SCRIVEL_LOG_DURABILITY");
+    if (said == "process") {
+        return Durability::Process;
+    }
+    if (said == "machine") {
+        return Durability::Machine;
+    }
+    if (!said.empty()) {
+        std::cerr << "Scrivel: SCRIVEL_LOG_DURABILITY is neither \"process\" nor \"machine\": \"" << said
+                  << "\"." << std::endl;
+    }
+    return chosen;
+}
+
 }  // namespace
 
 Settings::Settings(std::string_view logName, const LogOptions& options)
-    : on(IsOn(options.on)), calls(ChosenCalls(options.calls)), fileSize(ChosenSize(options.fileSize))
+    : on(IsOn(options.on)), calls(ChosenCalls(options.calls)), fileSize(ChosenSize(options.fileSize)),
+      durability(ChosenDurability(options.durability))
 {
     const std::filesystem::path given(logName);
     name = given.filename().string();

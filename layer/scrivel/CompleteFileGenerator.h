@@ -145,6 +145,9 @@ public:
         this->SetMemSpaceNames(memSpaces);
     }
 
+    /// What the files outlive that are begun from now on.
+    void SetDurability(Durability wanted) { durability = wanted; }
+
     /// Starts the log of that name in a new file, which appears with the header or not at all. Returns 0,
     /// or the system's number for the reason why there is no log: EEXIST when the file's name is in use.
     int StartIn(const std::string& name, const std::string& fileName)
@@ -271,6 +274,7 @@ private:
     int BeginFile(const std::string& fileName, Write write)
     {
         errno = 0;
+        this->logFile.SetDurability(durability);
         this->logFile.create(fileName);
         if (this->logFile.good()) {
             this->depth = 0;
@@ -351,6 +355,7 @@ private:
 
     bool endsInCallTag = false;  ///< the last flush wrote the end tag of an open call
     bool reopening = false;
+    Durability durability = Durability::Process;
     std::optional<Begun> begun;
     std::string
         nameBefore;  ///< of the open call, when the attempt began; not in `begun`, to keep its memory

@@ -4,6 +4,7 @@
 #define SCRIVEL_LAYER_LOGOPTIONS_H
 
 #include "scrivel/CallPatterns.h"
+#include "scrivel/Durability.h"
 
 #include <cstdint>
 #include <string>
@@ -53,6 +54,12 @@ struct LogOptions
     /// times count from the beginning of the file that they are in. SCRIVEL_LOG_SIZE takes the place of
     /// this: a number of bytes, or one with K, M or G after it (1024, its square, its cube).
     std::uint64_t fileSize = 0;
+
+    /// What the log outlives as a document, with all calls that have been written: the death of its
+    /// process, or that of the machine, too. Then each flush waits for the disk, at least once, and once
+    /// a page and a few times more where it spans pages; a disk that can't do that makes the log fail.
+    /// SCRIVEL_LOG_DURABILITY=machine and SCRIVEL_LOG_DURABILITY=process take the place of this.
+    Durability durability = Durability::Process;
 };
 
 namespace Layer
@@ -71,6 +78,7 @@ struct Settings
     bool on;
     CallPatterns calls;
     std::uint64_t fileSize;
+    Durability durability;
 };
 
 }  // namespace Layer
