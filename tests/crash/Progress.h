@@ -28,6 +28,11 @@ public:
     /// Lets flushes of more than that come in pieces.
     void SetMostInMemory(std::size_t size) { logFile.SetMostInMemory(size); }
 
+    void SetDurability(Scrivel2::Durability durability) { logFile.SetDurability(durability); }
+
+    /// Where what is written next has its place in the file.
+    std::size_t Position() { return static_cast<std::size_t>(logFile.tellp()); }
+
     void FlushOutput(bool finalTag, std::string callName) override
     {
         const unsigned int number = ++progress.begun;

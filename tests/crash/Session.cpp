@@ -40,8 +40,9 @@ void LogNextCall(Scrivel2::RunLog& log, Load& load, unsigned int& logged, unsign
 
 }  // namespace
 
-Session::Session(std::string name, const Load& loadToLog, unsigned int callCount, Writer loggedBy)
-    : logName(std::move(name)), load(loadToLog), calls(callCount), writer(loggedBy)
+Session::Session(std::string name, const Load& loadToLog, unsigned int callCount, Writer loggedBy,
+                 Scrivel2::Durability wanted)
+    : logName(std::move(name)), load(loadToLog), calls(callCount), writer(loggedBy), durability(wanted)
 {
     platform.getpid.Use([] { return 4242; });
     platform.pthread_self.Use([]() -> pthread_t { return 1234; });
@@ -67,6 +68,7 @@ void Session::Run(Progress& progress, const std::function<void()>& afterFlush, s
 void Session::LogByGenerator(Progress& progress, const Flushed& flushed, std::size_t mostInMemory)
 {
     WatchedGenerator log(logName.c_str(), progress);
+    log.SetDurability(durability);
     if (mostInMemory > 0) {
         log.SetMostInMemory(mostInMemory);
     }
@@ -83,7 +85,9 @@ void Session::LogByGenerator(Progress& progress, const Flushed& flushed, std::si
 
 void Session::LogThroughLayer(Progress& progress, const Flushed& flushed)
 {
-    Scrivel2::RunLog log(logName);
+    Scrivel2::LogOptions options;
+    options.durability = durability;
+    Scrivel2::RunLog log(logName, options);
     const auto told = [&] {
         const unsigned int number = ++progress.begun;
         if (log.IsGood()) {

@@ -28,7 +28,8 @@ enum class Writer
 class Session
 {
 public:
-    Session(std::string logName, const Load& load, unsigned int calls, Writer writer = Writer::Generator);
+    Session(std::string logName, const Load& load, unsigned int calls, Writer writer = Writer::Generator,
+            Scrivel2::Durability durability = Scrivel2::Durability::Process);
 
     /// Logs all calls; `afterFlush` is called whenever a flush has returned. A generator's text of more
     /// than `mostInMemory` bytes comes in pieces, unless that is 0.
@@ -56,6 +57,7 @@ private:
     Load load;
     unsigned int calls;
     Writer writer;
+    Scrivel2::Durability durability;
     std::vector<std::string> documents;
 };
 
