@@ -448,14 +448,14 @@ std::optional<std::uint64_t> ParseLogNumber(std::string_view text)
         return ParseDecimal(text.substr(2), 16);
     constexpr std::size_t group = 9;  // eight digits and a blank
     if (text.size() == 4 * group) {
-        std::string digits;
+        char digits[4 * (group - 1)];
+        char* end = digits;
         for (std::size_t i = 0; i < text.size(); i += group) {
             if (text[i + group - 1] != ' ')
                 return {};
-            digits.append(text.substr(i, group - 1));
+            end = std::copy_n(text.begin() + std::ptrdiff_t(i), group - 1, end);
         }
-        digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
-        return ParseDecimal(digits, 16);
+        return ParseDecimal({digits, sizeof digits}, 16);
     }
     return ParseDecimal(text);
 }

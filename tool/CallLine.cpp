@@ -29,11 +29,9 @@ bool StartsWith(std::string_view text, std::string_view begin)
 
 void MakePrintable(std::string& text, std::size_t from)
 {
-    for (; from < text.size(); ++from) {
-        if (static_cast<unsigned char>(text[from]) < ' ' || text[from] == 0x7f) {
-            text[from] = '?';
-        }
-    }
+    std::replace_if(
+        text.begin() + std::ptrdiff_t(from), text.end(),
+        [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f; }, '?');
 }
 
 /// Whether a value is an enumerator that says enough without its field's name.
@@ -54,24 +52,32 @@ void AddShortNumber(std::string& out, std::string_view text)
         out.append(text);
         return;
     }
-    char digits[16];
-    char* const end = std::to_chars(std::begin(digits), std::end(digits), *number, 16).ptr;
-    out.append("0x").append(digits, end);
+    char digits[2 + 16] = {'0', 'x'};
+    char* const end = std::to_chars(digits + 2, std::end(digits), *number, 16).ptr;
+    out.append(digits, std::size_t(end - digits));
+}
+
+void AddNumber(std::string& out, std::uint64_t number)
+{
+    char digits[20];
+    char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    out.append(digits, std::size_t(end - digits));
 }
 
 void AddBytes(std::string& out, Tree::Element bytes)
 {
-    constexpr std::string_view digits = "0123456789abcdef";
-    bool isFirst = true;
+    constexpr std::string_view hex = "0123456789abcdef";
+    char digits[3 * mostBytesShown];
+    char* end = digits;
     for (const char byte : bytes.Text().substr(0, mostBytesShown)) {
         const auto value = static_cast<unsigned char>(byte);
-        if (!isFirst) {
-            out += ' ';
+        if (end != digits) {
+            *end++ = ' ';
         }
-        isFirst = false;
-        out += digits[value / 16];
-        out += digits[value % 16];
+        *end++ = hex[value / 16];
+        *end++ = hex[value % 16];
     }
+    out.append(digits, std::size_t(end - digits));
     if (bytes.Count() > mostBytesShown) {
         out += " ... (" + std::to_string(bytes.Count()) + " bytes)";
     }
@@ -92,8 +98,12 @@ std::optional<Address> FindAddress(Tree::Element element)
     }
     const Tree::Element location = element.Find("location");
     const Tree::Element place = location.Exists() ? location : element;
-    const Address found{place.Find("spaceId"), place.Find("spaceName"), place.Find("addr")};
-    return found.address.Exists() && found.id.Exists() ? std::make_optional(found) : std::nullopt;
+    const Tree::Element address = place.Find("addr");
+    const Tree::Element id = address.Exists() ? place.Find("spaceId") : address;
+    if (!id.Exists()) {
+        return {};
+    }
+    return Address{id, place.Find("spaceName"), address};
 }
 
 void Add(std::string& out, const Address& address)
@@ -118,8 +128,9 @@ std::optional<Register> FindRegister(Tree::Element element)
     if (element.What() != Tree::Kind::Elements) {
         return {};
     }
-    const Register found{element.Find("regNumber"), element.Find("bytes")};
-    return found.number.Exists() && found.bytes.Exists() ? std::make_optional(found) : std::nullopt;
+    const Tree::Element number = element.Find("regNumber");
+    const Tree::Element bytes = number.Exists() ? element.Find("bytes") : number;
+    return bytes.Exists() ? std::make_optional(Register{number, bytes}) : std::nullopt;
 }
 
 void Add(std::string& out, std::string_view name, const Register& found)
@@ -201,15 +212,17 @@ void AddValue(std::string& out, Tree::Element element, std::size_t room)
 }
 
 /// A number with a decimal point in front of its last digits: 1255, 2 -> 12.55
-std::string Decimal(std::int64_t number, std::size_t digits)
+void AddDecimal(std::string& out, std::uint64_t number, std::size_t digits)
 {
-    std::string text = std::to_string(number);
-    if (text.size() <= digits)
-        text.insert(0, digits + 1 - text.size(), '0');
-    return text.insert(text.size() - digits, 1, '.');
+    const std::size_t begin = out.size();
+    AddNumber(out, number);
+    if (out.size() - begin <= digits) {
+        out.insert(begin, digits + 1 - (out.size() - begin), '0');
+    }
+    out.insert(out.size() - digits, 1, '.');
 }
 
-std::int64_t Rounded(std::int64_t number, std::int64_t unit)
+std::uint64_t Rounded(std::uint64_t number, std::uint64_t unit)
 {
     return (number + unit / 2) / unit;
 }
@@ -221,10 +234,64 @@ std::size_t Columns(std::string_view text)
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
 }
 
-void AddRight(std::string& out, std::string_view text, std::size_t columns)
+/// Moves what the text has from there on to the right end of so many columns.
+void AlignRight(std::string& text, std::size_t begin, std::size_t columns)
 {
-    const std::size_t own = Columns(text);
-    out.append(columns - std::min(columns, own), ' ').append(text);
+    const std::size_t own = text.size() - begin;
+    if (own < columns) {
+        text.insert(begin, columns - own, ' ');
+    }
+}
+
+void AddNumberOf(std::string& text, const Call& call)
+{
+    AddNumber(text, call.number);
+    if (call.occurrence > 1) {
+        text += '#';
+        AddNumber(text, call.occurrence);
+    }
+}
+
+void AddTime(std::string& text, const std::optional<Time>& time)
+{
+    if (!time) {
+        text += '?';
+        return;
+    }
+    if (time->nanoseconds < 0) {
+        text += '-';
+    }
+    AddDecimal(text, std::uint64_t(std::abs(time->nanoseconds)) / 1000, 6);
+    if (time->wrapped) {
+        text += '!';
+    }
+}
+
+void AddDuration(std::string& text, std::optional<std::int64_t> nanoseconds)
+{
+    if (!nanoseconds) {
+        return;
+    }
+    constexpr std::uint64_t microsecond = 1000;
+    constexpr std::uint64_t millisecond = 1000 * microsecond;
+    constexpr std::uint64_t second = 1000 * millisecond;
+    const auto size = std::uint64_t(std::abs(*nanoseconds));
+    if (*nanoseconds < 0) {
+        text += '-';
+    }
+    if (size < millisecond) {
+        AddNumber(text, Rounded(size, microsecond));
+        text += " us";
+    } else if (size < 100 * millisecond) {
+        AddDecimal(text, Rounded(size, millisecond / 100), 2);
+        text += " ms";
+    } else if (size < second) {
+        AddNumber(text, Rounded(size, millisecond));
+        text += " ms";
+    } else {
+        AddDecimal(text, Rounded(size, second / 100), 2);
+        text += " s";
+    }
 }
 
 /// What tree holds, as ElementsText says, after what is in the text already.
@@ -307,96 +374,98 @@ std::string StatusText(const Call& call)
 
 std::string NumberText(const Call& call)
 {
-    std::string text = std::to_string(call.number);
-    if (call.occurrence > 1)
-        text += "#" + std::to_string(call.occurrence);
+    std::string text;
+    AddNumberOf(text, call);
     return text;
 }
 
 std::string TimeText(const std::optional<Time>& time)
 {
-    if (!time)
-        return "?";
-    const std::int64_t microseconds = std::abs(time->nanoseconds) / 1000;
-    std::string text = Decimal(microseconds, 6);
-    if (time->nanoseconds < 0)
-        text.insert(0, 1, '-');
-    if (time->wrapped)
-        text += '!';
+    std::string text;
+    AddTime(text, time);
     return text;
 }
 
 std::string DurationText(std::optional<std::int64_t> nanoseconds)
 {
-    if (!nanoseconds)
-        return "";
-    constexpr std::int64_t microsecond = 1000;
-    constexpr std::int64_t millisecond = 1000 * microsecond;
-    constexpr std::int64_t second = 1000 * millisecond;
-    const std::int64_t size = std::abs(*nanoseconds);
-    const std::string sign = *nanoseconds < 0 ? "-" : "";
-    if (size < millisecond)
-        return sign + std::to_string(Rounded(size, microsecond)) + " us";
-    if (size < 100 * millisecond)
-        return sign + Decimal(Rounded(size, millisecond / 100), 2) + " ms";
-    if (size < second)
-        return sign + std::to_string(Rounded(size, millisecond)) + " ms";
-    return sign + Decimal(Rounded(size, second / 100), 2) + " s";
+    std::string text;
+    AddDuration(text, nanoseconds);
+    return text;
 }
 
 std::string CallLine(const Call& call, const Terminal& terminal)
 {
-    const std::string status = StatusText(call);
-    std::string number;
-    AddRight(number, NumberText(call), 4);
-    std::string times;
-    times.reserve(32);
-    times += "  ";
-    AddRight(times, TimeText(call.callTime), 8);
-    times += "  ";
-    AddRight(times, DurationText(call.Took()), 9);
-    times += ' ';
-    std::string thread = call.thread == 0 ? "" : "T" + std::to_string(call.thread) + " ";
-    std::string indent;
+    std::string line;
+    line.reserve(terminal.Width() + 2 * longestText);
+    std::size_t columns = 0;  // that the line has up to what was begun last
+    std::size_t begin = 0;
+    // Ends a piece of the line and gives it its colour.
+    const auto end = [&](Style style) {
+        columns += Columns(std::string_view(line).substr(begin));
+        terminal.StyleFrom(begin, style, line);
+        begin = line.size();
+    };
+    AddNumberOf(line, call);
+    AlignRight(line, 0, 4);
+    end(Style::Plain);
+
+    line += "  ";
+    AddTime(line, call.callTime);
+    AlignRight(line, begin + 2, 8);
+    line += "  ";
+    const std::size_t duration = line.size();
+    AddDuration(line, call.Took());
+    AlignRight(line, duration, 9);
+    line += ' ';
+    end(Style::Quiet);
+
+    if (call.thread != 0) {
+        line += 'T';
+        AddNumber(line, call.thread);
+        line += ' ';
+    }
     if (!call.ancestors.empty())
-        indent = std::string(std::min<std::size_t>(call.ancestors.size(), 8) * 2 - 1, ' ') + "└ ";
+        line.append(std::min<std::size_t>(call.ancestors.size(), 8) * 2 - 1, ' ').append("└ ");
+    end(Style::Plain);
+
+    line += call.name;
+    MakePrintable(line, begin);
+    end(Style::Name);
 
     constexpr std::string_view arrow = " -> ";
-    std::string rest;
-    rest.reserve(2 * longestText);
-    rest += '(';
-    AddElements(rest, call.arguments, false);
-    rest += ')';
-    rest += arrow;
-    const std::size_t withoutResults = rest.size();
-    AddElements(rest, call.results, true);
-    if (rest.size() == withoutResults) {
-        rest.resize(withoutResults - arrow.size());
-    }
-
-    const std::size_t before =
-        number.size() + Columns(times) + thread.size() + Columns(indent) + call.name.size();
+    const std::string status = StatusText(call);
     const std::size_t after = status.empty() ? 0 : status.size() + 2;
-    const std::size_t room = terminal.Width() > before + after ? terminal.Width() - before - after : 0;
     constexpr std::size_t leastRoom = 12;
-    if (Columns(rest) > std::max(room, leastRoom)) {
-        std::size_t cut = std::max(room, leastRoom) - 3;
-        while (cut > 0 && (static_cast<unsigned char>(rest[cut]) & 0xc0) == 0x80)
-            --cut;
-        rest.resize(cut);
-        rest += "...";
+    const std::size_t room =
+        std::max(terminal.Width() - std::min(terminal.Width(), columns + after), leastRoom);
+    line += '(';
+    AddElements(line, call.arguments, false);
+    line += ')';
+    // What is cut off anyway is not made.
+    if (Columns(std::string_view(line).substr(begin)) <= room) {
+        const std::size_t withoutResults = line.size();
+        line += arrow;
+        AddElements(line, call.results, true);
+        if (line.size() == withoutResults + arrow.size())
+            line.resize(withoutResults);
     }
-    std::string line;
-    line.reserve(terminal.Width() + 64);
-    line.append(number).append(terminal.Styled(Style::Quiet, times)).append(thread).append(indent);
-    line.append(terminal.Styled(Style::Name, Printable(call.name))).append(rest);
+    if (Columns(std::string_view(line).substr(begin)) > room) {
+        std::size_t cut = room - 3;
+        while (cut > 0 && (static_cast<unsigned char>(line[begin + cut]) & 0xc0) == 0x80)
+            --cut;
+        line.resize(begin + cut);
+        line += "...";
+    }
+    end(Style::Plain);
+
     if (!status.empty()) {
         const bool isBad = call.Failed() || !call.Returned();
-        const std::size_t used = before + Columns(rest);
         const std::size_t column =
-            terminal.Width() > used + after ? terminal.Width() - status.size() : used + 2;
-        line.append(column - used, ' ');
-        line.append(terminal.Styled(isBad ? Style::Failure : Style::Quiet, status));
+            terminal.Width() > columns + after ? terminal.Width() - status.size() : columns + 2;
+        line.append(column - columns, ' ');
+        begin = line.size();
+        line += status;
+        terminal.StyleFrom(begin, isBad ? Style::Failure : Style::Quiet, line);
     }
     line += '\n';
     return line;

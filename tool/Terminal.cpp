@@ -90,26 +90,34 @@ void Terminal::Choose(ColourChoice choice)
 
 std::string Terminal::Styled(Style style, std::string_view text) const
 {
+    std::string styled(text);
+    StyleFrom(0, style, styled);
+    return styled;
+}
+
+void Terminal::StyleFrom(std::size_t begin, Style style, std::string& text) const
+{
+    if (!colour || begin == text.size())
+        return;
     const auto code = [&]() -> std::string_view {
         switch (style) {
         case Style::Plain:
             return {};
         case Style::Name:
-            return "1";
+            return "\x1b[1m";
         case Style::Quiet:
-            return "2";
+            return "\x1b[2m";
         case Style::Failure:
-            return "31";
+            return "\x1b[31m";
         case Style::Damage:
-            return "33";
+            return "\x1b[33m";
         case Style::Added:
-            return "32";
+            return "\x1b[32m";
         }
         return {};
     }();
-    if (!colour || code.empty() || text.empty())
-        return std::string(text);
-    return "\x1b[" + std::string(code) + "m" + std::string(text) + "\x1b[0m";
+    if (!code.empty())
+        text.insert(begin, code).append("\x1b[0m");
 }
 
 void Terminal::Print(std::string_view text)

@@ -49,6 +49,8 @@ public:
     void Print(std::string_view text);
     /// The text, with colours when there are any.
     std::string Styled(Style style, std::string_view text) const;
+    /// Gives what the text has from there on its colour.
+    void StyleFrom(std::size_t begin, Style style, std::string& text) const;
     /// How many columns a line may have.
     std::size_t Width() const { return width; }
     /// Writes what is kept back, as a command does that tells what happens as it happens.
