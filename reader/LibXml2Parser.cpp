@@ -24,7 +24,7 @@ constexpr std::uint64_t longestUndivided = 256 * 1024;
 
 std::string_view View(const xmlChar* text)
 {
-    return {reinterpret_cast<const char*>(text), std::size_t(xmlStrlen(text))};
+    return reinterpret_cast<const char*>(text);
 }
 
 /// Of bytes that are not in the declared encoding libxml2 tells whoever listens to all its errors, and
@@ -143,13 +143,9 @@ public:
     Place TagBegin() const override
     {
         const xmlParserInput& input = *context->input;
-        const xmlChar* at = input.cur;
-        std::uint64_t line = Line();
-        while (at != input.base && *--at != '<') {
-            if (*at == '\n')
-                --line;
-        }
-        return {OffsetOf(at), line};
+        const void* const tag = memrchr(input.base, '<', std::size_t(input.cur - input.base));
+        const xmlChar* const at = tag == nullptr ? input.base : static_cast<const xmlChar*>(tag);
+        return {OffsetOf(at), Line() - std::uint64_t(std::count(at, input.cur, '\n'))};
     }
 
     std::uint64_t Position() const override

@@ -449,6 +449,7 @@ private:
         }
         before.Clear();
         call = nullptr;
+        contents = nullptr;
         child = Child::None;
     }
 
@@ -474,8 +475,8 @@ private:
                 BeginDirect(name);
             else
                 directIsLeaf = false;
-            if (options.contents && child != Child::None)
-                Contents().Begin(name, options.limits);
+            if (contents != nullptr)
+                contents->Begin(name, options.limits);
         }
     }
 
@@ -484,8 +485,8 @@ private:
         if (broken)
             return;
         if (depth > 2) {
-            if (options.contents && child != Child::None)
-                Contents().End(options.limits);
+            if (contents != nullptr)
+                contents->End(options.limits);
             if (depth == 3)
                 EndDirect();
         } else if (depth == 2) {
@@ -504,8 +505,8 @@ private:
             return;
         if (depth == 3 && mayBeTimeOrStatus && direct.size() <= longestStatus)
             direct.append(text.substr(0, longestStatus + 1));
-        if (options.contents && child != Child::None)
-            Contents().AddText(text, options.limits);
+        if (contents != nullptr)
+            contents->AddText(text, options.limits);
     }
 
     void Comment(std::string_view text) override
@@ -622,13 +623,6 @@ private:
         Other
     };
 
-    Tree& Contents()
-    {
-        if (child == Child::Other)
-            return before;
-        return call->Returned() ? call->results : call->arguments;
-    }
-
     void BeginChild(std::string_view name, const XmlAttribute* attributes, std::size_t count)
     {
         childBegin = parser->TagBegin();
@@ -660,8 +654,9 @@ private:
                 othersBefore = 0;
                 before.Clear();
             }
-            if (options.contents)
-                before.Begin(name, options.limits);
+            contents = options.contents ? &before : nullptr;
+            if (contents != nullptr)
+                contents->Begin(name, options.limits);
             return;
         }
         end.isLog = true;
@@ -678,6 +673,7 @@ private:
             othersBefore = 0;
             handler.Entered(*call);
         }
+        contents = !options.contents ? nullptr : call->Returned() ? &call->results : &call->arguments;
         argumentsMark = call->arguments.Here();
         resultsMark = call->results.Here();
     }
@@ -763,8 +759,8 @@ private:
     void EndChild()
     {
         SetRestart(base + parser->Position());
-        if (child == Child::Other && options.contents) {
-            before.End(options.limits);
+        if (child == Child::Other && contents != nullptr) {
+            contents->End(options.limits);
         }
         if (child == Child::Call) {
             if (call->parts.size() == mostParts)
@@ -784,6 +780,7 @@ private:
             handler.Other({childBegin.offset, restart, childBegin.line});
         }
         call = nullptr;
+        contents = nullptr;
         child = Child::None;
     }
 
@@ -804,8 +801,10 @@ private:
             const std::optional<Time> time = ParseTime(direct);
             if (!time)
                 return;
-            if (options.contents)
-                call->arguments.DropLast();
+            if (contents != nullptr) {
+                contents->DropLast();
+                contents = &call->results;
+            }
             call->returnTime = time;
         } else if (direct.size() <= longestStatus && IsStatus(direct)) {
             call->status = direct;
@@ -848,6 +847,7 @@ private:
     XmlParser::Place childBegin{};
     Call* call = nullptr;
     bool callIsNew = false;
+    Tree* contents = nullptr;  // where what it holds belongs; null when it isn't kept
     Tree::Mark argumentsMark{};
     Tree::Mark resultsMark{};
     Tree before;

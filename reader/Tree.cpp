@@ -4,6 +4,7 @@
 #include "scrivel/Tree.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "format/Characters.h"
 
@@ -16,14 +17,18 @@ namespace
 constexpr std::string_view itemName = "value";
 constexpr std::string_view strayTextName = "#text";
 constexpr std::size_t mostInATree = 0xf0000000;  // positions have 32 bits
+constexpr std::uint64_t mostInNoRow = 64;        // elements of an array; further texts in it make rows
 
 bool IsBlank(std::string_view text)
 {
+    if (!text.empty() && static_cast<unsigned char>(text.front()) > ' ')
+        return false;
     // By eights: the indent is much of a log.
-    constexpr std::string_view indent = "        ";
+    constexpr char indent[] = "        ";
+    constexpr std::size_t eight = sizeof indent - 1;
     std::size_t at = text.substr(0, 1) == "\n" ? 1 : 0;
-    while (text.size() - at >= indent.size() && text.compare(at, indent.size(), indent) == 0) {
-        at += indent.size();
+    while (text.size() - at >= eight && std::memcmp(text.data() + at, indent, eight) == 0) {
+        at += eight;
     }
     return std::all_of(text.begin() + std::ptrdiff_t(at), text.end(),
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
@@ -59,7 +64,20 @@ Tree::Element Tree::Find(std::string_view name) const
     return {nullptr, 0};
 }
 
+/// Where in a row's text the zero after an item is.
+std::uint32_t Tree::EndOfItem(const Record& record, std::uint32_t item) const
+{
+    const char* const begin = pool.data() + record.text;
+    return std::uint32_t(std::find(begin + item, begin + record.textLength, '\0') - begin);
+}
+
 // ---- Making it ------------------------------------------------------------------------------------
+
+// The text of the element that was begun last grows at the end of the pool. An array of bytes has its own
+// there, and an item that may be one more of them is no record yet:
+//
+//     data.....value...     data begun, its items are texts: the text of an item
+//     data......0x1         data is bytes so far, and an item has begun
 
 void Tree::Push(std::string_view name)
 {
@@ -69,7 +87,7 @@ void Tree::Push(std::string_view name)
         record.name = records.back().name;
     } else {
         record.name = std::uint32_t(pool.size());
-        pool.append(name);
+        Append(name);
     }
     record.nameLength = std::uint32_t(name.size());
     record.kind = Kind::Text;
@@ -77,8 +95,18 @@ void Tree::Push(std::string_view name)
     records.push_back(record);
 }
 
+/// Takes the text of the element that was begun last out of the pool.
+std::string Tree::TakeBegun()
+{
+    std::string text(Begun());
+    pool.resize(textFrom);
+    return text;
+}
+
 void Tree::Begin(std::string_view name, const Limits& limits)
 {
+    if (itemBegun)
+        MakeItem();
     if (skipped != 0 || open.size() >= limits.depth || pool.size() + name.size() > mostInATree) {
         if (skipped == 0 && !open.empty()) {
             Record& parent = records[open.back()];
@@ -92,27 +120,26 @@ void Tree::Begin(std::string_view name, const Limits& limits)
         return;
     }
     if (!open.empty()) {
-        if (open.size() > 1 && records[open[open.size() - 2]].kind == Kind::Bytes)
-            Unfold(open[open.size() - 2]);
         KeepStrayText();
-        Record& parent = records[open.back()];
-        if (parent.kind == Kind::Bytes && name != itemName) {
+        if (records[open.back()].kind == Kind::Bytes && name != itemName)
             Unfold(open.back());
-        } else if (parent.kind == Kind::Text) {
+        Record& parent = records[open.back()];
+        if (parent.kind == Kind::Text)
             parent.kind = Kind::Elements;
-        }
-        Record& array = records[open.back()];
-        ++array.count;
-        if (array.kind == Kind::Elements && array.count > limits.items) {
-            array.cut = true;
+        ++parent.count;
+        if (parent.kind == Kind::Elements && parent.count > limits.items) {
+            parent.cut = true;
             lacksElements = true;
             ++skipped;
             return;
         }
+        itemBegun = (parent.kind == Kind::Bytes || parent.count == 1) && name == itemName;
     }
-    open.push_back(std::uint32_t(records.size()));
-    Push(name);
-    text.clear();
+    if (!itemBegun) {
+        open.push_back(std::uint32_t(records.size()));
+        Push(name);
+    }
+    textFrom = pool.size();
     textCut = false;
 }
 
@@ -120,31 +147,71 @@ void Tree::AddText(std::string_view more, const Limits& limits)
 {
     if (open.empty() || skipped != 0)
         return;
-    if (records[open.back()].kind != Kind::Text && text.empty() && IsBlank(more))
+    const std::size_t had = pool.size() - textFrom;
+    if (had == 0 && !itemBegun && records[open.back()].kind != Kind::Text && IsBlank(more))
         return;  // the layout between two elements
-    const std::size_t room = limits.text - std::min(limits.text, text.size());
+    const std::size_t room = std::min(limits.text - std::min(limits.text, had),
+                                      mostInATree - std::min(mostInATree, pool.size()));
     textCut = textCut || more.size() > room;
-    text.append(more.substr(0, room));
+    Append(more.substr(0, room));
 }
 
 /// Text between elements is in no log that was written by a generator; it is kept all the same.
 void Tree::KeepStrayText()
 {
-    if (!IsBlank(text)) {
-        Record& parent = records[open.back()];
-        if (parent.kind == Kind::Bytes)
+    if (pool.size() != textFrom && !IsBlank(Begun())) {
+        const std::string text = TakeBegun();
+        if (records[open.back()].kind == Kind::Bytes)
             Unfold(open.back());
-        Record& unfolded = records[open.back()];
-        unfolded.kind = Kind::Elements;
-        ++unfolded.count;
+        records[open.back()].kind = Kind::Elements;
+        ++records[open.back()].count;
         Push(strayTextName);
         records.back().text = std::uint32_t(pool.size());
         records.back().textLength = std::uint32_t(text.size());
         records.back().cut = textCut;
-        pool.append(text);
+        Append(text);
+        textFrom = pool.size();
     }
-    text.clear();
+    pool.resize(textFrom);
     textCut = false;
+}
+
+/// Makes a record of the item that has begun, as it is no byte. Its array is none of bytes then.
+void Tree::MakeItem()
+{
+    const std::string text = TakeBegun();
+    if (records[open.back()].kind == Kind::Bytes)
+        Unfold(open.back());
+    open.push_back(std::uint32_t(records.size()));
+    Push(itemName);
+    textFrom = pool.size();
+    Append(text);
+    itemBegun = false;
+}
+
+void Tree::EndItem(const Limits& limits)
+{
+    const int byte = ByteOf(Begun());
+    if (byte < 0) {
+        MakeItem();
+        End(limits);
+        return;
+    }
+    pool.resize(textFrom);
+    Record& array = records[open.back()];
+    if (array.kind != Kind::Bytes) {
+        array.kind = Kind::Bytes;
+        array.text = std::uint32_t(pool.size());
+        array.textLength = 0;
+    }
+    if (array.textLength < limits.bytes && pool.size() < mostInATree) {
+        pool.push_back(char(byte));
+        ++array.textLength;
+    } else {
+        array.cut = true;
+    }
+    textFrom = pool.size();
+    itemBegun = false;
 }
 
 void Tree::End(const Limits& limits)
@@ -153,88 +220,83 @@ void Tree::End(const Limits& limits)
         --skipped;
         return;
     }
+    if (itemBegun) {
+        EndItem(limits);
+        return;
+    }
     const std::uint32_t index = open.back();
-    if (records[index].kind != Kind::Text) {
+    Record& record = records[index];
+    if (record.kind != Kind::Text) {
         KeepStrayText();
         records[index].end = std::uint32_t(records.size());
         open.pop_back();
-        return;
-    }
-    open.pop_back();
-    Record& parent = records[open.empty() ? index : open.back()];
-    const bool isItem = !open.empty() && NameOf(records[index]) == itemName;
-    const int byte = isItem ? ByteOf(text) : -1;
-    if (byte >= 0 && (parent.kind == Kind::Bytes || parent.count == 1)) {
-        // The name of a first item is taken back with it, unless its array bears the same one; the bytes
-        // then lie side by side.
-        if (parent.kind == Kind::Bytes)
-            pool.resize(parent.text + parent.textLength);
-        else if (records[index].name != parent.name)
-            pool.resize(records[index].name);
-        records.pop_back();
-        if (parent.kind != Kind::Bytes) {
-            parent.kind = Kind::Bytes;
-            parent.text = std::uint32_t(pool.size());
-            parent.textLength = 0;
-        }
-        if (parent.textLength < limits.bytes && pool.size() < mostInATree) {
-            pool.push_back(char(byte));
-            ++parent.textLength;
-        } else {
-            parent.cut = true;
-        }
-        text.clear();
-        return;
-    }
-    if (!open.empty() && parent.kind == Kind::Bytes)
-        Unfold(open.back());
-
-    Record& record = records.back();
-    record.end = std::uint32_t(records.size());
-    record.cut = textCut;
-    // Whoever writes a line end into a text writes it escaped: a raw one is the layout of no elements.
-    if (IsBlank(text) && text.find('\n') != std::string::npos) {
-        record.kind = Kind::Elements;
     } else {
-        record.text = std::uint32_t(pool.size());
-        if (pool.size() + text.size() > mostInATree) {
-            record.cut = true;
-            text.clear();
+        open.pop_back();
+        const std::string_view text = Begun();
+        record.cut = textCut;
+        // Whoever writes a line end into a text writes it escaped: a raw one is the layout of no
+        // elements.
+        if (IsBlank(text) && text.find('\n') != std::string::npos) {
+            record.kind = Kind::Elements;
+            pool.resize(textFrom);
+        } else {
+            record.text = std::uint32_t(textFrom);
+            record.textLength = std::uint32_t(text.size());
+            if (!open.empty() && records[open.back()].count > mostInNoRow && !textCut) {
+                AddToRow();
+                return;
+            }
         }
-        record.textLength = std::uint32_t(text.size());
-        pool.append(text);
     }
-    text.clear();
+    lastEnded = index;
+    textFrom = pool.size();
     textCut = false;
 }
 
-/// Gives an array the elements that its bytes came from, as its next item is no byte. An item that was
-/// begun after them stays behind them.
+/// The last record is a text that has ended, in a long array: it becomes one more item of the row before
+/// it, or begins one.
+void Tree::AddToRow()
+{
+    const std::uint32_t length = records.back().textLength + 1;
+    const std::size_t index = records.size() - 1;
+    pool.push_back('\0');
+    if (lastEnded + 1 == index && records[lastEnded].row &&
+        records[lastEnded].name == records[index].name) {
+        records[lastEnded].textLength += length;
+        records.pop_back();
+    } else {
+        records.back().row = true;
+        records.back().textLength = length;
+        lastEnded = std::uint32_t(index);
+    }
+    textFrom = pool.size();
+}
+
+/// Gives an array the elements that its bytes came from, as its next item is no byte.
 void Tree::Unfold(std::uint32_t index)
 {
-    const bool hasItem = records.size() > index + 1;
-    const std::string bytes(pool, records[index].text, records[index].textLength);
-    std::string itemBegun;
-    if (hasItem) {
-        itemBegun = NameOf(records.back());
-        records.pop_back();
-    }
+    const std::string bytes(pool.data() + records[index].text, records[index].textLength);
+    pool.resize(records[index].text);
     records[index].kind = Kind::Elements;
     records[index].text = 0;
     records[index].textLength = 0;
+    textFrom = pool.size();
+    if (bytes.empty())
+        return;
+    Push(itemName);
+    Record& row = records.back();
+    row.row = true;
+    row.text = std::uint32_t(pool.size());
     for (const char byte : bytes) {
-        constexpr std::string_view digits = "0123456789abcdef";
         const auto value = static_cast<unsigned char>(byte);
-        Push(itemName);
-        records.back().text = std::uint32_t(pool.size());
-        records.back().textLength = 4;
-        pool.append("0x").append(1, digits[value / 16]).append(1, digits[value % 16]);
+        Append("0x");
+        pool.push_back(Scrivel2::hexDigits[value / 16]);
+        pool.push_back(Scrivel2::hexDigits[value % 16]);
+        pool.push_back('\0');
     }
-    if (hasItem) {
-        const auto moved = std::uint32_t(records.size());
-        std::replace(open.begin(), open.end(), index + 1, moved);
-        Push(itemBegun);
-    }
+    row.textLength = std::uint32_t(pool.size()) - row.text;
+    lastEnded = std::uint32_t(records.size() - 1);
+    textFrom = pool.size();
 }
 
 void Tree::DropLast()
@@ -243,13 +305,6 @@ void Tree::DropLast()
     for (std::uint32_t i = 0; i < records.size(); i = records[i].end)
         last = i;
     records.resize(last);
-}
-
-std::string_view Tree::LastText() const
-{
-    if (records.empty() || !open.empty() || records.back().kind != Kind::Text)
-        return {};
-    return {pool.data() + records.back().text, records.back().textLength};
 }
 
 void Tree::Clear()
@@ -263,8 +318,9 @@ void Tree::GoBack(Mark mark)
     pool.resize(mark.pool);
     lacksElements = lacksElements && mark.records != 0;
     open.clear();
-    text.clear();
+    textFrom = pool.size();
     textCut = false;
+    itemBegun = false;
     skipped = 0;
 }
 

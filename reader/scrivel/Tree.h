@@ -1,5 +1,6 @@
 // What a call's element holds, as a tree in two pieces of memory: one list of elements in document order
-// and one text. A tree of a million elements is two allocations, and forgetting it is none.
+// and one text. A tree of a million elements is two allocations, and forgetting it is none. Of a long
+// array of plain texts only the texts are kept.
 
 #ifndef SCRIVEL_READER_TREE_H
 #define SCRIVEL_READER_TREE_H
@@ -45,10 +46,14 @@ public:
 
     private:
         friend class Tree;
-        Element(const Tree* itsTree, std::uint32_t itsIndex) : tree(itsTree), index(itsIndex) {}
+        Element(const Tree* itsTree, std::uint32_t itsIndex, std::uint32_t itsItem = 0)
+            : tree(itsTree), index(itsIndex), item(itsItem)
+        {
+        }
 
         const Tree* tree;
         std::uint32_t index;
+        std::uint32_t item;  ///< where in the text of a row its own begins
     };
 
     /// Elements that stand side by side: for (Tree::Element argument : call.arguments.Top()).
@@ -58,10 +63,13 @@ public:
         class Iterator
         {
         public:
-            Element operator*() const { return {tree, index}; }
+            Element operator*() const { return {tree, index, item}; }
             Iterator& operator++();
-            bool operator!=(const Iterator& other) const { return index != other.index; }
-            bool operator==(const Iterator& other) const { return index == other.index; }
+            bool operator!=(const Iterator& other) const { return !(*this == other); }
+            bool operator==(const Iterator& other) const
+            {
+                return index == other.index && item == other.item;
+            }
 
         private:
             friend class Elements;
@@ -69,6 +77,7 @@ public:
 
             const Tree* tree;
             std::uint32_t index;
+            std::uint32_t item = 0;
         };
 
         Iterator begin() const { return {tree, first}; }
@@ -111,8 +120,6 @@ public:
     void End(const Limits& limits);
     /// Takes back the outermost element that has just ended.
     void DropLast();
-    /// The text of the outermost element that has just ended; empty when it is none.
-    std::string_view LastText() const;
     void Clear();
 
     struct Mark
@@ -134,19 +141,30 @@ private:
         std::uint32_t end;  ///< index after the last element within this one
         Kind kind;
         bool cut;
+        bool row;  ///< of several elements with one name, whose texts stand here, each with a zero after
+                   ///< it
         std::uint64_t count;
     };
 
     std::string_view NameOf(const Record& record) const;
+    std::uint32_t EndOfItem(const Record& record, std::uint32_t item) const;
+    std::string_view Begun() const { return {pool.data() + textFrom, pool.size() - textFrom}; }
+    std::string TakeBegun();
+    void Append(std::string_view more) { pool.insert(pool.end(), more.begin(), more.end()); }
     void Push(std::string_view name);
     void KeepStrayText();
+    void MakeItem();
+    void EndItem(const Limits& limits);
+    void AddToRow();
     void Unfold(std::uint32_t index);
 
     std::vector<Record> records;
-    std::string pool;
+    std::vector<char> pool;  ///< names and texts; last the text of the element that was begun last
     std::vector<std::uint32_t> open;  ///< the elements that have begun and not ended, outermost first
-    std::string text;                 ///< of the innermost of them
+    std::size_t textFrom = 0;
     bool textCut = false;
+    bool itemBegun = false;  ///< an item that may be a byte: it is in open when it turns out to be none
+    std::uint32_t lastEnded = 0;  ///< the element that ended last
     bool lacksElements = false;
     std::size_t skipped = 0;  ///< levels of elements that are being left out
 };
@@ -171,7 +189,8 @@ inline Tree::Kind Tree::Element::What() const
 inline std::string_view Tree::Element::Text() const
 {
     const Record& record = tree->records[index];
-    return {tree->pool.data() + record.text, record.textLength};
+    const std::uint32_t end = record.row ? tree->EndOfItem(record, item) : record.textLength;
+    return {tree->pool.data() + record.text + item, end - item};
 }
 
 inline std::uint64_t Tree::Element::Count() const
@@ -191,7 +210,14 @@ inline Tree::Elements Tree::Element::Children() const
 
 inline Tree::Elements::Iterator& Tree::Elements::Iterator::operator++()
 {
-    index = tree->records[index].end;
+    const Record& record = tree->records[index];
+    if (record.row) {
+        item = tree->EndOfItem(record, item) + 1;
+        if (item != record.textLength)
+            return *this;
+        item = 0;
+    }
+    index = record.end;
     return *this;
 }
 

@@ -52,6 +52,56 @@ TEST(Trees, KeepTheItemsOfAnArrayInWhichOneIsNoByte)
               "d{value=0x0a value{#text=y e=5} f=}");
 }
 
+/// So many items of an array, and what is shown of them.
+std::pair<std::string, std::string> Items(int count, const std::string& name, const std::string& text)
+{
+    std::string items;
+    std::string shown;
+    for (int i = 0; i < count; ++i) {
+        const std::string value = text + std::to_string(i);
+        items += "\n <" + name + ">" + value + "</" + name + ">";
+        shown += (i == 0 ? "" : " ") + name + "=" + value;
+    }
+    return {items, shown};
+}
+
+TEST(Trees, KeepTheTextsOfALongArray)
+{
+    const auto [items, shown] = Items(200, "i", "a");
+    const auto [others, shownOthers] = Items(3, "j", "");
+    EXPECT_EQ(Arguments("<d>" + items + "\n</d><e>1</e>"), "d{" + shown + "} e=1");
+    EXPECT_EQ(Arguments("<d>" + items + others + "<i></i><i/></d>"),
+              "d{" + shown + " " + shownOthers + " i= i=}");
+    EXPECT_EQ(Arguments("<d>" + items + "<k><i>x</i></k><i>y</i>z<i>w</i><i>v<k/></i><i>u</i></d>"),
+              "d{" + shown + " k{i=x} i=y #text=z i=w i{#text=v k=} i=u}");
+    EXPECT_EQ(Arguments("<d>" + items + "<i>\n</i><i>t</i></d>"), "d{" + shown + " i{} i=t}");
+
+    ReadOptions options;
+    options.limits.items = 100;
+    EXPECT_EQ(Arguments("<d>" + items + "</d>", options), "d{" + Items(100, "i", "a").second + "}...");
+    options.limits.text = 3;
+    EXPECT_EQ(Arguments("<d>" + Items(100, "i", "a").first + "<i>abcd</i></d>", options),
+              "d{" + Items(100, "i", "a").second + "}...");
+    options.limits.items = 101;
+    EXPECT_EQ(Arguments("<d>" + Items(100, "i", "a").first + "<i>abcd</i></d>", options),
+              "d{" + Items(100, "i", "a").second + " i=abc...}");
+}
+
+TEST(Trees, KeepTheItemsOfALongArrayInWhichTheLastIsNoByte)
+{
+    std::string items;
+    std::string shown;
+    for (int i = 0; i < 300; ++i) {
+        items += "<value>0x1f</value>";
+        shown += "value=0x1f ";
+    }
+    EXPECT_EQ(Arguments("<d>" + items + "<value>12</value><value>0x01</value></d>"),
+              "d{" + shown + "value=12 value=0x01}");
+    ReadOptions options;
+    options.limits.bytes = 0;
+    EXPECT_EQ(Arguments("<d>" + items + "<value>12</value></d>", options), "d{value=12}...");
+}
+
 TEST(Trees, TellAnArrayOfNoItemsFromAnEmptyText)
 {
     EXPECT_EQ(Arguments("<none>\n        </none>\n<text></text>\n<blank> </blank>\n"),
