@@ -77,9 +77,7 @@ private:
             line.chosen = chosen.Matches(call);
             if (line.chosen || command.context != 0) {
                 if (command.logs.Json()) {
-                    Json object = ToJson(call);
-                    object["log"] = path;
-                    line.text = JsonLine(object);
+                    line.text = JsonLine(call, {{"log", path}});
                 } else {
                     line.text = CallLine(call, terminal);
                 }

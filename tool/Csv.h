@@ -3,6 +3,8 @@
 #ifndef SCRIVEL_TOOL_CSV_H
 #define SCRIVEL_TOOL_CSV_H
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,10 @@ namespace ScrivelTool
 inline std::string CsvLine(const std::vector<std::string>& cells)
 {
     std::string line;
+    std::size_t size = 0;
+    for (const std::string& cell : cells)
+        size += cell.size() + std::size_t(std::count(cell.begin(), cell.end(), '"')) + 3;
+    line.reserve(size);
     for (const std::string& cell : cells) {
         line += &cell == &cells.front() ? "" : ",";
         if (cell.find_first_of(",\"\r\n") == std::string::npos) {
@@ -24,7 +30,8 @@ inline std::string CsvLine(const std::vector<std::string>& cells)
             line.append(c == '"' ? 2 : 1, c);
         line += '"';
     }
-    return line + "\n";
+    line += '\n';
+    return line;
 }
 
 }  // namespace ScrivelTool

@@ -56,12 +56,7 @@ public:
     explicit JsonLines(Writing itsWrite) : write(std::move(itsWrite)) {}
 
     void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override { path = itsPath; }
-    std::string Keep(const Call& call) override
-    {
-        Json object = ToJson(call);
-        object["log"] = path;
-        return JsonLine(object);
-    }
+    std::string Keep(const Call& call) override { return JsonLine(call, {{"log", path}}); }
     void Take(const std::string& kept) override { write(kept); }
 
 private:
@@ -81,11 +76,10 @@ public:
     void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override { path = itsPath; }
     std::string Keep(const Call& call) override
     {
-        const Json object = ToJson(call);
+        const Json object = HeadOf(call);
         std::vector<std::string> cells = {path};
-        for (const char* const column :
-             {"call", "occurrence", "name", "thread", "call_time", "return_time", "status", "parent",
-              "parts", "offset", "arguments", "results"}) {
+        for (const char* const column : {"call", "occurrence", "name", "thread", "call_time",
+                                         "return_time", "status", "parent", "parts", "offset"}) {
             const Json& value = object[column];
             std::string text = value.is_null() ? "" : JsonLine(value);
             if (value.is_string())
@@ -94,6 +88,8 @@ public:
                 text.pop_back();
             cells.push_back(std::move(text));
         }
+        cells.push_back(JsonText(call.arguments));
+        cells.push_back(JsonText(call.results));
         return CsvLine(cells);
     }
     void Take(const std::string& kept) override { write(kept); }

@@ -161,9 +161,7 @@ private:
             found = true;
             std::string text;
             if (command.logs.Json()) {
-                Json object = ToJson(call);
-                object["log"] = path;
-                text = JsonLine(object);
+                text = JsonLine(call, {{"log", path}});
             } else {
                 text = CallLine(call, terminal);
             }

@@ -2,6 +2,11 @@
 
 #include "Json.h"
 
+#include <algorithm>
+#include <string_view>
+
+#include "KnownText.h"
+
 namespace ScrivelTool
 {
 
@@ -10,33 +15,59 @@ using namespace ScrivelReader;
 namespace
 {
 
-Json ElementsToJson(Tree::Elements elements)
+std::string Text(const Json& value)
 {
-    Json list = Json::array();
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void AddString(std::string& out, std::string_view text)
+{
+    const bool isPlain = std::all_of(
+        text.begin(), text.end(), [](char c) { return c >= ' ' && c < 0x7f && c != '"' && c != '\\'; });
+    if (isPlain)
+        out.append("\"").append(text).append("\"");
+    else
+        out += Text(text);
+}
+
+/// How long the text of elements is, but for what is escaped.
+std::size_t SizeOf(Tree::Elements elements)
+{
+    constexpr std::size_t markup = sizeof R"({"name":"","children":[]},)" - 1;
+    std::size_t size = 2;
     for (Tree::Element element : elements) {
-        Json object = {{"name", element.Name()}};
+        size += markup + element.Name().size();
+        size += element.What() == Tree::Kind::Elements ? SizeOf(element.Children())
+                : element.What() == Tree::Kind::Bytes  ? 2 * element.Text().size()
+                                                       : element.Text().size();
+    }
+    return size;
+}
+
+void AddElements(std::string& out, Tree::Elements elements)
+{
+    out += '[';
+    bool isFirst = true;
+    for (Tree::Element element : elements) {
+        out += isFirst ? "{\"name\":" : ",{\"name\":";
+        isFirst = false;
+        AddString(out, element.Name());
         switch (element.What()) {
         case Tree::Kind::Text:
-            object["value"] = element.Text();
+            out += ",\"value\":";
+            AddString(out, element.Text());
             break;
-        case Tree::Kind::Bytes: {
-            constexpr std::string_view digits = "0123456789abcdef";
-            std::string text;
-            text.reserve(element.Text().size() * 2);
-            for (const char byte : element.Text()) {
-                const auto value = static_cast<unsigned char>(byte);
-                text.append(1, digits[value / 16]).append(1, digits[value % 16]);
-            }
-            object["value"] = std::move(text);
+        case Tree::Kind::Bytes:
+            out.append(",\"value\":\"").append(HexDigits(element.Text())).append("\"");
             break;
-        }
         case Tree::Kind::Elements:
-            object["children"] = ElementsToJson(element.Children());
+            out += ",\"children\":";
+            AddElements(out, element.Children());
             break;
         }
-        list.push_back(std::move(object));
+        out += '}';
     }
-    return list;
+    out += ']';
 }
 
 template <typename Number>
@@ -47,9 +78,12 @@ Json OrNull(const std::optional<Number>& number)
 
 }  // namespace
 
-Json ToJson(const Tree& tree)
+std::string JsonText(const Tree& tree)
 {
-    return ElementsToJson(tree.Top());
+    std::string text;
+    text.reserve(SizeOf(tree.Top()));
+    AddElements(text, tree.Top());
+    return text;
 }
 
 Json ToJson(const std::optional<Time>& time)
@@ -57,9 +91,9 @@ Json ToJson(const std::optional<Time>& time)
     return time ? Json(time->Seconds()) : Json();
 }
 
-Json ToJson(const Call& call)
+Json HeadOf(const Call& call)
 {
-    Json object = {
+    return {
         {"schema", jsonSchema},
         {"call", call.number},
         {"name", call.name},
@@ -69,23 +103,53 @@ Json ToJson(const Call& call)
         {"status", call.status.empty() ? Json() : Json(call.status)},
         {"parent", OrNull(call.Parent())},
         {"parts", call.parts.size()},
-        {"arguments", ToJson(call.arguments)},
-        {"results", ToJson(call.results)},
         {"occurrence", call.occurrence},
         {"offset", call.parts.empty() ? Json() : Json(call.parts.front().begin)},
     };
+}
+
+Json ToJson(const Call& call)
+{
+    return Json::parse(JsonLine(call, Json::object()));
+}
+
+std::string JsonLine(const Call& call, const Json& more)
+{
+    std::string text = "{";
+    // A large text would be there twice while it grows.
+    constexpr std::size_t rest = 512;
+    text.reserve(rest + SizeOf(call.arguments.Top()) + SizeOf(call.results.Top()));
+    const auto add = [&](const std::string& name, const Json& value) {
+        text.append(text.size() == 1 ? "\"" : ",\"").append(name).append("\":").append(Text(value));
+    };
+    const auto addTree = [&](const char* name, const Tree& tree) {
+        text.append(",\"").append(name).append("\":");
+        AddElements(text, tree.Top());
+    };
+    const Json head = HeadOf(call);
+    for (const auto& [name, value] : head.items()) {
+        // The trees stand in the middle.
+        if (name == "occurrence") {
+            addTree("arguments", call.arguments);
+            addTree("results", call.results);
+        }
+        add(name, value);
+    }
     if (!call.disassemblerAddress.empty())
-        object["disassembler_address"] = call.disassemblerAddress;
+        add("disassembler_address", call.disassemblerAddress);
     if (!call.before.Empty())
-        object["before"] = ToJson(call.before);
+        addTree("before", call.before);
     if (call.beginningLost)
-        object["beginning_lost"] = true;
-    return object;
+        add("beginning_lost", true);
+    for (const auto& [name, value] : more.items())
+        add(name, value);
+    text += "}\n";
+    return text;
 }
 
 std::string JsonLine(const Json& object)
 {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return Text(object) + "\n";
 }
 
 }  // namespace ScrivelTool

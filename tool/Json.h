@@ -18,8 +18,14 @@ using Json = nlohmann::ordered_json;
 constexpr int jsonSchema = 1;
 
 /// [{"name": ..., "value": ...} or {"name": ..., "children": [...]}, ...]
-Json ToJson(const ScrivelReader::Tree& tree);
+std::string JsonText(const ScrivelReader::Tree& tree);
+/// The members of a call that are no trees.
+Json HeadOf(const ScrivelReader::Call& call);
+/// A call as a part of another object.
 Json ToJson(const ScrivelReader::Call& call);
+/// A call on a line of its own, with the members that a command adds. Of a large one there is its text in
+/// memory, and no object.
+std::string JsonLine(const ScrivelReader::Call& call, const Json& more);
 /// Seconds, or null.
 Json ToJson(const std::optional<ScrivelReader::Time>& time);
 

@@ -264,12 +264,11 @@ private:
 
     static void PrintJson(const Call& call, const std::string& path, bool isPart, Terminal& terminal)
     {
-        Json object = ToJson(call);
-        object["log"] = path;
+        Json more = {{"log", path}};
         if (isPart) {
-            object["scanned"] = false;
+            more["scanned"] = false;
         }
-        terminal.Print(JsonLine(object));
+        terminal.Print(JsonLine(call, more));
     }
 
     static void Print(const Call& call, const std::string& path, const Finder& finder, bool isPart,

@@ -124,8 +124,14 @@ void Terminal::Print(std::string_view text)
 {
     EndProgress();
     EraseLive();
+    const bool mayStartPager = outputIsTerminal && mayPage && pager == 0 && height != 0;
+    if (text.size() >= mostKept && !mayStartPager) {
+        Flush();
+        Write(text);
+        return;
+    }
     kept.append(text);
-    if (outputIsTerminal && mayPage && pager == 0 && height != 0) {
+    if (mayStartPager) {
         lines += std::size_t(std::count(text.begin(), text.end(), '\n'));
         if (lines < height)
             return;
@@ -137,11 +143,16 @@ void Terminal::Print(std::string_view text)
 
 void Terminal::Flush()
 {
-    if (sink != nullptr)
-        sink->append(kept);
-    else
-        WriteAll(output, kept);
+    Write(kept);
     kept.clear();
+}
+
+void Terminal::Write(std::string_view text)
+{
+    if (sink != nullptr)
+        sink->append(text);
+    else
+        WriteAll(output, text);
 }
 
 void Terminal::ShowLive(std::string_view text)

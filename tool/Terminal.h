@@ -69,6 +69,7 @@ public:
     void EndProgress();
 
 private:
+    void Write(std::string_view text);
     void StartPager();
     void EraseLive();
 

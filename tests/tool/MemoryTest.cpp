@@ -3,6 +3,8 @@
 #include "tool/Program.h"
 #include "tool/Session.h"
 
+#include <tuple>
+
 using namespace ScrivelTest;
 
 namespace
@@ -137,11 +139,26 @@ TEST_F(Memory, HoldsTheBytesOfAnArrayAndNoElements)
     EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(32 * megabyte));
 }
 
+constexpr char reg[] =
+    "<x><regNumber>5</regNumber><bytes>00000000 00000000 00000000 00000001 </bytes></x>";
+
+TEST_F(Memory, HoldsTheTextsOfAnArrayAndNoObjects)
+{
+    // 40 MB each; the limits are the text that is written, and in memory the elements of registers.
+    const std::tuple<std::string, int, long> arrays[] = {{"<value>12345</value>", 1250000, 64 * megabyte},
+                                                         {reg, 420000, 160 * megabyte}};
+    for (const auto& [item, count, most] : arrays) {
+        Write("small.xml", CallWithItems(item, 10));
+        Write("large.xml", CallWithItems(item, count));
+        EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(most)) << item;
+        EXPECT_LT(Growth("show --json 1", "small.xml", "large.xml"), AtMost(most)) << item;
+        EXPECT_LT(Growth("export --to jsonl", "small.xml", "large.xml"), AtMost(most)) << item;
+    }
+}
+
 TEST_F(Memory, KeepsOfAnArrayWhatIsKnownOfTheTarget)
 {
     // 40 MB each: bytes, numbers, and registers.
-    const std::string reg =
-        "<x><regNumber>5</regNumber><bytes>00000000 00000000 00000000 00000001 </bytes></x>";
     const std::pair<std::string, int> arrays[] = {
         {"<value>0x1f</value>", 1300000}, {"<value>12345</value>", 1250000}, {reg, 420000}};
     for (const auto& [item, count] : arrays) {
