@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,7 +34,7 @@ using namespace ScrivelReader;
 namespace
 {
 
-constexpr char mostCalls[] = "50";  // before the one that the report is about
+constexpr std::size_t mostCalls = 50;  // before the one that the report is about
 
 using Make = std::unique_ptr<Action> (*)(Options&);
 
@@ -143,22 +144,23 @@ public:
         const Anonymous hidden(facts.value("host", ""), path.substr(0, path.rfind('/') + 1));
         const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
         const std::string number = NumberOf(facts);
-        const LogHeader header = HeaderOf(path);
-        const std::string small = SmallLog(number, path, terminal);
-        const std::pair<const char*, std::string> files[] = {
-            {"report.md", Page(facts, header, number, path)},
-            {"calls.xml", small},
+        Outline log;
+        ReadOptions options;
+        options.contents = false;
+        ReadLog(path, log, options, terminal);
+        const auto writeReport = [&](OutputFile& file) {
+            return file.Write(hide(Page(facts, log.header, number, path)));
         };
-        for (const auto& [name, text] : files) {
-            const auto write = [&, &itsText = text](OutputFile& file) {
-                return file.Write(hide(itsText));
-            };
-            if (!WriteFile(name, write, terminal))
-                return Exit::Trouble;
-        }
+        const auto writeCalls = [&](OutputFile& file) {
+            const auto write = [&](std::string_view text) { return file.Write(hide(std::string(text))); };
+            return WriteSmallLog(number, log, path, write, terminal);
+        };
+        if (!WriteFile("report.md", writeReport, terminal) ||
+            !WriteFile("calls.xml", writeCalls, terminal))
+            return Exit::Trouble;
         // Of the small log, from which names were taken where they are to be; a log without calls has
         // none.
-        const std::string shown = small.empty() ? path : folder + "/calls.xml";
+        const std::string shown = log.last.empty() ? path : folder + "/calls.xml";
         const auto writePage = [&](OutputFile& file) {
             PageOptions page;
             page.anonymous = anonymous;
@@ -174,26 +176,21 @@ public:
     }
 
 private:
-    static LogHeader HeaderOf(const std::string& path)
+    /// What a log says of itself, and the numbers of its last calls.
+    struct Outline final : LogHandler
     {
-        class Reading final : public LogHandler
+        void Header(const LogHeader& itsHeader) override { header = itsHeader; }
+        void Entered(const Call& call) override
         {
-        public:
-            void Header(const LogHeader& itsHeader) override { header = itsHeader; }
-            LogHeader header;
-        } reading;
-        std::string error;
-        const auto input = OpenLog(path, error);
-        LogReader reader(reading);
-        std::string bytes(4096, '\0');
-        while (input != nullptr && reading.header.root.empty()) {
-            const std::size_t got = input->Read(bytes.data(), bytes.size()).value_or(0);
-            if (got == 0)
-                break;
-            reader.Feed({bytes.data(), got});
+            last.push_back(call.number);
+            if (last.size() > mostCalls)
+                last.pop_front();
         }
-        return reading.header;
-    }
+        void TakenBack(const Call&) override { last.pop_back(); }
+
+        LogHeader header;
+        std::deque<std::uint64_t> last;
+    };
 
     /// The call that the report is about: one that had not returned. Empty when there is none.
     static std::string NumberOf(const Json& facts)
@@ -220,42 +217,39 @@ private:
         text += "## Versions\n\nscrivel " + std::string(version) + "; the log is of " +
                 (header.cadiVersion.empty() ? "an unknown version" : header.cadiVersion) + ", " +
                 (header.operatingSystem.empty() ? "an unknown system" : header.operatingSystem) +
-                ".\n\n`calls.xml` holds the last " + mostCalls +
+                ".\n\n`calls.xml` holds the last " + std::to_string(mostCalls) +
                 " calls of the log as they stand in it; `page.html` shows them in a browser.\n";
         return text;
     }
 
-    /// The last calls, and the one that the report is about.
-    static std::string SmallLog(const std::string& number, const std::string& path, Terminal& terminal)
+    /// The last calls, and the one that the report is about, as they stand in the log.
+    static bool WriteSmallLog(const std::string& number, const Outline& log, const std::string& path,
+                              const std::function<bool(std::string_view)>& write, Terminal& terminal)
     {
-        const std::string last = Said(MakeCalls, {"--json", "--last", mostCalls, path});
-        const Json first = Json::parse(last.substr(0, last.find('\n')), nullptr, false);
-        if (first.is_discarded())
-            return {};
-        const std::string calls = std::to_string(first["call"].get<std::uint64_t>()) + ".." +
-                                  (number.empty() ? "" : "," + number);
-        return CutOf(path, calls, terminal);
-    }
-
-    static std::string CutOf(const std::string& path, const std::string& calls, Terminal& terminal)
-    {
+        if (log.last.empty())
+            return true;
         std::string error;
         FilterText chosen;
-        chosen.calls = calls;
+        chosen.calls = std::to_string(log.last.front()) + ".." + (number.empty() ? "" : "," + number);
         const auto filter = CallFilter::Make(chosen, error);
         const auto input = OpenLogAnywhere(path, error);
         if (!filter || input == nullptr)
-            return {};
+            return true;
         FileBytes bytes(*input->Descriptor(), path, terminal);
-        std::string small;
+        // What is hidden lies within a line.
+        std::string begun;
         const auto take = [&](std::string_view text) {
-            small.append(text);
+            const std::size_t lines = text.rfind('\n') + 1;
+            begun.append(text.substr(0, lines));
+            if (lines != 0 && !write(std::exchange(begun, {})))
+                return false;
+            begun.append(text.substr(lines));
             return true;
         };
         Cut(
             bytes, *filter, take, [](const Damage&) {}, error);
         terminal.EndProgress();
-        return small;
+        return write(begun);
     }
 
     bool WriteFile(const std::string& name, const std::function<bool(OutputFile&)>& write,

@@ -153,6 +153,7 @@ TEST_F(Memory, HoldsTheTextsOfAnArrayAndNoObjects)
         EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(most)) << item;
         EXPECT_LT(Growth("show --json 1", "small.xml", "large.xml"), AtMost(most)) << item;
         EXPECT_LT(Growth("export --to jsonl", "small.xml", "large.xml"), AtMost(most)) << item;
+        EXPECT_LT(Growth("report --force -o report", "small.xml", "large.xml"), AtMost(most)) << item;
     }
 }
 
