@@ -156,6 +156,7 @@ TEST_F(SteppedFlush, LeavesADocumentWhenTheTextOrTheTailHoldsWhatEndsAnInstructi
         {5, "<b/>\n", "<?x?></log>\n", "<!-- x -->" + Element(5000)},
         {12, "<b/>\n", "<c>123456789?></c></log>\n", Element(5000)},
         {4, "<b/>\n", endTag, questionAtPageEnd},
+        {5, "<bbb/>\n", endTag, "<a>x?" + std::string(5000, 'x') + "</a>"},  // "?" before "|>\n"
         {3, "<b/>\n<b>?", "</b></log>\n", "></b>" + Element(5000)},
         {5, "<b/>\n", std::string(250, ' ') + endTag, Element(5000)},
         {900, "<b/>\n", "<!-- " + std::string(900, '.') + " --></log>\n", Element(5000)},
