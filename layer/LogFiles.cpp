@@ -77,7 +77,7 @@ LogFiles::LogFiles(const Settings& settings)
         MakeFolder(folder, settings.durability);
     }
     std::error_code error;
-    wholeFolder = std::filesystem::absolute(folder.empty() ? "." : folder, error).lexically_normal();
+    wholeFolder = std::filesystem::absolute(InFolder(folder, "."), error).lexically_normal();
     if (error) {
         wholeFolder = folder;
     }
@@ -89,7 +89,10 @@ LogFiles::LogFiles(const Settings& settings)
 
 void LogFiles::NameFirst()
 {
-    logName = logNumber == 1 ? wanted : wanted + "-" + std::to_string(logNumber);
+    logName = wanted;
+    if (logNumber > 1) {
+        logName.append("-").append(std::to_string(logNumber));
+    }
     first = InFolder(folder, logName + end);
     place = InFolder(wholeFolder, logName + end);
     current = first;

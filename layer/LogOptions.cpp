@@ -106,8 +106,11 @@ Settings::Settings(std::string_view logName, const LogOptions& options)
     name = given.filename().string();
     folder = Environment("SCRIVEL_LOG_DIR");
     if (folder.empty()) {
-        const std::filesystem::path chosen(options.folder);
-        folder = (given.has_parent_path() ? chosen / given.parent_path() : chosen).string();
+        std::filesystem::path chosen(options.folder);
+        if (given.has_parent_path()) {
+            chosen /= given.parent_path();
+        }
+        folder = chosen.string();
     }
 }
 

@@ -168,11 +168,7 @@ public:
         if (const Access xml{log}) {
             Attempt attempt(*xml);
             xml->Continue(number, name);
-            xml->WriteAndFinish(writeResults, [&] {
-                if (Finish(attempt, [&] { Close(*xml); })) {
-                    CountReturn();
-                }
-            });
+            xml->WriteAndFinish(writeResults, [&] { FinishReturn(attempt, *xml); });
         }
     }
 
@@ -203,12 +199,7 @@ private:
             log.GoOnInNextFileWhenFull();
             Attempt attempt(*xml);
             const unsigned int entered = enterCall(*xml);
-            xml->WriteAndFinish(writeArguments, [&] {
-                if (Finish(attempt, [&] { Flush(*xml); })) {
-                    number = entered;
-                    ++log.openCalls;
-                }
-            });
+            xml->WriteAndFinish(writeArguments, [&] { FinishEntry(attempt, *xml, entered); });
         } else if (xml.IsRefused()) {
             ++log.refusedCalls;
         }
@@ -225,6 +216,21 @@ private:
         writeEnd();
         attempt.Finish();
         return true;
+    }
+
+    void FinishEntry(Attempt& attempt, Layer::CompleteFileGenerator<Generator>& xml, unsigned int entered)
+    {
+        if (Finish(attempt, [&] { Flush(xml); })) {
+            number = entered;
+            ++log.openCalls;
+        }
+    }
+
+    void FinishReturn(Attempt& attempt, Layer::CompleteFileGenerator<Generator>& xml)
+    {
+        if (Finish(attempt, [&] { Close(xml); })) {
+            CountReturn();
+        }
     }
 
     void CountReturn()

@@ -66,7 +66,7 @@ public:
     {
         endsInCallTag = !finalTag;
         this->WriteClosingText(finalTag, callName);
-        if (finalTag || !this->writeSecure) {
+        if (finalTag) {
             this->logFile.flush();
             return;
         }

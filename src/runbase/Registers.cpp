@@ -74,11 +74,11 @@ void ScrivelXmlGenRunBase::WriteRegInfoArray(std::string ident, eslapi::CADIRegI
 void ScrivelXmlGenRunBase::WriteReg(std::string ident, eslapi::CADIReg_t reg)
 {
     // A register that the table names is written under that name, not under the argument's.
-    const std::string name = FindName(registerNames, reg.regNumber);
-    WriteRecord(name.empty() ? ident : name,  //
-                Field{"regNumber", Decimal{reg.regNumber}}, Field{"bytes", NumberOfBytes{reg.bytes}},
-                Field{"offset128", Decimal{reg.offset128}}, Field{"isUndefined", Word(reg.isUndefined)},
-                Field{"attribute", Named(reg.attribute)});
+    const std::string known = FindName(registerNames, reg.regNumber);
+    const std::string& name = known.empty() ? ident : known;
+    WriteRecord(name, Field{"regNumber", Decimal{reg.regNumber}},
+                Field{"bytes", NumberOfBytes{reg.bytes}}, Field{"offset128", Decimal{reg.offset128}},
+                Field{"isUndefined", Word(reg.isUndefined)}, Field{"attribute", Named(reg.attribute)});
 }
 
 void ScrivelXmlGenRunBase::WriteRegArray(std::string ident, eslapi::CADIReg_t* regs, unsigned int count)

@@ -53,12 +53,20 @@ LogBuffer::State LogBuffer::CurrentState() const
 
 bool LogBuffer::Open(const char* name)
 {
-    return GetMemory() && file.Open(name) && Start();
+    if (!GetMemory() || !file.Open(name)) {
+        return false;
+    }
+    Start();
+    return true;
 }
 
 bool LogBuffer::Create(const char* name)
 {
-    return GetMemory() && file.Create(name) && Start();
+    if (!GetMemory() || !file.Create(name)) {
+        return false;
+    }
+    Start();
+    return true;
 }
 
 /// What is needed before a file is opened; false when one is open already.
@@ -71,13 +79,12 @@ bool LogBuffer::GetMemory()
     return !outOfMemory;
 }
 
-bool LogBuffer::Start()
+void LogBuffer::Start()
 {
     tail.Clear();
     pieces.Forget();
     StartTextAt(0);
     assert(CurrentState() == State::Clean);
-    return true;
 }
 
 bool LogBuffer::Close()

@@ -65,7 +65,7 @@ private:
     // The arrows between the states.
     bool GetMemory();
     bool IsFileAsLeft();
-    bool Start();
+    void Start();
     bool Flush();
     bool WriteOutPiece(bool goesOn);
     void TakeTextAsTail();

@@ -49,8 +49,8 @@ int AboveStandardStreams(int descriptor)
 
 std::string FolderOf(const std::string& name)
 {
-    const auto slash = name.rfind('/');
-    return slash == std::string::npos ? "." : name.substr(0, slash + 1);
+    const auto length = name.rfind('/') + 1;  // 0 without a slash
+    return name.substr(0, length) + ".";
 }
 
 /// Where the process finds its open file.
@@ -64,13 +64,18 @@ std::string PlaceOf(int descriptor)
 int OpenUnnamed(const std::string& name)
 {
     const std::string folder = FolderOf(name);
-    int descriptor = AboveStandardStreams(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
-    if (descriptor < 0 && errno == EISDIR) {
-        errno = EOPNOTSUPP;  // a kernel that doesn't know such files
+    const int descriptor =
+        AboveStandardStreams(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
+    if (descriptor < 0) {
+        if (errno == EISDIR) {
+            errno = EOPNOTSUPP;  // a kernel that doesn't know such files
+        }
+        return descriptor;
     }
-    if (descriptor >= 0 && access(PlaceOf(descriptor).c_str(), F_OK) != 0) {
-        close(std::exchange(descriptor, -1));
+    if (access(PlaceOf(descriptor).c_str(), F_OK) != 0) {
+        close(descriptor);
         errno = EOPNOTSUPP;  // it could not be given a name
+        return -1;
     }
     return descriptor;
 }
@@ -146,9 +151,11 @@ bool OpenFile::IsAsLeft(off_t end) const
 
 bool OpenFile::GiveFirstName()
 {
-    if (state == Name::ToBeGiven && linkat(AT_FDCWD, PlaceOf(descriptor).c_str(), AT_FDCWD,
-                                           newName.c_str(), AT_SYMLINK_FOLLOW) != 0) {
-        return false;
+    if (state == Name::ToBeGiven) {
+        const std::string place = PlaceOf(descriptor);
+        if (linkat(AT_FDCWD, place.c_str(), AT_FDCWD, newName.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+            return false;
+        }
     }
     state = Name::ToBeKept;
     if (synchronises && !SynchroniseName()) {

@@ -68,26 +68,23 @@ std::optional<off_t> Pieces::BetterStart(const FlushText& text) const
 
 bool Pieces::Write(const FlushText& piece)
 {
-    if (!Prepare(piece)) {
-        return Failed();
-    }
     const bool written =
-        state == State::Hidden ? Append(piece, Mark{opening, closing}.Text()) : AppendBare(piece);
-    return written || Failed();
+        Prepare(piece) &&
+        (state == State::Hidden ? Append(piece, Mark{opening, closing}.Text()) : AppendBare(piece));
+    if (!written) {
+        TakeBack();
+    }
+    return written;
 }
 
 bool Pieces::Commit(const FlushText& piece)
 {
-    if (!Prepare(piece)) {
-        return Failed();
+    const bool written = Prepare(piece) && (state == State::Hidden ? AppendLast(piece) && CommitHidden()
+                                                                   : AppendBare(piece));
+    if (!written) {
+        TakeBack();
     }
-    if (state == State::Bare) {
-        return AppendBare(piece) || Failed();
-    }
-    if (!AppendLast(piece) || !CommitHidden()) {
-        return Failed();
-    }
-    return CutTrailer();
+    return written && (state == State::Bare || CutTrailer());
 }
 
 bool Pieces::Read(off_t to, char* out) const
@@ -119,12 +116,6 @@ bool Pieces::CommitTail()
     tail.Copy(start, tail.End(), kept.Bytes());
     opening.copy(kept.Bytes() + (Instruction() - start), opening.size());
     return CommitHidden();
-}
-
-bool Pieces::Failed()
-{
-    TakeBack();
-    return false;
 }
 
 // ---- Whether the text is hidden -----------------------------------------------------------------

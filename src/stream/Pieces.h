@@ -74,7 +74,6 @@ private:
     bool CommitTail();
     bool CutTrailer();
     bool WriteKept(off_t to);
-    bool Failed();
 
     OpenFile& file;
     FileTail& tail;
