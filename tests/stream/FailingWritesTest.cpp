@@ -243,15 +243,24 @@ TEST_F(FailingWrites, InterruptedWritesAndCutsAreRepeated)
 
 TEST_F(FailingWrites, TrailerThatCantBeCutStaysAfterTheNewDocument)
 {
-    const std::string document = Begin(100);
-    platform.ftruncate.Use([](int, off_t) {
-        errno = EIO;
-        return -1;
-    });
-    Grow(Element(5000));
-    EXPECT_TRUE(log.bad());
-    EXPECT_EQ(File(), document + Element(5000) + endTag + "<?x ?>");
-    EXPECT_TRUE(IsDocument(File()));
+    const struct
+    {
+        std::size_t before;
+        const char* trailer;
+    } cases[] = {{100, "<?x ?>"}, {pageSize - 5, "<!-- ?></log>\n<?x --><?x ?>"}};
+    for (const auto& [before, trailer] : cases) {
+        const std::string document = Begin(before);
+        platform.ftruncate.Use([](int, off_t) {
+            errno = EIO;
+            return -1;
+        });
+        Grow(Element(5000));
+        platform.ftruncate.Reset();
+        EXPECT_TRUE(log.bad());
+        EXPECT_EQ(File(), document + Element(5000) + endTag + trailer);
+        EXPECT_TRUE(IsDocument(File()));
+        log.clear();
+    }
 }
 
 TEST_F(FailingWrites, SignalOfTheFileSizeLimitIsHeldUntilTheTailIsBack)

@@ -220,6 +220,7 @@ TEST_F(FileTail, WhatIsWithinACommentAnInstructionOrASectionIsNoMarkup)
     EXPECT_EQ(LastMarkup("<a><![CDATA[ <b> ]]></a>"), 20);
     EXPECT_EQ(LastMarkup("<a><!-- <b> "), 3);
     EXPECT_EQ(LastMarkup("text"), std::nullopt);
+    EXPECT_EQ(LastMarkup("<a><"), 3);
 }
 
 }  // namespace

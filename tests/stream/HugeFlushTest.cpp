@@ -3,6 +3,7 @@
 #include "stream/StreamTest.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -188,6 +189,24 @@ protected:
         platform.pwrite.Reset();
         return document + text + tail;
     }
+
+    /// Writes elements of 1000 bytes, and returns them.
+    std::string WriteElements(unsigned int count)
+    {
+        std::string text;
+        for (unsigned int i = 0; i < count; ++i) {
+            log << Element(1000);
+            text += Element(1000);
+        }
+        return text;
+    }
+
+    /// Whether text that is not flushed yet stands in the place of the end tag.
+    static bool IsOverTheTail(const std::string& document)
+    {
+        const std::string tail(endTag);
+        return File().compare(document.size(), tail.size(), tail) != 0;
+    }
 };
 
 TEST_F(SmallPieces, LeaveADocumentWhereverTheTailStands)
@@ -237,60 +256,189 @@ TEST_F(SmallPieces, TextThatWouldEndItsHidingIsWrittenOverTheTail)
 {
     for (const char* const extra : {"<!-- ?> -->", "<?y ?>", "<!-- ]]> ?> -->"}) {
         for (const std::size_t before : {std::size_t{100}, pageSize - 3}) {
-            const std::string document = Begin(before, "<bbbbb/>\n");
-            log.SetMostInMemory(limit);
-            log.seekp(static_cast<std::streamoff>(document.size()));
-            std::string text;
-            for (int i = 0; i < 30; ++i) {
-                text += Element(1000) + (i == 20 ? extra : "");
-                log << Element(1000) << (i == 20 ? extra : "");
+            for (const int place : {0, 20}) {
+                const std::string document = Begin(before, "<bbbbb/>\n");
+                log.SetMostInMemory(limit);
+                log.seekp(static_cast<std::streamoff>(document.size()));
+                std::string text;
+                for (int i = 0; i < 50; ++i) {
+                    text += Element(1000) + (i == place ? extra : "");
+                    log << Element(1000) << (i == place ? extra : "");
+                }
+                EXPECT_TRUE(IsOverTheTail(document));
+                log << endTag << std::flush;
+                EXPECT_TRUE(log.good());
+                EXPECT_TRUE(File() == document + text + endTag) << extra;
             }
-            log << endTag << std::flush;
-            EXPECT_TRUE(log.good());
-            EXPECT_TRUE(File() == document + text + endTag) << extra;
         }
     }
 }
 
-TEST_F(SmallPieces, EndOfAnInstructionAcrossTwoPiecesIsSeen)
+TEST_F(SmallPieces, EndOfAnInstructionOrASectionAcrossTwoPiecesIsSeen)
 {
-    for (std::size_t first = 3 * pageSize - 40; first < 3 * pageSize; ++first) {
-        const std::string document = Begin(100);
-        log.SetMostInMemory(limit);
-        log.seekp(static_cast<std::streamoff>(document.size()));
-        const std::string text = "<!-- " + std::string(first, 'x') + "?> -->";
-        for (const char character : text) {
-            log.put(character);
+    constexpr std::size_t firstPiece = 3 * pageSize / 4 * 3;  // a quarter stays in memory
+    const struct
+    {
+        std::size_t before;
+        const char* ending;
+    } cases[] = {{100, "?>"}, {pageSize - 3, "]]>"}};
+    for (const auto& [before, ending] : cases) {
+        for (std::size_t first = firstPiece - 30; first < firstPiece + 10; ++first) {
+            const std::string document = Begin(before, "<bbbbb/>\n");
+            log.SetMostInMemory(limit);
+            log.seekp(static_cast<std::streamoff>(document.size()));
+            const std::string text = "<!-- " + std::string(first, 'x') + ending + " -->";
+            for (const char character : text) {
+                log.put(character);
+            }
+            const std::string after = WriteElements(30);
+            ASSERT_TRUE(IsOverTheTail(document)) << ending << first;
+            log << endTag << std::flush;
+            ASSERT_TRUE(File() == document + text + after + endTag) << ending << first;
         }
-        log << Element(30'000) << endTag << std::flush;
-        ASSERT_TRUE(File() == document + text + Element(30'000) + endTag) << first;
     }
+}
+
+TEST_F(SmallPieces, TailThatNothingCanHideIsWrittenOver)
+{
+    const std::string document = Begin(2 * pageSize - 3, std::string(2000, ' '));  // no markup nearby
+    log.SetMostInMemory(limit);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    const std::string text = WriteElements(30);
+    EXPECT_TRUE(IsOverTheTail(document));
+    log << endTag << std::flush;
+    EXPECT_TRUE(File() == document + text + endTag);
+}
+
+TEST_F(SmallPieces, TextThatDoesNotReachBeyondTheTailIsWrittenOverIt)
+{
+    std::string expected = Begin(20 * pageSize) + endTag;
+    log.SetMostInMemory(limit);
+    log.seekp(10);
+    const std::string text = WriteElements(30);
+    log.flush();
+    EXPECT_TRUE(log.good());
+    expected.replace(10, text.size(), text);
+    EXPECT_TRUE(File() == expected);
+}
+
+TEST_F(SmallPieces, TailThatCantBeReadBackIsWrittenOver)
+{
+    const std::string document = Begin(100);
+    log << "<!-- -->" << std::flush;  // all that is in memory from now on
+    log.SetMostInMemory(limit);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    });
+    const std::string text = WriteElements(30);
+    log << endTag << std::flush;
+    EXPECT_TRUE(log.good());
+    EXPECT_TRUE(File() == document + text + endTag);
+}
+
+TEST_F(SmallPieces, WithoutMemoryToHideThemTheyAreWrittenOverTheTail)
+{
+    constexpr std::size_t largerLimit = 40 * pageSize;
+    static unsigned int asked;
+    static unsigned int refused;
+    const auto refuseOneSmallBlock = [](std::size_t size) { return size < 15'000 && asked++ == refused; };
+    // What is written last, the marks of the first piece, and those of a larger one after it.
+    for (refused = 0; refused < 3; ++refused) {
+        Scrivel2::LogStream().swap(log);
+        const std::string document = Begin(100);
+        log.SetMostInMemory(largerLimit);
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log.Append(Element(largerLimit * 5 / 8));
+        asked = 0;
+        refuseMemory = refuseOneSmallBlock;
+        log.Append(Element(largerLimit * 7 / 8));
+        EXPECT_EQ(IsOverTheTail(document), refused < 2);
+        log.Append(Element(largerLimit * 7 / 8));
+        EXPECT_TRUE(IsOverTheTail(document)) << refused;
+        refuseMemory = nullptr;
+        log << endTag << std::flush;
+        EXPECT_TRUE(log.good());
+        EXPECT_TRUE(File() == document + Element(largerLimit * 5 / 8) + Element(largerLimit * 7 / 8) +
+                                  Element(largerLimit * 7 / 8) + endTag);
+    }
+}
+
+TEST_F(SmallPieces, TextAfterAPlaceThatWasSoughtIsWrittenFromThere)
+{
+    const std::string document = Begin(100);
+    log.SetMostInMemory(limit);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    log << std::string(10'000, 'a');
+    log.seekp(static_cast<std::streamoff>(document.size() + 8000));
+    log.Append(std::string(9000, 'b'));
+    log << endTag << std::flush;
+    EXPECT_TRUE(File() == document + std::string(8000, 'a') + std::string(9000, 'b') + endTag);
+}
+
+TEST_F(SmallPieces, TrailerThatCantBeCutStaysAfterTheNewDocument)
+{
+    const std::string document = Begin(100);
+    log.SetMostInMemory(limit);
+    log.seekp(static_cast<std::streamoff>(document.size()));
+    const std::string text = WriteElements(30);
+    log << endTag;
+    platform.ftruncate.Use([](int, off_t) {
+        errno = EIO;
+        return -1;
+    });
+    log.flush();
+    EXPECT_TRUE(log.bad());
+    EXPECT_TRUE(File() == document + text + endTag + "<?x ?>");
 }
 
 TEST_F(SmallPieces, OldDocumentComesBackWhicheverWriteFails)
 {
+    constexpr int nowhere = 60;
     for (const std::size_t before : {std::size_t{100}, pageSize - 3}) {
-        unsigned int number = 0;
-        do {
-            const std::string old = Begin(before, "<bbbbb/>\n") + endTag;
-            log.SetMostInMemory(limit);
-            log.seekp(-7, std::ios_base::end);
-            ++number;
-            FailWrites(number, number);
-            for (int i = 0; i < 60; ++i) {
-                log << Element(1000);
-            }
-            log << endTag << std::flush;
-            platform.pwrite.Reset();
-            if (log.good()) {
-                break;
-            }
-            ASSERT_EQ(File(), old) << "write " << number;
-            log.clear();
-        } while (number < 100);
-        EXPECT_GE(number, 8U);
-        EXPECT_LT(number, 100U);
+        for (const int endOfInstruction : {20, 59, nowhere}) {
+            unsigned int number = 0;
+            do {
+                const std::string old = Begin(before, "<bbbbb/>\n") + endTag;
+                log.SetMostInMemory(limit);
+                log.seekp(-7, std::ios_base::end);
+                ++number;
+                FailWrites(number, number);
+                for (int i = 0; i < 60; ++i) {
+                    log << Element(1000) << (i == endOfInstruction ? "<?y ?>" : "");
+                }
+                log << endTag << std::flush;
+                platform.pwrite.Reset();
+                if (log.good()) {
+                    break;
+                }
+                ASSERT_EQ(File(), old) << "write " << number;
+                log.clear();
+            } while (number < 100);
+            EXPECT_GE(number, 8U);
+            EXPECT_LT(number, 100U);
+        }
     }
+}
+
+TEST_F(SmallPieces, OldDocumentComesBackWhenTheirEndCantBeCutOff)
+{
+    const std::string old = Begin(100) + endTag;
+    log.SetMostInMemory(limit);
+    log.seekp(-7, std::ios_base::end);
+    WriteElements(20);
+    platform.ftruncate.Use([](int file, off_t size) {
+        if (platform.ftruncate.Calls() == 1) {
+            errno = EIO;
+            return -1;
+        }
+        return platform.ftruncate.Real(file, size);
+    });
+    log << "<?y ?>";
+    WriteElements(20);
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), old);
 }
 
 TEST_F(SmallPieces, TakeNoMoreMemoryThanTheirLimit)
@@ -335,18 +483,57 @@ TEST_F(SmallPieces, TextIsDroppedFromAPlaceOnThatIsInNoPieceOrInAny)
 
 TEST_F(SmallPieces, AllIsLostWhereMemoryCantHoldWhatComesBeforeWhatIsDropped)
 {
+    const struct
+    {
+        std::size_t mostInMemory;
+        std::size_t kept;
+        bool hasMemory;
+        bool canBeRead;
+    } cases[] = {
+        {limit, 3 * limit - 9000, true, true},
+        {5 * pageSize, 18'000, false, true},
+        {limit, 10'000, true, false},
+    };
+    for (const auto& [mostInMemory, kept, hasMemory, canBeRead] : cases) {
+        const std::string old = Begin(100) + endTag;
+        log.SetMostInMemory(mostInMemory);
+        log.seekp(-7, std::ios_base::end);
+        const std::streamoff place = log.tellp() + static_cast<std::streamoff>(kept);
+        for (std::size_t i = 0; i < 6 * mostInMemory / 100; ++i) {
+            log << std::string(100, ' ');
+        }
+        if (!hasMemory) {
+            refuseMemory = [](std::size_t) { return true; };
+        }
+        if (!canBeRead) {
+            platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t { return 0; });
+        }
+        log.DropFrom(place);
+        refuseMemory = nullptr;
+        platform.pread.Reset();
+        EXPECT_TRUE(log.bad());
+        EXPECT_TRUE(log.IsOutOfMemory());
+        EXPECT_EQ(File(), old);
+        log.TakeBack(place);
+        EXPECT_TRUE(log.good());
+    }
+}
+
+TEST_F(SmallPieces, TextOverTheTailIsDroppedToo)
+{
     const std::string old = Begin(100) + endTag;
     log.SetMostInMemory(limit);
     log.seekp(-7, std::ios_base::end);
-    log << std::string(3 * limit, ' ');
+    const std::string kept = "<c/><?y ?>" + std::string(1000, ' ');
+    log << kept;
     const std::streamoff place = log.tellp();
-    log << std::string(3 * limit, 'x');
-    log.DropFrom(place - 9000);
-    EXPECT_TRUE(log.bad());
-    EXPECT_TRUE(log.IsOutOfMemory());
+    for (int i = 0; i < 3000; ++i) {
+        log << "<a>text...";
+    }
+    log.DropFrom(place);
     EXPECT_EQ(File(), old);
-    log.TakeBack(place);
-    EXPECT_TRUE(log.good());
+    log << endTag << std::flush;
+    EXPECT_EQ(File(), old.substr(0, old.size() - 7) + kept + endTag);
 }
 
 }  // namespace

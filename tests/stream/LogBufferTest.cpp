@@ -234,6 +234,48 @@ TEST_F(LogBuffer, TextIsTakenBack)
     EXPECT_EQ(File(), "keep");
 }
 
+TEST_F(LogBuffer, TextIsDroppedFromAPlaceOn)
+{
+    Open();
+    log << "kept" << std::flush << " and this, not that";
+    log.DropFrom(14);
+    EXPECT_EQ(log.tellp(), 14);
+    log << "." << std::flush;
+    EXPECT_EQ(File(), "kept and this,.");
+}
+
+TEST_F(LogBuffer, WhatIsFlushedIsNotDropped)
+{
+    Open();
+    log << "kept" << std::flush << "dropped";
+    log.DropFrom(2);
+    EXPECT_EQ(log.tellp(), 4);
+    log << " too" << std::flush;
+    EXPECT_EQ(File(), "kept too");
+}
+
+TEST_F(LogBuffer, WithoutAnOpenFileNothingIsDroppedOrTakenBack)
+{
+    log.DropFrom(0);
+    log.TakeBack(0);
+    EXPECT_TRUE(log.good());
+    EXPECT_EQ(log.tellp(), -1);
+    Open();
+    EXPECT_EQ(log.tellp(), 0);
+}
+
+TEST_F(LogBuffer, StreamThatHasFailedStaysBadWhenItsTextIsDropped)
+{
+    Open();
+    log << "kept" << std::flush << "lost";
+    FailWrites(1, 1);
+    log.flush();
+    log.DropFrom(0);
+    EXPECT_TRUE(log.bad());
+    EXPECT_FALSE(log.IsOutOfMemory());
+    EXPECT_EQ(File(), "kept");
+}
+
 TEST_F(LogBuffer, StreamThatWasOutOfMemoryIsGoodAgainWhenItsTextIsTakenBack)
 {
     Open();

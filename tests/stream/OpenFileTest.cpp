@@ -122,6 +122,8 @@ TEST_F(OpenFile, DeviceThatCanSeekIsOpened)
     log.open("/dev/null");
     log << "text" << std::flush;
     EXPECT_TRUE(log.good());
+    log << std::string(5000, ' ') << std::flush;  // after a look at what is there
+    EXPECT_TRUE(log.good());
 }
 
 TEST_F(OpenFile, FileWhosePlaceTheSystemDoesNotTellFails)
@@ -135,6 +137,92 @@ TEST_F(OpenFile, FileWhosePlaceTheSystemDoesNotTellFails)
     EXPECT_EQ(log.rdstate(), std::ios_base::failbit);
     EXPECT_FALSE(log.is_open());
     EXPECT_EQ(platform.close.Calls(), 1U);
+}
+
+TEST_F(OpenFile, FileThatTheSystemDoesNotTellApartFromOthersFails)
+{
+    for (const bool isNew : {false, true}) {
+        fs::remove("log");
+        platform.fstat.Use([](int, struct stat*) {
+            errno = EIO;
+            return -1;
+        });
+        platform.close.Reset();
+        isNew ? log.create("log") : log.open("log");
+        EXPECT_EQ(errno, EIO);
+        EXPECT_EQ(log.rdstate(), std::ios_base::failbit);
+        EXPECT_FALSE(log.is_open());
+        EXPECT_EQ(platform.close.Calls(), 1U);
+        platform.fstat.Reset();
+        log.clear();
+    }
+    EXPECT_FALSE(fs::exists("log"));
+}
+
+TEST_F(OpenFile, FileMayBeNewInAnyFolder)
+{
+    fs::create_directory("folder");
+    for (const char* const name : {"log", "./log2", "folder/log"}) {
+        log.create(name);
+        EXPECT_FALSE(fs::exists(name));
+        log << "text" << std::flush;
+        EXPECT_TRUE(log.good()) << name;
+        log.close();
+        EXPECT_EQ(fs::file_size(name), 4U);
+    }
+}
+
+/// Where there are no files without names a new one has its name at once.
+class NamedFile : public ScrivelTest::StreamTest
+{
+protected:
+    void ExpectNameAtOnce()
+    {
+        log.create("log");
+        EXPECT_TRUE(log.good());
+        EXPECT_TRUE(fs::exists("log"));
+        log.close();
+        EXPECT_FALSE(fs::exists("log"));
+        log.create("log");
+        log << "text" << std::flush;
+        log.close();
+        EXPECT_EQ(File(), "text");
+    }
+};
+
+TEST_F(NamedFile, IsMadeOnAKernelThatDoesNotKnowOthers)
+{
+    platform.open.Use([](const char* name, int flags, mode_t mode) {
+        if ((flags & O_TMPFILE) == O_TMPFILE) {
+            errno = EISDIR;
+            return -1;
+        }
+        return platform.open.Real(name, flags, mode);
+    });
+    ExpectNameAtOnce();
+}
+
+TEST_F(NamedFile, IsMadeWhereOthersCouldNotBeGivenOne)
+{
+    platform.access.Use([](const char*, int) {
+        errno = ENOENT;
+        return -1;
+    });
+    ExpectNameAtOnce();
+}
+
+TEST_F(NamedFile, IsNotRemovedWhenAnotherHasItsNameByThen)
+{
+    platform.access.Use([](const char*, int) { return -1; });
+    log.create("log");
+    // One of the same number, on another device.
+    platform.fstat.Use([](int file, struct stat* status) {
+        const int result = platform.fstat.Real(file, status);
+        ++status->st_dev;
+        return result;
+    });
+    log.close();
+    EXPECT_TRUE(fs::exists("log"));
 }
 
 TEST_F(OpenFile, FileThatMayNotBeReadIsOpenedForWriting)
@@ -240,6 +328,29 @@ TEST_F(TakenFile, FileThatWasShortenedIsNotWrittenTo)
     log << std::string(5000, ' ') << std::flush;
     EXPECT_TRUE(log.bad());
     EXPECT_EQ(File(), "<lo");
+}
+
+TEST_F(TakenFile, DescriptorThatTheHostHasClosedIsNoticed)
+{
+    platform.fstat.Use([](int, struct stat*) {
+        errno = EBADF;
+        return -1;
+    });
+    log << std::string(5000, ' ') << std::flush;
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), "<log/>\n");
+}
+
+TEST_F(TakenFile, FileOfTheSameNumberOnAnotherDeviceIsNoticed)
+{
+    platform.fstat.Use([](int file, struct stat* status) {
+        const int result = platform.fstat.Real(file, status);
+        ++status->st_dev;
+        return result;
+    });
+    log << std::string(5000, ' ') << std::flush;
+    EXPECT_TRUE(log.bad());
+    EXPECT_EQ(File(), "<log/>\n");
 }
 
 TEST_F(TakenFile, FileIsLookedAtAtEveryHundredthFlush)

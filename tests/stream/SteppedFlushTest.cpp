@@ -1,5 +1,6 @@
 // Flushes that span pages: each of their steps leaves a document, wherever a write is cut.
 
+#include "stream/Cover.h"
 #include "stream/StreamTest.h"
 
 #include <algorithm>
@@ -318,14 +319,30 @@ TEST_F(SteppedFlush, TextThatDoesNotReachBeyondTheTailIsWrittenInOneGo)
 
 TEST_F(SteppedFlush, WithoutMemoryForItsMarksTheTextIsWrittenInOneGo)
 {
-    const std::string document = Begin(100);
-    log.seekp(-7, std::ios_base::end);
-    log << Element(5000) << endTag;
-    refuseMemory = [](std::size_t) { return true; };
-    ResetCounts();
-    log.flush();
-    EXPECT_EQ(platform.pwrite.Calls(), 1U);
-    EXPECT_EQ(File(), document + Element(5000) + endTag);
+    for (const std::size_t before : {std::size_t{100}, pageSize - 5}) {
+        Scrivel2::LogStream().swap(log);  // one that has no memory for marks yet
+        const std::string document = Begin(before);
+        log.seekp(-7, std::ios_base::end);
+        log << Element(5000) << endTag;
+        refuseMemory = [](std::size_t) { return true; };
+        ResetCounts();
+        log.flush();
+        refuseMemory = nullptr;
+        EXPECT_EQ(platform.pwrite.Calls(), 1U);
+        EXPECT_EQ(File(), document + Element(5000) + endTag);
+    }
+}
+
+TEST_F(SteppedFlush, TextEndsAcrossTwoPlacesWhereTheFirstHasTheBeginning)
+{
+    using Scrivel2::ContainsAcross;
+    EXPECT_TRUE(ContainsAcross("a?", ">b", "?>"));
+    EXPECT_TRUE(ContainsAcross("?", ">", "?>"));
+    EXPECT_FALSE(ContainsAcross("", ">", "?>"));
+    EXPECT_FALSE(ContainsAcross("?>", "b", "?>"));
+    EXPECT_TRUE(ContainsAcross("]", "]>", "]]>"));
+    EXPECT_TRUE(ContainsAcross("]]", ">", "]]>"));
+    EXPECT_FALSE(ContainsAcross("]", ">", "]]>"));
 }
 
 TEST_F(SteppedFlush, WritesNoPageOfTheFileFromTwoPagesOfMemory)

@@ -45,6 +45,8 @@ template class Replaceable<char*(int)>;
 template class Replaceable<pthread_t()>;
 template class Replaceable<int(const char*)>;
 template class Replaceable<int(int)>;
+template class Replaceable<uid_t()>;
+template class Replaceable<int(const char*, int)>;
 template class Replaceable<int(const char*, int, mode_t)>;
 template class Replaceable<int(int, struct stat*)>;
 template class Replaceable<ssize_t(int, const void*, std::size_t)>;
@@ -70,6 +72,9 @@ void Platform::Reset()
     puts.Reset();
     isalpha.Reset();
     isprint.Reset();
+    geteuid.Reset();
+    getegid.Reset();
+    access.Reset();
     open.Reset();
     fstat.Reset();
     write.Reset();
@@ -147,6 +152,21 @@ int isalpha(int character) noexcept
 int isprint(int character) noexcept
 {
     return platform.isprint.Call(character);
+}
+
+uid_t geteuid() noexcept
+{
+    return platform.geteuid.Call();
+}
+
+gid_t getegid() noexcept
+{
+    return platform.getegid.Call();
+}
+
+int access(const char* name, int mode) noexcept
+{
+    return platform.access.Call(name, mode);
 }
 
 int open(const char* name, int flags, ...)

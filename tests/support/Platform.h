@@ -134,6 +134,9 @@ struct Platform
     Replaceable<int(int)> isalpha{"isalpha"};
     Replaceable<int(int)> isprint{"isprint"};
 
+    Replaceable<uid_t()> geteuid{"geteuid"};
+    Replaceable<gid_t()> getegid{"getegid"};
+    Replaceable<int(const char*, int)> access{"access"};
     Replaceable<int(const char*, int, mode_t)> open{"open"};
     Replaceable<int(int, struct stat*)> fstat{"fstat"};
     Replaceable<ssize_t(int, const void*, std::size_t)> write{"write"};
