@@ -14,10 +14,10 @@
 //
 //   ENLARGED   After T0 come newlines, page by page, and on the last page the trailer, an instruction
 //              or a comment with a copy of T0.
-//                  ...</trac|e-4242>\n\n\n\n\n\n|\n\n\n\n\n<?x ]]>T0<?x ?>
+//                  ...</trace-42|42>\n\n\n\n\n\n\n|\n\n\n\n<?x ]]>T0<?x ?>
 //   COVERED    An opening is in the place of the first bytes of T0: one page. The section that it begins
 //              ends in the trailer, where T0 follows.
-//                  ...<![CDATA[a|ce-4242>\n\n\n\n\n|\n\n\n\n\n<?x ]]>T0<?x ?>
+//                  ...<![CDATA[2|42>\n\n\n\n\n\n\n|\n\n\n\n<?x ]]>T0<?x ?>
 //   HIDDEN     The true bytes are in the section, however many of their pages.
 //                  ...<![CDATA[M|MMMMMMMMMMMMMMMMMM|MMMMM<?x ]]>T0<?x ?>
 //   COMMITTED  The opening has been replaced, one page: this is the new document.
