@@ -3,6 +3,7 @@
 #include "support/FileChanges.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <utility>
 
@@ -23,6 +24,17 @@ void ForEachPart(const FileChange& write, Visit visit)
         next = std::min((page + 1) * pageSize, end);
         visit(page, begin, write.bytes.substr(begin - write.offset, next - begin));
     }
+}
+
+bool ComesFromTwoPages(const FileChange& write, const void* memory)
+{
+    const auto from = reinterpret_cast<std::uintptr_t>(memory);
+    bool doesOne = false;
+    ForEachPart(write, [&](std::size_t, std::size_t offset, const std::string& bytes) {
+        const std::uintptr_t first = from + (offset - write.offset);
+        doesOne = doesOne || first / pageSize != (first + bytes.size() - 1) / pageSize;
+    });
+    return doesOne;
 }
 
 }  // namespace
@@ -49,6 +61,7 @@ FileChanges::FileChanges(std::function<unsigned int()> told)
           if (written > 0) {
               const auto length = static_cast<std::size_t>(written);
               Add(FileChange::Kind::Write, offset, {static_cast<const char*>(bytes), length});
+              changes.back().fromTwoPages = ComesFromTwoPages(changes.back(), bytes);
           }
           return written;
       })),

@@ -29,6 +29,10 @@ struct FileChange
     std::size_t offset = 0;  ///< of a write; where a cut leaves the end
     std::string bytes{};
     unsigned int note = 0;  ///< what the recorder's `note` said when it came
+
+    /// Of a write: a page of the file comes from two pages of memory, between which the kernel stops when
+    /// it has to bring in the second one.
+    bool fromTwoPages = false;
 };
 
 /// Makes a change of the first `length` bytes of its text, as a system does that doesn't die.
