@@ -138,8 +138,10 @@ int main(int argc, char** argv)
         }
     }
     std::printf(
-        "%u logs on machines that died: %u states of the disk, %u with zeros at the end, %u rejected "
-        "or without a call; without one of %u synchronisations %u broken\n",
-        number, figures.states, figures.withZeros, figures.lost, leftOut.tried, leftOut.missed);
+        "%u logs on machines that died: %u states of the disk, %u with zeros at the end, "
+        "%u rejected or without a call; of %u synchronisations left out in turn %u leave a broken "
+        "state, %u after a write don't\n",
+        number, figures.states, figures.withZeros, figures.lost, leftOut.tried, leftOut.missed,
+        leftOut.unnoticed);
     return figures.states > 0 && figures.lost == 0 && leftOut.unnoticed == 0 ? 0 : 1;
 }
