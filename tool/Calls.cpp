@@ -19,7 +19,7 @@ using namespace ScrivelReader;
 namespace
 {
 
-class Calls final : public Action
+class Calls final : public ReadingAction
 {
 public:
     explicit Calls(Options& options)
@@ -32,19 +32,15 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         bool trouble = false;
         bool found = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
-            OneLog log(*this, *chosen, terminal, path, paths.size() > 1);
+            OneLog log(*this, chosen, terminal, path, paths.size() > 1);
             ReadOptions options;
-            if (!logs.Json() && !chosen->NeedsContents())
+            if (!logs.Json() && !chosen.NeedsContents())
                 options.limits = LineLimits();
             const auto end = ReadLog(path, log, options, terminal);
             log.PrintLast();
@@ -149,8 +145,6 @@ private:
         bool found = false;
     };
 
-    LogArguments logs;
-    FilterArguments filter;
     std::uint64_t last = 0;
     std::uint64_t context = 0;
 };

@@ -301,7 +301,7 @@ private:
     Offenders slow;
 };
 
-class Check final : public Action
+class Check final : public ReadingAction
 {
 public:
     explicit Check(Options& options)
@@ -316,13 +316,8 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen) {
-            return Exit::Trouble;
-        }
         if (!bounds.tookText.empty()) {
             bounds.took = ParseDuration(bounds.tookText);
             if (!bounds.took) {
@@ -332,13 +327,13 @@ public:
             }
         }
         ReadOptions options;
-        options.contents = bounds.Any() && chosen->NeedsContents();
+        options.contents = bounds.Any() && chosen.NeedsContents();
 
         bool trouble = false;
         bool passed = true;
         std::vector<JUnitSuite> suites;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
-            OneLog log(bounds, *chosen, path, logs.Json(), terminal);
+            OneLog log(bounds, chosen, path, logs.Json(), terminal);
             const auto end = ReadFile(path, log, options, terminal);
             suites.push_back({path, {}});
             if (end) {
@@ -366,8 +361,6 @@ private:
         return true;
     }
 
-    LogArguments logs;
-    FilterArguments filter;
     Bounds bounds;
     std::string junit;
 };

@@ -493,7 +493,7 @@ std::vector<std::size_t> BytesThatDiffer(std::string_view left, std::string_view
     return offsets;
 }
 
-class Diff final : public Action
+class Diff final : public ReadingAction
 {
 public:
     explicit Diff(Options& options)
@@ -512,11 +512,9 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen || !Understand(terminal))
+        if (!Understand(terminal))
             return Exit::Trouble;
         bool trouble = false;
         std::vector<std::string> leftPaths;
@@ -540,8 +538,8 @@ public:
                 continue;
             }
             const bool withTimes = question == Question::Times;
-            trouble = !first->Read(rules, *chosen, names, withTimes, terminal) || trouble;
-            trouble = !second->Read(rules, *chosen, names, withTimes, terminal) || trouble;
+            trouble = !first->Read(rules, chosen, names, withTimes, terminal) || trouble;
+            trouble = !second->Read(rules, chosen, names, withTimes, terminal) || trouble;
             pairs.emplace_back(*first, *second);
             pairs.back().Align(question, renaming);
         }
@@ -980,8 +978,6 @@ private:
         terminal.Print(JsonLine(object));
     }
 
-    LogArguments logs;
-    FilterArguments filter;
     std::vector<std::string> others;
     std::vector<std::string> ignored;
     bool results = false;

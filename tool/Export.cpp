@@ -193,12 +193,7 @@ public:
         ReadOptions options;
         options.contents = false;
         LogReader reader(*this, options);
-        std::vector<char> buffer(64 * 1024);
-        for (auto got = input->Read(buffer.data(), buffer.size()); got && *got != 0;
-             got = input->Read(buffer.data(), buffer.size())) {
-            reader.Feed({buffer.data(), *got});
-            terminal.Progress(path, input->Consumed(), input->Size());
-        }
+        Feed(reader, *input, path, terminal);
         reader.Finish();
         start = StartOf(time, last, path);
         std::error_code code;
@@ -227,7 +222,7 @@ private:
     std::optional<LogStart> start;
 };
 
-class Export final : public Action
+class Export final : public ReadingAction
 {
 public:
     explicit Export(Options& options)
@@ -240,13 +235,9 @@ public:
         filter.AddTo(options, "--until");
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
         terminal.ForbidPager();
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         if (to.empty() || (to == "sqlite" && output.empty())) {
             terminal.Error(to.empty() ? "--to is missing: chrome, jsonl, csv or sqlite"
                                       : "a database is a file: name it by -o");
@@ -270,8 +261,8 @@ public:
                 terminal.Print(text);
         };
         bool found = false;
-        const bool isWritten = to == "sqlite" ? SaveTables(paths, *chosen, write, terminal, trouble)
-                                              : WriteAll(paths, *chosen, write, terminal, trouble, found);
+        const bool isWritten = to == "sqlite" ? SaveTables(paths, chosen, write, terminal, trouble)
+                                              : WriteAll(paths, chosen, write, terminal, trouble, found);
         if (!isWritten)
             return Exit::Trouble;
         if (file != nullptr && !file->Finish()) {
@@ -341,8 +332,6 @@ private:
         return std::make_unique<TraceEvents>(write);
     }
 
-    LogArguments logs;
-    FilterArguments filter;
     std::string to;
     std::string output;
     bool force = false;

@@ -40,7 +40,7 @@ constexpr std::chrono::seconds changingAtMost(3);
 constexpr std::size_t mostLive = 8;
 constexpr std::size_t mostNames = 4096;
 
-class Follow final : public Action
+class Follow final : public ReadingAction
 {
 public:
     explicit Follow(Options& options)
@@ -52,13 +52,9 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
         terminal.ForbidPager();
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         if (logs.Paths().size() != 1) {
             terminal.Error("one log is followed at a time");
             return Exit::Trouble;
@@ -67,7 +63,7 @@ public:
         bool found = false;
         bool toSkip = !all;
         while (true) {
-            OneLog log(*this, *chosen, terminal, path, toSkip);
+            OneLog log(*this, chosen, terminal, path, toSkip);
             const auto next = log.Run();
             found = found || log.Found();
             if (log.Failed())
@@ -354,8 +350,6 @@ private:
         bool failed = false;
     };
 
-    LogArguments logs;
-    FilterArguments filter;
     std::uint64_t last = 10;
     bool all = false;
 };

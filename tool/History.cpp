@@ -66,7 +66,7 @@ std::optional<Asked> ParseAsked(const std::string& text)
     return asked;
 }
 
-class History final : public Action
+class History final : public ReadingAction
 {
 public:
     explicit History(Options& options)
@@ -78,12 +78,8 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         const auto asked = ParseAsked(what);
         if (!asked) {
             terminal.Error("\"" + what + "\" is no address: 0x3000, Memory:0x3000, 0x3000+16");
@@ -95,7 +91,7 @@ public:
         std::set<std::string> names;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
-            OneLog log(*this, *asked, *chosen, terminal, path);
+            OneLog log(*this, *asked, chosen, terminal, path);
             const auto end = ReadLog(path, log, OptionsForKnowledge(), terminal);
             trouble = trouble || !end;
             if (!logs.Json())
@@ -344,8 +340,6 @@ private:
     };
 
     std::string what;
-    LogArguments logs;
-    FilterArguments filter;
 };
 
 }  // namespace

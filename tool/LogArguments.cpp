@@ -2,6 +2,8 @@
 
 #include "LogArguments.h"
 
+#include <utility>
+
 #include "Options.h"
 
 namespace ScrivelTool
@@ -76,6 +78,25 @@ std::optional<CallFilter> FilterArguments::Make(Terminal& terminal) const
     return filter;
 }
 
+Exit ReadingAction::Run(Terminal& terminal)
+{
+    logs.Prepare(terminal);
+    auto chosen = filter.Make(terminal);
+    return chosen ? Read(std::move(*chosen), terminal) : Exit::Trouble;
+}
+
+bool Feed(LogReader& reader, LogInput& input, const std::string& path, Terminal& terminal)
+{
+    std::vector<char> buffer(64 * 1024);
+    while (true) {
+        const std::optional<std::size_t> got = input.Read(buffer.data(), buffer.size());
+        if (!got || *got == 0)
+            return got.has_value();
+        reader.Feed({buffer.data(), *got});
+        terminal.Progress(path, input.Consumed(), input.Size());
+    }
+}
+
 namespace
 {
 
@@ -83,20 +104,13 @@ std::optional<LogEnd> ReadToEnd(LogInput& input, const std::string& path, LogHan
                                 const ReadOptions& options, Terminal& terminal)
 {
     LogReader reader(handler, options);
-    std::vector<char> buffer(64 * 1024);
-    while (true) {
-        const std::optional<std::size_t> got = input.Read(buffer.data(), buffer.size());
-        if (!got || *got == 0) {
-            const LogEnd end = reader.Finish();
-            terminal.EndProgress();
-            if (got)
-                return end;
-            terminal.Error(path, {}, input.Error());
-            return {};
-        }
-        reader.Feed({buffer.data(), *got});
-        terminal.Progress(path, input.Consumed(), input.Size());
-    }
+    const bool isRead = Feed(reader, input, path, terminal);
+    const LogEnd end = reader.Finish();
+    terminal.EndProgress();
+    if (isRead)
+        return end;
+    terminal.Error(path, {}, input.Error());
+    return {};
 }
 
 std::unique_ptr<LogInput> Open(const std::string& path, Terminal& terminal)

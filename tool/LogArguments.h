@@ -63,6 +63,25 @@ private:
     ScrivelReader::FilterText text;
 };
 
+/// A command that reads the calls that a filter leaves. It adds the options of its members.
+class ReadingAction : public Action
+{
+public:
+    /// Reads, when the line's filter is understood.
+    Exit Run(Terminal& terminal) final;
+
+protected:
+    virtual Exit Read(ScrivelReader::CallFilter chosen, Terminal& terminal) = 0;
+
+    LogArguments logs;
+    FilterArguments filter;
+};
+
+/// Gives a reader all of a log, and shows how far it is. False when the log can't be read to its end,
+/// which the input tells.
+bool Feed(ScrivelReader::LogReader& reader, ScrivelReader::LogInput& input, const std::string& path,
+          Terminal& terminal);
+
 /// Reads one log to its end and hands it to the handler. Nothing when it can't be read or is no log,
 /// which was told; what was read until then was handed out.
 std::optional<ScrivelReader::LogEnd> ReadLog(const std::string& path, ScrivelReader::LogHandler& handler,

@@ -122,7 +122,7 @@ bool GoesOn(int descriptor, std::uint64_t offset, const std::string& name, std::
     return false;
 }
 
-class Show final : public Action
+class Show final : public ReadingAction
 {
 public:
     explicit Show(Options& options)
@@ -135,12 +135,8 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         if (!ParseNumber()) {
             terminal.Error("\"" + text +
                            "\" is no number of a call: 68, or 68#2 for the second one of it");
@@ -162,7 +158,7 @@ public:
             // How many calls of its number came before it, only the whole log can tell; and a filter
             // which thread it is and what it is within.
             const bool within =
-                !scan && !occurrence && chosen->MatchesAll() && FindNear(descriptor, size, finder);
+                !scan && !occurrence && chosen.MatchesAll() && FindNear(descriptor, size, finder);
             std::optional<Finder> second;
             if (!within) {
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
@@ -173,7 +169,7 @@ public:
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
-                if (!chosen->Matches(call) || (occurrence && call.occurrence != *occurrence))
+                if (!chosen.Matches(call) || (occurrence && call.occurrence != *occurrence))
                     continue;
                 found = true;
                 if (xml)
@@ -347,8 +343,6 @@ private:
     std::optional<std::uint32_t> occurrence;
     bool xml = false;
     bool scan = false;
-    LogArguments logs;
-    FilterArguments filter;
 };
 
 }  // namespace

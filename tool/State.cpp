@@ -23,7 +23,7 @@ namespace
 constexpr std::size_t bytesInALine = 16;
 constexpr std::size_t mostLinesOfAPlace = 16;
 
-class State final : public Action
+class State final : public ReadingAction
 {
 public:
     explicit State(Options& options)
@@ -34,17 +34,13 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         bool trouble = false;
         bool found = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
-            OneLog log(at, *chosen, terminal, path);
+            OneLog log(at, chosen, terminal, path);
             const auto end = ReadLog(path, log, OptionsForKnowledge(), terminal);
             trouble = trouble || !end;
             if (!log.Reached())
@@ -272,8 +268,6 @@ private:
     };
 
     std::optional<std::uint64_t> at;
-    LogArguments logs;
-    FilterArguments filter;
 };
 
 }  // namespace

@@ -121,7 +121,7 @@ std::string ShortDuration(std::int64_t nanoseconds)
     return text;
 }
 
-class Stats final : public Action
+class Stats final : public ReadingAction
 {
 public:
     explicit Stats(Options& options)
@@ -139,19 +139,15 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         bool trouble = false;
         Groups groups;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
-            OneLog log(*this, *chosen, groups, terminal, path);
+            OneLog log(*this, chosen, groups, terminal, path);
             ReadOptions options;
-            options.contents = chosen->NeedsContents();
+            options.contents = chosen.NeedsContents();
             const auto end = ReadLog(path, log, options, terminal);
             trouble = trouble || !end;
         }
@@ -471,8 +467,6 @@ private:
         }
     }
 
-    LogArguments logs;
-    FilterArguments filter;
     std::string by = "name";
     std::string sort = "total";
     bool gaps = false;

@@ -27,7 +27,7 @@ std::string ThreadText(const Call& call)
     return call.thread == 0 ? "" : "T" + std::to_string(call.thread) + "  ";
 }
 
-class Summary final : public Action
+class Summary final : public ReadingAction
 {
 public:
     explicit Summary(Options& options)
@@ -37,18 +37,14 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        const auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
         bool trouble = false;
         bool allWhole = true;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         std::vector<Row> rows;
         for (const std::string& path : paths) {
-            const auto log = ReadOverview(path, *chosen, terminal);
+            const auto log = ReadOverview(path, chosen, terminal);
             if (log == nullptr) {
                 trouble = true;
                 continue;
@@ -342,9 +338,6 @@ private:
         }
         return object;
     }
-
-    LogArguments logs;
-    FilterArguments filter;
 };
 
 }  // namespace

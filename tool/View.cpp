@@ -20,7 +20,7 @@ using namespace ScrivelReader;
 namespace
 {
 
-class View final : public Action
+class View final : public ReadingAction
 {
 public:
     explicit View(Options& options)
@@ -33,13 +33,9 @@ public:
         filter.AddTo(options);
     }
 
-    Exit Run(Terminal& terminal) override
+    Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        logs.Prepare(terminal);
-        auto chosen = filter.Make(terminal);
-        if (!chosen)
-            return Exit::Trouble;
-        page.filter = std::move(*chosen);
+        page.filter = std::move(chosen);
         bool trouble = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         std::string error;
@@ -63,8 +59,6 @@ public:
     }
 
 private:
-    LogArguments logs;
-    FilterArguments filter;
     std::string output;
     bool force = false;
     PageOptions page;
