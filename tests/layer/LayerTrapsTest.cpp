@@ -280,7 +280,7 @@ bool InChild(Succeeds succeeds)
 {
     const pid_t child = fork();
     if (child == 0) {
-        alarm(20);
+        alarm(120);
         _exit(succeeds() ? 0 : 1);
     }
     int status = 0;

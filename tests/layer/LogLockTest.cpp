@@ -67,7 +67,7 @@ int StatusOf(const std::function<void()>& work)
 {
     const pid_t child = fork();
     if (child == 0) {
-        alarm(20);
+        alarm(120);
         work();
         _exit(0);
     }
