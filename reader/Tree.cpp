@@ -34,6 +34,12 @@ bool IsBlank(std::string_view text)
                        [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
 }
 
+bool IsItem(std::string_view name)
+{
+    return name.size() == itemName.size() &&
+           std::memcmp(name.data(), itemName.data(), itemName.size()) == 0;
+}
+
 /// The byte that 0xNN is, or -1.
 int ByteOf(std::string_view text)
 {
@@ -50,9 +56,12 @@ int ByteOf(std::string_view text)
 
 Tree::Element Tree::Element::Find(std::string_view name) const
 {
-    for (Element child : Children())
-        if (child.Name() == name)
+    for (Element child : Children()) {
+        // Most names differ in how they begin, which is seen at once.
+        const std::string_view own = child.Name();
+        if (own.size() == name.size() && (name.empty() || own.front() == name.front()) && own == name)
             return child;
+    }
     return {nullptr, 0};
 }
 
@@ -121,7 +130,7 @@ void Tree::Begin(std::string_view name, const Limits& limits)
     }
     if (!open.empty()) {
         KeepStrayText();
-        if (records[open.back()].kind == Kind::Bytes && name != itemName)
+        if (records[open.back()].kind == Kind::Bytes && !IsItem(name))
             Unfold(open.back());
         Record& parent = records[open.back()];
         if (parent.kind == Kind::Text)
@@ -133,7 +142,7 @@ void Tree::Begin(std::string_view name, const Limits& limits)
             ++skipped;
             return;
         }
-        itemBegun = (parent.kind == Kind::Bytes || parent.count == 1) && name == itemName;
+        itemBegun = (parent.kind == Kind::Bytes || parent.count == 1) && IsItem(name);
     }
     if (!itemBegun) {
         open.push_back(std::uint32_t(records.size()));

@@ -29,9 +29,9 @@ bool StartsWith(std::string_view text, std::string_view begin)
 
 void MakePrintable(std::string& text, std::size_t from)
 {
-    std::replace_if(
-        text.begin() + std::ptrdiff_t(from), text.end(),
-        [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f; }, '?');
+    const auto begin = text.begin() + std::ptrdiff_t(from);
+    std::transform(begin, text.end(), begin,
+                   [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f ? '?' : c; });
 }
 
 /// Whether a value is an enumerator that says enough without its field's name.
