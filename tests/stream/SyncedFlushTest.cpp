@@ -244,6 +244,7 @@ TEST_F(SyncedFlush, AnySynchronisationOfPiecesMayFail)
 {
     log.SetMostInMemory(4 * pageSize);
     for (unsigned int toFail = 1;; ++toFail) {
+        ASSERT_LT(toFail, 200U);
         const std::string document = Begin(pageSize - 30) + endTag;
         Watch(
             [&] {
