@@ -1,5 +1,6 @@
 // Characters, numbers, addresses and texts, and how they are escaped.
 
+#include "format/Characters.h"
 #include "support/GeneratorTest.h"
 
 #include <cstdio>
@@ -22,6 +23,17 @@ std::string HexPiece(int byte)
     char piece[8];
     std::snprintf(piece, sizeof piece, "\\x%02x", static_cast<unsigned int>(byte));
     return piece;
+}
+
+TEST_F(Escaping, EachHexadecimalDigitHasItsValueBackAndNoOtherCharacterHasOne)
+{
+    const std::string digits = "0123456789abcdef";
+    for (int c = 0; c < 256; ++c) {
+        const auto place = digits.find(static_cast<char>(c));
+        EXPECT_EQ(Scrivel2::HexValue(static_cast<char>(c)),
+                  place == std::string::npos ? -1 : static_cast<int>(place))
+            << c;
+    }
 }
 
 // ---- Null pointers, addresses -------------------------------------------------------------------

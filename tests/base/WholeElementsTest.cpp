@@ -1,6 +1,7 @@
 // Elements put down whole: by which objects, and the moments at which that would make a difference and is
 // not done. That every writer writes the same both ways is what the fixture compares in all tests.
 
+#include "base/ElementForms.h"
 #include "support/GeneratorTest.h"
 #include "support/Memory.h"
 
@@ -177,6 +178,71 @@ TEST_F(WholeElements, HexadecimalLeavesZerosToFillWith)
               "001\n"
               "    <b>0x01</b>\n"
               "001\n");
+}
+
+/// Writes a record of five numbers, one of them in hexadecimal.
+struct Recording : Scrivel2XmlGenRun
+{
+    explicit Recording(const char* name) : Scrivel2XmlGenRun(name) { KeepsTags<Recording>(); }
+
+    template <std::size_t place>
+    void WriteNumbers()
+    {
+        using Scrivel2::Field;
+        WriteRecord("r", Field{"a", Number<place == 0>()}, Field{"b", Number<place == 1>()},
+                    Field{"c", Number<place == 2>()}, Field{"d", Number<place == 3>()},
+                    Field{"e", Number<place == 4>()});
+    }
+
+    template <bool isHex>
+    static auto Number()
+    {
+        if constexpr (isHex) {
+            return Scrivel2::Hex{10, 2};
+        } else {
+            return Scrivel2::Decimal{10};
+        }
+    }
+
+    char FillOfStream() const { return logFile.fill(); }
+};
+
+/// What the stream fills with after a record with a hexadecimal number in that place.
+template <std::size_t place>
+char FillAfterARecord()
+{
+    Recording log("trace");
+    log.StartLogging();
+    EXPECT_EQ(log.FillOfStream(), ' ');
+    log.WriteNumbers<place>();
+    return log.FillOfStream();
+}
+
+TEST_F(WholeElements, RecordWithAHexadecimalNumberLeavesZerosToFillWith)
+{
+    EXPECT_EQ(FillAfterARecord<0>(), '0');
+    EXPECT_EQ(FillAfterARecord<1>(), '0');
+    EXPECT_EQ(FillAfterARecord<2>(), '0');
+    EXPECT_EQ(FillAfterARecord<3>(), '0');
+    EXPECT_EQ(FillAfterARecord<4>(), '0');
+    EXPECT_EQ(Written<Recording>([](auto& log) {
+                  log.template WriteNumbers<4>();
+                  log.template WriteNumbers<0>();
+              }),
+              "    <r>\n"
+              "        <a>10</a>\n"
+              "        <b>10</b>\n"
+              "        <c>10</c>\n"
+              "        <d>10</d>\n"
+              "        <e>0x0a</e>\n"
+              "    </r>\n"
+              "    <r>\n"
+              "        <a>0x0a</a>\n"
+              "        <b>10</b>\n"
+              "        <c>10</c>\n"
+              "        <d>10</d>\n"
+              "        <e>10</e>\n"
+              "    </r>\n");
 }
 
 TEST_F(WholeElements, FailedStreamGetsNothing)

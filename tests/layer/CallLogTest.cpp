@@ -186,6 +186,17 @@ TEST_F(LearnedNames, NullListsTeachNothing)
     EXPECT_EQ(Written(), "reg/regNumber unknown memSpaceInfo");
 }
 
+TEST_F(LearnedNames, ListsFromWithinACallableTeachNothing)
+{
+    const auto reg = Register(10, "a0");
+    const auto space = Space(1, "RAM");
+    const LoggedCall call(log, "c", [&](auto&) {
+        log.LearnRegisters(&reg, 1);
+        log.LearnMemSpaces(&space, 1);
+    });
+    EXPECT_EQ(Written(), "reg/regNumber unknown memSpaceInfo");
+}
+
 TEST_F(LearnedNames, NameThatFillsItsFieldIsTakenWhole)
 {
     auto reg = Register(10, "");

@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 using namespace Scrivel2;
 using ScrivelTest::Environment;
@@ -120,6 +121,18 @@ TEST_F(LogFiles, EmptyEnvironmentSaysNothing)
     EXPECT_EQ(FileOf("run", InFolder("out")), "out/run-4242.xml");
 }
 
+TEST_F(LogFiles, EnvironmentOfAProgramWithOtherRightsThanItsUsersSaysNothing)
+{
+    const Environment folder("SCRIVEL_LOG_DIR", "mine");
+    platform.geteuid.Use([] { return getuid() + 1; });
+    EXPECT_EQ(FileOf("run"), "run-4242.xml");
+    platform.geteuid.Reset();
+    platform.getegid.Use([] { return getgid() + 1; });
+    EXPECT_EQ(FileOf("other"), "other-4242.xml");
+    platform.getegid.Reset();
+    EXPECT_EQ(FileOf("run"), "mine/run-4242.xml");
+}
+
 TEST_F(LogFiles, FolderThatCannotBeMadeIsReportedByItsNameAndCallsAreTaken)
 {
     std::ofstream("logs") << "a file";
@@ -192,6 +205,34 @@ TEST_F(StartOfALog, HeaderThatCannotBeWrittenLeavesNoFile)
         EXPECT_EQ(FileCount(), 0U);
         platform.pwrite.Reset();
     }
+}
+
+TEST_F(StartOfALog, FileThatTakesNothingIsReportedAlthoughTheSystemGivesNoReason)
+{
+    platform.pwrite.Use([](int, const void*, std::size_t, off_t) -> ssize_t {
+        errno = 0;
+        return 0;
+    });
+    testing::internal::CaptureStderr();
+    const RunLog log("run");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Scrivel: Unable to open logfile \"run-4242.xml\".\n"
+              "    Error given by OS: Input/output error\n");
+    EXPECT_EQ(FileCount(), 0U);
+}
+
+TEST_F(StartOfALog, DirectoryThatIsGoneIsReported)
+{
+    const fs::path before = fs::current_path();
+    fs::create_directory("gone");
+    fs::current_path("gone");
+    fs::remove(before / "gone");
+    testing::internal::CaptureStderr();
+    RunLog log("run");
+    fs::current_path(before);
+    const std::string report = "Scrivel: Unable to open logfile \"run-4242.xml\".\n";
+    EXPECT_EQ(testing::internal::GetCapturedStderr().substr(0, report.size()), report);
+    EXPECT_FALSE(log.IsGood());
 }
 
 TEST_F(StartOfALog, LogHasItsNameAtOnceWhereFilesCannotBeWithoutOne)

@@ -77,6 +77,7 @@ TEST_F(LogNames, CommentTextTakesTheEndOfAnInstructionApart)
     EXPECT_EQ(CommentText("<?x ?>"), "<?x ? >");
     EXPECT_EQ(CommentText("?>?>"), "? >? >");
     EXPECT_EQ(CommentText("?"), "?");
+    EXPECT_EQ(CommentText(">a>"), ">a>");
 }
 
 TEST_F(LogNames, CommentTextWritesWhatXmlDoesNotAllowAsNumbers)

@@ -288,6 +288,17 @@ TEST_F(LoggedCalls, CallAfterTheEndOfTheLogIsNotLogged)
     EXPECT_EQ(InRunFile(), RunFile("\n<!-- Log ended -->\n\n"));
 }
 
+TEST_F(LoggedCalls, CallWhoseLogEndsBeforeItsArgumentsStaysAsItIs)
+{
+    LoggedCall call(log, "CADIExecStop");
+    log.EndLogging();
+    const std::string ended = InRunFile();
+    call.Arguments([](auto&) { FAIL() << "nothing to write to"; });
+    call.Results([](auto&) { FAIL() << "nothing to write to"; });
+    EXPECT_EQ(call.Number(), 1U);
+    EXPECT_EQ(InRunFile(), ended);
+}
+
 TEST_F(LoggedCalls, CommentStandsAmongTheArguments)
 {
     LoggedCall call(log, "CADIMemRead", [](auto& xml) {
