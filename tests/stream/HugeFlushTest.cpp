@@ -276,25 +276,25 @@ TEST_F(SmallPieces, TextThatWouldEndItsHidingIsWrittenOverTheTail)
 
 TEST_F(SmallPieces, EndOfAnInstructionOrASectionAcrossTwoPiecesIsSeen)
 {
-    constexpr std::size_t firstPiece = 3 * pageSize / 4 * 3;  // a quarter stays in memory
+    constexpr std::size_t twoPieces = 2 * (3 * pageSize / 4 * 3);  // a quarter stays in memory
     const struct
     {
         std::size_t before;
         const char* ending;
     } cases[] = {{100, "?>"}, {pageSize - 3, "]]>"}};
     for (const auto& [before, ending] : cases) {
-        for (std::size_t first = firstPiece - 30; first < firstPiece + 10; ++first) {
+        for (std::size_t first = twoPieces - 30; first < twoPieces + 10; ++first) {
             const std::string document = Begin(before, "<bbbbb/>\n");
             log.SetMostInMemory(limit);
             log.seekp(static_cast<std::streamoff>(document.size()));
-            const std::string text = "<!-- " + std::string(first, 'x') + ending + " -->";
+            const std::string text =
+                "<!-- " + std::string(first, 'x') + ending + " -->" + Element(30'000);
             for (const char character : text) {
                 log.put(character);
             }
-            const std::string after = WriteElements(30);
             ASSERT_TRUE(IsOverTheTail(document)) << ending << first;
             log << endTag << std::flush;
-            ASSERT_TRUE(File() == document + text + after + endTag) << ending << first;
+            ASSERT_TRUE(File() == document + text + endTag) << ending << first;
         }
     }
 }
@@ -373,8 +373,10 @@ TEST_F(SmallPieces, TextAfterAPlaceThatWasSoughtIsWrittenFromThere)
     log << std::string(10'000, 'a');
     log.seekp(static_cast<std::streamoff>(document.size() + 8000));
     log.Append(std::string(9000, 'b'));
+    const std::string text = WriteElements(20);
+    EXPECT_TRUE(IsOverTheTail(document));
     log << endTag << std::flush;
-    EXPECT_TRUE(File() == document + std::string(8000, 'a') + std::string(9000, 'b') + endTag);
+    EXPECT_TRUE(File() == document + std::string(8000, 'a') + std::string(9000, 'b') + text + endTag);
 }
 
 TEST_F(SmallPieces, TrailerThatCantBeCutStaysAfterTheNewDocument)
@@ -524,7 +526,7 @@ TEST_F(SmallPieces, TextOverTheTailIsDroppedToo)
     const std::string old = Begin(100) + endTag;
     log.SetMostInMemory(limit);
     log.seekp(-7, std::ios_base::end);
-    const std::string kept = "<c/><?y ?>" + std::string(1000, ' ');
+    const std::string kept = std::string(1000, ' ') + "<c/><?y ?>";
     log << kept;
     const std::streamoff place = log.tellp();
     for (int i = 0; i < 3000; ++i) {
