@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# What scripts/test says, and that it tells an old CMake in one line. CMake and CTest are made up here.
+# What scripts/test says, that it tells an old CMake in one line, and with what it builds where the path has
+# an apostrophe. CMake and CTest are made up here.
 set -euo pipefail
 
 source_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -20,6 +21,7 @@ cat >"$scratch/bin/cmake" <<'CMAKE'
 #!/bin/sh
 case "$*" in
   --version) echo "cmake version ${CMAKE_IS:-3.25.1}" ;;
+  --preset*) printf '%s\n' "$*" >>"$CONFIGURED" ;;
   --build*)
     seq -f "[%g/2000] Building" 2000
     case "$*" in *"--preset $UNBUILDABLE "*) printf 'FAILED: x.o\nx.cpp:1: error\n'; exit 1 ;; esac ;;
@@ -43,8 +45,8 @@ said() {
     shift
   done
   shift
-  env PATH="$scratch/bin:$PATH" UNBUILDABLE=none RED=none "${environment[@]}" \
-    "$checkout/scripts/test" "$@" >"$scratch/said" 2>&1 || status=$?
+  env PATH="$scratch/bin:$PATH" CONFIGURED="$scratch/configured" UNBUILDABLE=none RED=none \
+    "${environment[@]}" "$checkout/scripts/test" "$@" >"$scratch/said" 2>&1 || status=$?
   echo "$status"
 }
 
@@ -56,6 +58,9 @@ said() {
   fail "The last lines don't tell that all presets passed."
 (($(wc -l <"$scratch/said") < 50)) || fail "The lines of the builds are not kept in a file."
 (($(wc -l <"$checkout/build/clang.build.log") == 2000)) || fail "The file hasn't the lines of the build."
+
+(($(grep -c -- '^--preset .* -G Unix Makefiles$' "$scratch/configured") == 4)) ||
+  fail "Where the path has an apostrophe, Ninja would make all anew each time."
 
 [[ $(said -- dev) == 0 ]] || fail "One preset that passes ends with another status."
 [[ $(head -n 1 "$scratch/said") == "==== dev" ]] || fail "The short run is told to take long."
