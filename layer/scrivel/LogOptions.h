@@ -56,8 +56,8 @@ struct LogOptions
     std::uint64_t fileSize = 0;
 
     /// What the log outlives as a document, with all calls that have been written: the death of its
-    /// process, or that of the machine, too. Then each flush waits for the disk, at least once, and once
-    /// a page and a few times more where it spans pages; a disk that can't do that makes the log fail.
+    /// process, or that of the machine, too. Then each flush waits for the disk, twice, and once a page
+    /// and a few times more where it spans pages; a disk that can't do that makes the log fail.
     /// SCRIVEL_LOG_DURABILITY=machine and SCRIVEL_LOG_DURABILITY=process take the place of this.
     Durability durability = Durability::Process;
 };

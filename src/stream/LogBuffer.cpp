@@ -360,12 +360,12 @@ bool LogBuffer::MoveTo(off_t target)
     return true;
 }
 
-/// Extends the text to an earlier or later place, if that can be done; the put pointer stays in its
+/// Extends the text to begin at an earlier place, if that can be done; the put pointer stays in its
 /// place.
-void LogBuffer::BeginEarlier(off_t place)
+void LogBuffer::BeginEarlier(off_t start)
 {
     const off_t position = Position();
-    if (MoveTo(place)) {
+    if (MoveTo(start)) {
         MoveTo(position);
     }
 }
@@ -509,7 +509,8 @@ SteppedFlush::Outcome LogBuffer::WriteInSteps(Steps steps)
     return steps.Run();
 }
 
-/// Lets the file be what it was when a flush in steps has failed. Returns whether it has not.
+/// After a flush in steps: where it has failed, makes the file what it was before. Returns whether it has
+/// succeeded.
 bool LogBuffer::Finish(SteppedFlush::Outcome outcome)
 {
     if (outcome == SteppedFlush::Outcome::TailStands) {
@@ -524,9 +525,6 @@ bool LogBuffer::WriteInOneGo()
 {
     if (file.Write(Text().All(), textStart)) {
         return true;
-    }
-    if (file.Synchronises()) {
-        BlankText();
     }
     PutTailBack();
     return false;
@@ -548,6 +546,9 @@ void LogBuffer::BlankText()
 /// After a failed write: the file is again what the last flush left.
 void LogBuffer::PutTailBack()
 {
+    if (file.Synchronises()) {
+        BlankText();
+    }
     tail.PutBack(textStart);
 }
 

@@ -3,6 +3,8 @@
 
 #include "stream/OpenFile.h"
 
+#include "stream/FlushText.h"
+
 #include <cassert>
 #include <cerrno>
 #include <string>
@@ -255,6 +257,18 @@ bool OpenFile::CutAt(off_t end)
     assert(change != nullptr);
     return Uninterrupted([&] { return ftruncate(descriptor, end); }) == 0 &&
            (!synchronises || Synchronise());
+}
+
+bool OpenFile::CutTrailerAt(off_t end)
+{
+    return (!synchronises || CutPagesAfter(end)) && CutAt(end);
+}
+
+bool OpenFile::CutPagesAfter(off_t end)
+{
+    struct stat status;
+    const off_t pageEnd = PageEnd(end);
+    return fstat(descriptor, &status) == 0 && (status.st_size <= pageEnd || CutAt(pageEnd));
 }
 
 /// One that has failed is not repeated: the kernel may have dropped what it could not write, and a second

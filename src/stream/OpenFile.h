@@ -67,11 +67,15 @@ public:
         sigset_t signalsBefore;
     };
 
-    // Each of these is done wholly, or false. The last two belong to a change. A write that is to survive
-    // the machine is on the disk when it is done; of one that was under way, any pages may be.
+    // Each of these is done wholly, or false. All but the first belong to a change. A write that is to
+    // survive the machine is on the disk when it is done; of one that was under way, any pages may be.
     bool Read(char* out, std::size_t length, off_t offset) const;
     bool Write(std::string_view bytes, off_t offset);
     bool CutAt(off_t end);
+
+    /// As CutAt, where what is cut off is markup of its own. The disk may have zeros in the place of the
+    /// rest of a page before it knows that the file is shorter: by then no page comes after them.
+    bool CutTrailerAt(off_t end);
 
     /// Whether the descriptor still leads to the file that was opened, and that ends where it should: not
     /// when the host has closed the descriptor and got its number for a file of its own.
@@ -85,6 +89,7 @@ private:
         ToBeKept  ///< or else removed
     };
 
+    bool CutPagesAfter(off_t end);
     bool Synchronise() const;
     bool GiveFirstName();
     bool SynchroniseName() const;

@@ -36,7 +36,6 @@
 #include "stream/Pieces.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace Scrivel2
 {
@@ -282,7 +281,7 @@ bool Pieces::CommitHidden()
 bool Pieces::CutTrailer()
 {
     fileEnd = end;
-    if (file.CutAt(end)) {
+    if (file.CutTrailerAt(end)) {
         return true;
     }
     Forget();

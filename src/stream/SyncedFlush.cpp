@@ -1,10 +1,20 @@
-// How a flush across pages replaces the tail when the machine may die, too. Tested by
+// How a flush replaces the tail when the machine may die, too. Tested by
 // tests/stream/SyncedFlushTest.cpp.
 //
 // What has been written since the last synchronisation is on the disk in part: any of its pages may be as
-// they were. The file ends with the last page that is there; what lacks before it are zeros, which no
-// document may hold. So the file grows by one page at a time, and each step is a write after which the
-// file is synchronised (OpenFile::Write), that leaves a document whichever of its pages are there:
+// they were, and the file as long as it was. What is missing before its end is zeros, which no document
+// may hold. So the file grows by newlines, one page at a time, before it gets the text, and each step is
+// a write after which the file is synchronised (OpenFile::Write), that leaves a document whatever of it
+// is there. Within a page there are two:
+//
+//           Enlarge               Commit
+//   BEFORE ---------> ENLARGED ----------> COMMITTED = DONE
+//
+//   BEFORE     ...</trace-42>\n
+//   ENLARGED   ...</trace-42>\n\n\n\n\n\n\n\n\n
+//   DONE       ...MMMMMMMMMMMMMMMMMMMMMM
+//
+// Across pages:
 //
 //           Enlarge              CoverTail            BringText            Commit
 //   BEFORE ---------> ENLARGED -----------> COVERED -----------> HIDDEN -----------> COMMITTED
@@ -38,7 +48,8 @@ namespace Scrivel2
 
 bool SyncedFlush::IsPossible(const FileTail& tail, const FlushText& text)
 {
-    return text.start < tail.End() && tail.End() <= text.end && SpansPages(text.start, text.end);
+    const bool replacesTail = text.start < tail.End() && tail.End() <= text.end;
+    return replacesTail && (tail.End() < text.end || SpansPages(text.start, text.end));
 }
 
 SyncedFlush::SyncedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory,
@@ -49,7 +60,7 @@ SyncedFlush::SyncedFlush(OpenFile& flushed, const FileTail& replaced, Block& mem
 
 std::optional<off_t> SyncedFlush::BetterStart() const
 {
-    if (FirstThatHides(text, tail) != nullptr) {
+    if (!SpansPages(text.start, text.end) || FirstThatHides(text, tail) != nullptr) {
         return {};
     }
     return StartForOneThatHides(text, tail);
@@ -57,14 +68,30 @@ std::optional<off_t> SyncedFlush::BetterStart() const
 
 SyncedFlush::Outcome SyncedFlush::Run()
 {
+    return SpansPages(text.start, text.end) ? RunAcrossPages() : RunInOnePage();
+}
+
+SyncedFlush::Outcome SyncedFlush::RunInOnePage()
+{
+    if (!Enlarge({})) {
+        return Outcome::TailStands;
+    }
+    return Commit(text.end) ? Outcome::Done : Outcome::TailTouched;
+}
+
+SyncedFlush::Outcome SyncedFlush::RunAcrossPages()
+{
     const Cover* const cover = FirstThatHides(text, tail);
     if (cover == nullptr) {
         return Outcome::NotBegun;
     }
-    if (!Enlarge(*cover)) {
+    const bool inInstruction = cover->closing == LogWords::flushClosing;
+    const Mark trailer{cover->beforeCopy, tail.From(text.start), cover->afterCopy,
+                       inInstruction ? cover->closing : std::string_view()};
+    if (!Enlarge(trailer.Text())) {
         return Outcome::TailStands;
     }
-    if (!CoverTail(*cover) || !BringText(*cover) || !Commit(*cover)) {
+    if (!CoverTail(*cover) || !BringText(*cover) || !Commit(cover->After(text.start))) {
         return staging.Uncover(*cover, text, tail) ? Outcome::TailStands : Outcome::StaysAsItIs;
     }
     return CutTrailer() ? Outcome::Done : Outcome::StaysAsItIs;
@@ -72,14 +99,11 @@ SyncedFlush::Outcome SyncedFlush::Run()
 
 // ---- The steps ----------------------------------------------------------------------------------
 
-bool SyncedFlush::Enlarge(const Cover& cover)
+bool SyncedFlush::Enlarge(std::string_view trailer)
 {
     assert(state == State::Before);
     state = State::Enlarged;
-    const bool inInstruction = cover.closing == LogWords::flushClosing;
-    const Mark trailer{cover.beforeCopy, tail.From(text.start), cover.afterCopy,
-                       inInstruction ? cover.closing : std::string_view()};
-    return staging.WriteBlank(tail.End(), text.end, {}, trailer.Text());
+    return staging.WriteBlank(tail.End(), text.end, {}, trailer);
 }
 
 bool SyncedFlush::CoverTail(const Cover& cover)
@@ -97,18 +121,19 @@ bool SyncedFlush::BringText(const Cover& cover)
     return WriteText(from, text.end);
 }
 
-bool SyncedFlush::Commit(const Cover& cover)
+/// Writes the text up to `to`: the whole of it within a page, else what an opening covers.
+bool SyncedFlush::Commit(off_t to)
 {
-    assert(state == State::Hidden);
+    assert(state == State::Enlarged || state == State::Hidden);
     state = State::Committed;
-    return WriteText(text.start, cover.After(text.start));
+    return WriteText(text.start, to);
 }
 
 bool SyncedFlush::CutTrailer()
 {
     assert(state == State::Committed);
     state = State::Done;
-    return file.CutAt(text.end);
+    return file.CutTrailerAt(text.end);
 }
 
 }  // namespace Scrivel2

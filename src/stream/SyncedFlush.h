@@ -1,5 +1,5 @@
-// A flush across pages, in steps that each leave a document on the disk whichever pages of the step it
-// has when the machine dies; SyncedFlush.cpp draws them. Tested by tests/stream/SyncedFlushTest.cpp.
+// A flush in steps that each leave a document on the disk whatever of the step it has when the machine
+// dies; SyncedFlush.cpp draws them. Tested by tests/stream/SyncedFlushTest.cpp.
 
 #ifndef SCRIVEL_STREAM_SYNCEDFLUSH_H
 #define SCRIVEL_STREAM_SYNCEDFLUSH_H
@@ -13,6 +13,7 @@
 #include "stream/SteppedFlush.h"
 
 #include <optional>
+#include <string_view>
 
 #include <sys/types.h>
 
@@ -25,7 +26,7 @@ class SyncedFlush
 public:
     using Outcome = SteppedFlush::Outcome;
 
-    /// Whether the text spans pages, replaces the tail and ends no earlier than that.
+    /// Whether the text replaces the tail and ends after it, or where it does and on another page.
     static bool IsPossible(const FileTail& tail, const FlushText& text);
 
     SyncedFlush(OpenFile& flushed, const FileTail& replaced, Block& memory, const FlushText& brought);
@@ -46,10 +47,13 @@ private:
         Done
     };
 
-    bool Enlarge(const Cover& cover);
+    Outcome RunInOnePage();
+    Outcome RunAcrossPages();
+
+    bool Enlarge(std::string_view trailer);
     bool CoverTail(const Cover& cover);
     bool BringText(const Cover& cover);
-    bool Commit(const Cover& cover);
+    bool Commit(off_t to);
     bool CutTrailer();
 
     bool WriteText(off_t from, off_t to) { return file.Write(text.Part(from, to), from); }

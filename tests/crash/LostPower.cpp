@@ -54,10 +54,7 @@ public:
     {
         const auto below = [this](std::size_t limit) { return random() % limit; };
         ++figures.states;
-        if (!ofAnySize) {
-            return disk.AnyState(below);
-        }
-        std::string file = disk.AnyStateOfAnySize(below);
+        std::string file = ofAnySize ? disk.AnyStateOfAnySize(below) : disk.AnyState(below);
         const std::size_t end = file.find_last_not_of('\0') + 1;
         if (end < file.size()) {
             ++figures.withZeros;
@@ -69,6 +66,12 @@ public:
 private:
     std::minstd_rand random;
 };
+
+/// Whether it is a document, has no zeros, and has the calls of all flushes that had ended.
+bool IsKept(Scenario& scenario, const std::string& file, unsigned int flushed)
+{
+    return file.find('\0') == std::string::npos && scenario.IsKept(file, flushed);
+}
 
 /// Looks at what the disk may have at each moment. A log of the generators has its name before its
 /// header.
@@ -82,7 +85,7 @@ void Try(Scenario& scenario, Machine& machine, Figures& figures, Scratch& scratc
         const std::size_t draws = std::clamp<std::size_t>(2 * disk.Pending(), 1, 12);
         for (std::size_t i = 0; isThere && i < draws; ++i) {
             const std::string file = machine.Draw(disk, i % 3 == 1, figures);
-            if (!scenario.IsKept(file, change.note)) {
+            if (!IsKept(scenario, file, change.note)) {
                 ++figures.lost;
                 scratch.Keep(file, scenario.Name() + ": of a machine that died");
             }
@@ -105,9 +108,10 @@ void LeaveOut(Scenario& scenario, Machine& machine, LeftOut& leftOut)
         for (std::size_t next = i + 1;
              next < changes.size() && changes[next].kind != Kind::Synchronised && !isMissed; ++next) {
             withoutIt.Add(changes[next]);
-            constexpr unsigned int draws = 30;
+            const unsigned int draws = changes[i - 1].kind == Kind::Write ? 300 : 30;
             for (unsigned int draw = 0; draw < draws && !isMissed; ++draw) {
-                isMissed = !scenario.IsKept(machine.Draw(withoutIt, false, drawn), changes[next].note);
+                const std::string file = machine.Draw(withoutIt, draw % 2 == 1, drawn);
+                isMissed = !IsKept(scenario, file, changes[next].note);
             }
         }
         ++leftOut.tried;

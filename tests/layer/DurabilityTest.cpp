@@ -65,12 +65,15 @@ TEST_F(Durabilities, EachFlushOfACallWaitsForTheDisk)
 {
     RunLog log("run", ForMachine());
     FileChanges record;
-    const std::vector<Kind> once = {Kind::Write, Kind::Synchronised};
+    // Newlines first, then the text.
+    const std::vector<Kind> once = {Kind::Write, Kind::Synchronised, Kind::Write, Kind::Synchronised};
     {
         LoggedCall call(log, "CADIExecStop");
         call.Arguments([](auto&) {});
+        // The second one has nothing new: the file doesn't grow.
         EXPECT_EQ(KindsOf(record),
-                  (std::vector<Kind>{Kind::Write, Kind::Synchronised, Kind::Write, Kind::Synchronised}));
+                  (std::vector<Kind>{Kind::Write, Kind::Synchronised, Kind::Write, Kind::Synchronised,
+                                     Kind::Write, Kind::Synchronised}));
         record.changes.clear();
         call.Results([](auto& xml) { xml.WriteReturnType("return", eslapi::CADI_STATUS_OK); });
         EXPECT_EQ(KindsOf(record), once);

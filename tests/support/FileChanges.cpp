@@ -26,6 +26,16 @@ void ForEachPart(const FileChange& write, Visit visit)
     }
 }
 
+/// What a change does to the bytes of pages: a cut makes zeros of the rest of its page.
+FileChange WriteOf(const FileChange& change)
+{
+    FileChange write = change;
+    if (change.kind == FileChange::Kind::Cut) {
+        write.bytes.assign((pageSize - change.offset % pageSize) % pageSize, '\0');
+    }
+    return write;
+}
+
 bool ComesFromTwoPages(const FileChange& write, const void* memory)
 {
     const auto from = reinterpret_cast<std::uintptr_t>(memory);
@@ -119,44 +129,55 @@ std::size_t Disk::Pending() const
     std::size_t count = 0;
     for (const FileChange& change : pending) {
         count += change.kind == FileChange::Kind::Cut ? 1 : 0;
-        ForEachPart(change, [&](auto&&...) { ++count; });
+        ForEachPart(WriteOf(change), [&](auto&&...) { ++count; });
     }
     return count;
 }
 
 std::string Disk::AnyState(const Choice& below) const
 {
-    std::map<std::size_t, std::size_t> changesOfPage;
-    for (const FileChange& change : pending) {
-        ForEachPart(change, [&](std::size_t page, auto&&...) { ++changesOfPage[page]; });
-    }
-    for (auto& [page, count] : changesOfPage) {
-        count = below(count + 1);
-    }
-    std::string file = synchronised;
-    for (const FileChange& change : pending) {
-        if (change.kind == FileChange::Kind::Cut && below(2) == 1) {
-            Apply(change, file);
-        }
-        ForEachPart(change, [&](std::size_t page, std::size_t offset, std::string bytes) {
-            if (changesOfPage[page] > 0) {
-                --changesOfPage[page];
-                Apply({FileChange::Kind::Write, offset, std::move(bytes)}, file);
-            }
-        });
-    }
-    return file;
+    return Draw(below, true);
 }
 
 std::string Disk::AnyStateOfAnySize(const Choice& below) const
 {
-    std::string file = AnyState(below);
-    for (const FileChange& change : pending) {
-        const std::size_t end = change.offset + change.bytes.size();
-        if (change.kind == FileChange::Kind::Write && end > file.size() && below(2) == 1) {
-            file.resize(end);
+    return Draw(below, false);
+}
+
+std::string Disk::Draw(const Choice& below, bool sizeComesAfterBytes) const
+{
+    const std::size_t changesOfSize = below(pending.size() + 1);
+    std::size_t size = synchronised.size();
+    std::map<std::size_t, std::size_t> partsOfPage;
+    std::map<std::size_t, std::size_t> partsThere;  // at least
+    std::size_t sizeThen = size;
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        const std::size_t end = pending[i].offset + pending[i].bytes.size();
+        const bool hasBytes = end > sizeThen && sizeComesAfterBytes && i < changesOfSize;
+        ForEachPart(WriteOf(pending[i]), [&](std::size_t page, auto&&...) {
+            ++partsOfPage[page];
+            if (hasBytes) {
+                partsThere[page] = partsOfPage[page];
+            }
+        });
+        sizeThen = pending[i].kind == FileChange::Kind::Cut ? end : std::max(sizeThen, end);
+        if (i < changesOfSize) {
+            size = sizeThen;
         }
     }
+    for (const auto& [page, parts] : partsOfPage) {
+        partsThere[page] += below(parts - partsThere[page] + 1);
+    }
+    std::string file = synchronised;
+    for (const FileChange& change : pending) {
+        ForEachPart(WriteOf(change), [&](std::size_t page, std::size_t offset, std::string bytes) {
+            if (partsThere[page] > 0) {
+                --partsThere[page];
+                Apply({FileChange::Kind::Write, offset, std::move(bytes)}, file);
+            }
+        });
+    }
+    file.resize(size);
     return file;
 }
 

@@ -63,8 +63,8 @@ private:
 };
 
 /// The disk under a file. Of what was changed since the last synchronisation it has any pages, each of
-/// them as any of its changes left it; the file ends with the last page that is there, and what lacks
-/// before it are zeros.
+/// them as any of its changes left it, and the size after any of them; what is missing before the end is
+/// zeros.
 class Disk
 {
 public:
@@ -75,7 +75,9 @@ public:
     /// How many parts of pages, and cuts, it may lack.
     std::size_t Pending() const;
 
-    /// What it may have; `below` chooses a number that is less than the one given.
+    /// What it may have; `below` chooses a number that is less than the one given. That
+    /// the file has grown it knows when it has the bytes, or later; that it was cut, before or after it
+    /// has zeros in the place of what the last page had.
     using Choice = std::function<std::size_t(std::size_t)>;
     std::string AnyState(const Choice& below) const;
 
@@ -83,6 +85,8 @@ public:
     std::string AnyStateOfAnySize(const Choice& below) const;
 
 private:
+    std::string Draw(const Choice& below, bool sizeComesAfterBytes) const;
+
     std::string synchronised;
     std::vector<FileChange> pending;
 };
