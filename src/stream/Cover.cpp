@@ -65,8 +65,8 @@ std::optional<off_t> Cover::StartBefore(const FlushText& text, const FileTail& t
     return {};
 }
 
-/// Whether the text does not end the cover, nor together with the tail, when one of the two pages that
-/// this lies on has the text already, the other one not yet.
+/// Whether the text does not end the cover, and neither do text and tail together while one of the tail's
+/// two pages has the text already and the other one not yet.
 bool Cover::TextFits(const FlushText& text, const FileTail& tail) const
 {
     const off_t pageEnd = PageEnd(text.start);

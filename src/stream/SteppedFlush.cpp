@@ -55,7 +55,6 @@
 #include "stream/SteppedFlush.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 
 namespace Scrivel2
