@@ -3,6 +3,8 @@
 
 #include "stream/Cover.h"
 
+#include <cassert>
+
 namespace Scrivel2
 {
 namespace
@@ -70,7 +72,8 @@ std::optional<off_t> Cover::StartBefore(const FlushText& text, const FileTail& t
 bool Cover::TextFits(const FlushText& text, const FileTail& tail) const
 {
     const off_t pageEnd = PageEnd(text.start);
-    const bool liesOnTwo = pageEnd <= tail.End() && pageEnd <= text.end;
+    assert(pageEnd <= text.end);
+    const bool liesOnTwo = pageEnd <= tail.End();
     return !Contains(text.All(), closing) &&
            !(liesOnTwo &&
              (ContainsAcross(text.Part(text.start, pageEnd), tail.From(pageEnd), closing) ||

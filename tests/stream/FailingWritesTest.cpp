@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <limits>
 #include <string>
 #include <vector>
 
 namespace
 {
 
+using ScrivelTest::forEver;
 using ScrivelTest::IsDocument;
 using ScrivelTest::pageSize;
 using ScrivelTest::platform;
@@ -41,8 +41,6 @@ protected:
         return sigismember(&signals, SIGXFSZ) == 1;
     }
 };
-
-constexpr unsigned int forEver = std::numeric_limits<unsigned int>::max();
 
 TEST_F(FailingWrites, FileStaysAsTheLastFlushLeftItAndTheStreamStaysBadUntilItIsOpenedAnew)
 {
@@ -84,6 +82,22 @@ TEST_F(FailingWrites, AnyWriteOfASteppedFlushMayFailOnce)
             EXPECT_EQ(File(), before) << "write " << number;
             log.clear();
             EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(before.size() - 7));
+        }
+    }
+}
+
+TEST_F(FailingWrites, AnyTwoWritesOfASteppedFlushMayFail)
+{
+    for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
+        for (unsigned int first = 1; first <= 3; ++first) {
+            for (unsigned int second = first + 1; second <= 9; ++second) {
+                Begin(size, "<bbbbbbbbbb/>\n");
+                FailWritesThat([=](unsigned int number) { return number == first || number == second; });
+                Grow(Element(9000));
+                platform.pwrite.Reset();
+                EXPECT_TRUE(log.bad());
+                EXPECT_TRUE(IsDocument(File())) << "writes " << first << " and " << second;
+            }
         }
     }
 }

@@ -12,6 +12,8 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using ScrivelTest::forEver;
+using ScrivelTest::IsDocument;
 using ScrivelTest::pageSize;
 using ScrivelTest::platform;
 using ScrivelTest::refuseMemory;
@@ -422,6 +424,26 @@ TEST_F(SmallPieces, OldDocumentComesBackWhicheverWriteFails)
             EXPECT_LT(number, 100U);
         }
     }
+}
+
+TEST_F(SmallPieces, LeaveADocumentWhenTheOldOneCantEvenBePutBack)
+{
+    unsigned int number = 0;
+    do {
+        Begin(pageSize - 3, "<bbbbb/>\n");
+        log.SetMostInMemory(limit);
+        log.seekp(-7, std::ios_base::end);
+        ++number;
+        FailWrites(number, forEver);
+        for (int i = 0; i < 60; ++i) {
+            log << Element(1000);
+        }
+        log << endTag << std::flush;
+        platform.pwrite.Reset();
+        ASSERT_TRUE(IsDocument(File())) << "from write " << number << " on";
+    } while (log.bad() && number < 100);
+    EXPECT_GE(number, 8U);
+    EXPECT_LT(number, 100U);
 }
 
 TEST_F(SmallPieces, OldDocumentComesBackWhenTheirEndCantBeCutOff)

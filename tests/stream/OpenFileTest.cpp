@@ -211,6 +211,22 @@ TEST_F(NamedFile, IsMadeWhereOthersCouldNotBeGivenOne)
     ExpectNameAtOnce();
 }
 
+TEST_F(NamedFile, IsNotRemovedWhenTheSystemDoesNotTellItApartFromOthers)
+{
+    platform.access.Use([](const char*, int) {
+        errno = ENOENT;
+        return -1;
+    });
+    log.create("log");
+    platform.fstat.Use([](int, struct stat*) {
+        errno = EIO;
+        return -1;
+    });
+    log.close();
+    EXPECT_TRUE(fs::exists("log"));
+    platform.fstat.Reset();
+}
+
 TEST_F(NamedFile, IsNotRemovedWhenAnotherHasItsNameByThen)
 {
     platform.access.Use([](const char*, int) { return -1; });

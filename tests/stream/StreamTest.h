@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +26,8 @@
 namespace ScrivelTest
 {
 
-constexpr std::size_t pageSize = 4096;
+inline constexpr std::size_t pageSize = 4096;
+inline constexpr unsigned int forEver = std::numeric_limits<unsigned int>::max();  ///< to FailWrites
 
 /// A stream, and the file "log" that it is opened on.
 class StreamTest : public ScratchTest
@@ -72,10 +74,17 @@ protected:
     /// Lets all writes from number `first` to number `last` fail with ENOSPC.
     void FailWrites(unsigned int first, unsigned int last)
     {
+        FailWritesThat([=](unsigned int number) { return number >= first && number <= last; });
+    }
+
+    /// Lets those writes fail with ENOSPC whose numbers do as `fails` says.
+    template <typename Fails>
+    void FailWritesThat(Fails fails)
+    {
         platform.pwrite.Reset();
         failing.emplace(platform.pwrite,
                         [=](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
-                            if (platform.pwrite.Calls() >= first && platform.pwrite.Calls() <= last) {
+                            if (fails(platform.pwrite.Calls())) {
                                 errno = ENOSPC;
                                 return -1;
                             }

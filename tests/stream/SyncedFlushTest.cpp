@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -24,8 +23,6 @@ using ScrivelTest::IsDocument;
 using ScrivelTest::pageSize;
 using ScrivelTest::platform;
 using Kind = ScrivelTest::FileChange::Kind;
-
-constexpr unsigned int forEver = std::numeric_limits<unsigned int>::max();
 
 class SyncedFlush : public ScrivelTest::GrowingDocument
 {
@@ -98,6 +95,17 @@ TEST_F(SyncedFlush, WithinAPageIsOneWriteWhereTheFileDoesNotGrow)
     EXPECT_EQ(changes[0].kind, Kind::Write);
     EXPECT_EQ(changes[1].kind, Kind::Synchronised);
     EXPECT_EQ(File(), document + "<c/>\n" + endTag);
+}
+
+TEST_F(SyncedFlush, WithinAPageIsOneWriteWhereItEndsBeforeTheTail)
+{
+    const std::string document = Begin(100, "<b/>\n", "<b/>\n<b/>\n" + std::string(endTag));
+    const auto changes = Watch([&] {
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << "<c/>\n" << std::flush;
+    });
+    EXPECT_EQ(changes.size(), 2U);
+    EXPECT_EQ(File(), document + "<c/>\n<b/>\n" + endTag);
 }
 
 TEST_F(SyncedFlush, NothingIsSynchronisedForTheDeathOfTheProcess)
@@ -262,23 +270,67 @@ TEST_F(SyncedFlush, AnySynchronisationMayFail)
 TEST_F(SyncedFlush, AnySynchronisationOfPiecesMayFail)
 {
     log.SetMostInMemory(4 * pageSize);
-    for (unsigned int toFail = 1;; ++toFail) {
-        ASSERT_LT(toFail, 200U);
-        const std::string document = Begin(pageSize - 30) + endTag;
-        Watch(
-            [&] {
-                log.seekp(-7, std::ios_base::end);
-                for (int i = 0; i < 30; ++i) {
-                    log << Element(1000);
-                }
-                log << endTag << std::flush;
-            },
-            toFail);
-        if (log.good()) {
-            EXPECT_GT(toFail, 10U);
-            break;
+    for (const std::size_t before : {pageSize - 30, pageSize - 3}) {
+        for (unsigned int toFail = 1;; ++toFail) {
+            ASSERT_LT(toFail, 200U);
+            Begin(before, "<bbbbbbbbbb/>\n");
+            Watch(
+                [&] {
+                    log.seekp(-7, std::ios_base::end);
+                    for (int i = 0; i < 30; ++i) {
+                        log << Element(1000);
+                    }
+                    log << endTag << std::flush;
+                },
+                toFail);
+            if (log.good()) {
+                EXPECT_GT(toFail, 10U);
+                break;
+            }
+            EXPECT_TRUE(IsDocument(File())) << toFail;
         }
-        EXPECT_TRUE(IsDocument(File())) << toFail;
+    }
+}
+
+TEST_F(SyncedFlush, AnyTwoSynchronisationsMayFail)
+{
+    for (unsigned int first = 1; first <= 7; ++first) {
+        for (unsigned int second = first + 1; second <= first + 6; ++second) {
+            Begin(pageSize - 3, "<bbbbbbbbbb/>\n");
+            FileChanges record;
+            unsigned int count = 0;
+            record.synchronise = [&] {
+                ++count;
+                errno = EIO;
+                return count == first || count == second ? -1 : 0;
+            };
+            Grow(Element(9000));
+            EXPECT_TRUE(log.bad());
+            EXPECT_TRUE(IsDocument(File())) << first << " and " << second << ":\n" << File();
+        }
+    }
+}
+
+TEST_F(SyncedFlush, FileIsAsLongAsItWasWhereTheTailCantBeReadBack)
+{
+    for (const std::size_t added : {std::size_t{50}, 2 * pageSize}) {
+        const std::string document = Begin(100);
+        log << "<!-- -->" << std::flush;  // all that is in memory from now on
+        log.seekp(static_cast<std::streamoff>(document.size()));
+        log << Element(added) << endTag;
+        platform.pread.Use([](int, void*, std::size_t, off_t) -> ssize_t {
+            errno = EIO;
+            return -1;
+        });
+        FileChanges record;
+        record.synchronise = [] {
+            errno = EIO;
+            return -1;
+        };
+        log.flush();
+        EXPECT_TRUE(log.bad());
+        platform.pread.Reset();
+        EXPECT_EQ(File().size(), document.size() + 15);  // as long as it was: no more is known of it
     }
 }
 
