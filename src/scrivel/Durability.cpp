@@ -1,6 +1,9 @@
-// The names in a folder, on the disk. Tested by tests/layer/DurabilityTest.cpp.
+// The names in a folder, on the disk. Tested by tests/stream/SynchronisedFolderTest.cpp and
+// tests/layer/DurabilityTest.cpp.
 
 #include "scrivel/Durability.h"
+
+#include "stream/Uninterrupted.h"
 
 #include <cerrno>
 
@@ -12,11 +15,12 @@ namespace Scrivel2
 
 bool SynchroniseFolder(const std::string& folder)
 {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int descriptor =
+        Uninterrupted([&] { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor < 0) {
         return false;
     }
-    const bool done = fsync(descriptor) == 0;
+    const bool done = Uninterrupted([&] { return fsync(descriptor); }) == 0;
     const int reason = errno;
     close(descriptor);
     errno = reason;

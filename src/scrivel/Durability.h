@@ -1,5 +1,6 @@
 // What a log outlives as a document, and what that takes of a folder. Tested by
-// tests/stream/SyncedFlushTest.cpp and tests/layer/DurabilityTest.cpp.
+// tests/stream/SyncedFlushTest.cpp, tests/stream/SynchronisedFolderTest.cpp and
+// tests/layer/DurabilityTest.cpp.
 
 #ifndef SCRIVEL_SCRIVEL_DURABILITY_H
 #define SCRIVEL_SCRIVEL_DURABILITY_H

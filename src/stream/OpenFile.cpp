@@ -4,6 +4,7 @@
 #include "stream/OpenFile.h"
 
 #include "stream/FlushText.h"
+#include "stream/Uninterrupted.h"
 
 #include <cassert>
 #include <cerrno>
@@ -19,19 +20,6 @@ namespace Scrivel2
 {
 namespace
 {
-
-/// Repeats a system call that a signal has interrupted. One that is interrupted every time counts as
-/// failed: the host program must not hang in its log.
-template <typename SystemCall>
-auto Uninterrupted(SystemCall call)
-{
-    constexpr int mostAttempts = 1000;
-    auto result = call();
-    for (int attempt = 1; attempt < mostAttempts && result < 0 && errno == EINTR; ++attempt) {
-        result = call();
-    }
-    return result;
-}
 
 /// The descriptor, or another of the same file when it has the number of a standard stream: where one was
 /// closed, what the host prints would go into the log. Negative, with the reason in errno, when there is
@@ -170,7 +158,7 @@ bool OpenFile::GiveFirstName()
 /// The number of its names lies with the file, the name in the folder.
 bool OpenFile::SynchroniseName() const
 {
-    return fsync(descriptor) == 0 && SynchroniseFolder(FolderOf(newName));
+    return Uninterrupted([&] { return fsync(descriptor); }) == 0 && SynchroniseFolder(FolderOf(newName));
 }
 
 /// Removes the file, unless another has its name by now.

@@ -172,6 +172,23 @@ TEST_F(OpenFile, FileMayBeNewInAnyFolder)
     }
 }
 
+TEST_F(OpenFile, InterruptedSynchronisationOfANameIsRepeated)
+{
+    log.SetDurability(Scrivel2::Durability::Machine);
+    log.create("log");
+    platform.fsync.Reset();
+    platform.fsync.Use([](int) {
+        errno = EINTR;
+        return platform.fsync.Calls() == 1 ? -1 : 0;
+    });
+    log << "text" << std::flush;
+    EXPECT_TRUE(log.good());
+    EXPECT_EQ(platform.fsync.Calls(), 3U);  // of the file, once more, of the folder
+    platform.fsync.Reset();
+    log.close();
+    EXPECT_EQ(File(), "text");
+}
+
 /// Where there are no files without names a new one has its name at once.
 class NamedFile : public ScrivelTest::StreamTest
 {
