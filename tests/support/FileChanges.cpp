@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <system_error>
 #include <utility>
 
 namespace ScrivelTest
@@ -81,12 +83,7 @@ FileChanges::FileChanges(std::function<unsigned int()> told)
       })),
       synchronisations(
           platform.fdatasync.Use([this](int) { return Synchronise(FileChange::Kind::Synchronised); })),
-      synchronisationsOfAll(platform.fsync.Use([this](int file) {
-          struct stat status;
-          const bool isFolder = platform.fstat.Real(file, &status) == 0 && S_ISDIR(status.st_mode);
-          return Synchronise(isFolder ? FileChange::Kind::FolderSynchronised
-                                      : FileChange::Kind::Synchronised);
-      })),
+      synchronisationsOfAll(platform.fsync.Use([this](int file) { return SynchroniseAll(file); })),
       names(platform.linkat.Use(
           [this](int fromFolder, const char* from, int toFolder, const char* to, int flags) {
               const int result = platform.linkat.Real(fromFolder, from, toFolder, to, flags);
@@ -103,6 +100,21 @@ int FileChanges::Synchronise(FileChange::Kind kind)
     const int result = synchronise();
     if (result == 0) {
         Add(kind);
+    }
+    return result;
+}
+
+int FileChanges::SynchroniseAll(int file)
+{
+    struct stat status;
+    if (platform.fstat.Real(file, &status) != 0 || !S_ISDIR(status.st_mode)) {
+        return Synchronise(FileChange::Kind::Synchronised);
+    }
+    const int result = Synchronise(FileChange::Kind::FolderSynchronised);
+    if (result == 0) {
+        std::error_code error;
+        const std::filesystem::path place = "/proc/self/fd/" + std::to_string(file);
+        changes.back().folder = std::filesystem::read_symlink(place, error).string();
     }
     return result;
 }

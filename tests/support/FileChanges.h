@@ -33,6 +33,8 @@ struct FileChange
     /// Of a write: a page of the file comes from two pages of memory, between which the kernel stops when
     /// it has to bring in the second one.
     bool fromTwoPages = false;
+
+    std::string folder{};  ///< the one that was synchronised, from the root folder on
 };
 
 /// Makes a change of the first `length` bytes of its text, as a system does that doesn't die.
@@ -52,6 +54,7 @@ public:
 
 private:
     int Synchronise(FileChange::Kind kind);
+    int SynchroniseAll(int file);
     void Add(FileChange::Kind kind, off_t offset = 0, std::string bytes = {});
 
     std::function<unsigned int()> note;
