@@ -27,10 +27,13 @@ std::vector<std::string> FoldersToChange(const std::filesystem::path& folder)
 {
     std::vector<std::string> changed;
     std::error_code error;
-    auto missing = std::filesystem::absolute(folder, error).lexically_normal();
+    auto missing = std::filesystem::absolute(folder, error);
     while (!error && !std::filesystem::exists(missing, error)) {
+        const auto name = missing.filename();
         missing = missing.parent_path();
-        changed.push_back(missing.string());
+        if (!name.empty() && name != "." && name != "..") {
+            changed.push_back(missing.string());
+        }
     }
     return changed;
 }
@@ -77,10 +80,8 @@ LogFiles::LogFiles(const Settings& settings)
         MakeFolder(folder, settings.durability);
     }
     std::error_code error;
-    wholeFolder = std::filesystem::absolute(InFolder(folder, "."), error).lexically_normal();
-    if (error) {
-        wholeFolder = folder;
-    }
+    // Where the current directory is gone, the folder alone.
+    wholeFolder = (std::filesystem::current_path(error) / folder).string();
     NameFirst();
     while (Exists(place)) {
         Rename();

@@ -127,7 +127,7 @@ TEST_F(Durabilities, FilesThatFollowTheFirstWaitForTheDiskToo)
 
 TEST_F(Durabilities, FoldersThatAreMadeAreOnTheDiskInThoseAboveThem)
 {
-    for (const char* const end : {""}) {
+    for (const char* const end : {"", "/", "/."}) {
         fs::create_directory("there");
         const FileChanges record;
         const RunLog log("run", ForMachine(std::string("there/a/b") + end));
@@ -147,6 +147,16 @@ TEST_F(Durabilities, FolderThatIsThereIsSynchronisedForItsFileOnly)
     const FileChanges record;
     const RunLog log("run", ForMachine("there/"));
     EXPECT_EQ(FoldersOf(record), std::vector<std::string>{"there"});
+}
+
+TEST_F(Durabilities, FolderBehindALinkIsOnTheDiskWhereItLies)
+{
+    fs::create_directories("other/deep");
+    fs::create_directory_symlink("other/deep", "link");
+    const FileChanges record;
+    const RunLog log("run", ForMachine("link/../logs"));
+    EXPECT_EQ(FoldersOf(record), (std::vector<std::string>{"other", "other/logs"}));
+    EXPECT_TRUE(fs::exists("other/logs/run-4242.xml"));
 }
 
 TEST_F(Durabilities, FileThatCantBeSynchronisedIsReportedAndLeavesNone)

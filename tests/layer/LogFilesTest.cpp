@@ -91,6 +91,15 @@ TEST_F(LogFiles, LinkToAFolderIsTakenAsOne)
     EXPECT_TRUE(fs::exists("logs/run-4242.xml"));
 }
 
+TEST_F(LogFiles, FolderAboveOneBehindALinkLiesWhereTheLinkLeads)
+{
+    fs::create_directories("other/deep");
+    fs::create_directory_symlink("other/deep", "link");
+    EXPECT_EQ(FileOf("run", InFolder("link/../logs")), "link/../logs/run-4242.xml");
+    EXPECT_TRUE(fs::exists("other/logs/run-4242.xml"));
+    EXPECT_FALSE(fs::exists("logs"));
+}
+
 TEST_F(LogFiles, FolderOfTheNameIsTakenAsOne)
 {
     EXPECT_EQ(FileOf("logs/run"), "logs/run-4242.xml");
