@@ -22,37 +22,57 @@ namespace Scrivel2::Layer
 namespace
 {
 
-/// The folders that will have a new name in them when this one has been made.
-std::vector<std::string> FoldersToChange(const std::filesystem::path& folder)
+/// A folder and those above it, as far as there are none yet; the innermost comes first.
+std::vector<std::filesystem::path> Missing(const std::filesystem::path& folder)
 {
-    std::vector<std::string> changed;
+    std::vector<std::filesystem::path> missing;
     std::error_code error;
-    auto missing = std::filesystem::absolute(folder, error);
-    while (!error && !std::filesystem::exists(missing, error)) {
-        const auto name = missing.filename();
-        missing = missing.parent_path();
+    auto place = std::filesystem::absolute(folder, error);
+    while (!error && !std::filesystem::exists(place, error)) {
+        const auto name = place.filename();
         if (!name.empty() && name != "." && name != "..") {
-            changed.push_back(missing.string());
+            missing.push_back(place);
         }
+        place = place.parent_path();
     }
-    return changed;
+    return missing;
 }
 
-void MakeFolder(const std::filesystem::path& folder, Durability durability)
+void ReportFolder(const char* unableTo, const std::filesystem::path& folder, const std::error_code& error)
 {
-    std::vector<std::string> changed;
+    std::cerr << "Scrivel: Unable to " << unableTo << " folder \"" << folder.string() << "\".\n"
+              << "    Error given by OS: " << error.message() << std::endl;
+}
+
+/// Waits until the disk has the names of folders that have been made. False when it doesn't: then none of
+/// them stays that is empty, or the next log would take it for one that the disk has.
+bool Synchronise(const std::vector<std::filesystem::path>& made)
+{
+    for (const auto& folder : made) {
+        const auto above = folder.parent_path();
+        if (!SynchroniseFolder(above.string())) {
+            ReportFolder("synchronise", above, {errno, std::generic_category()});
+            std::for_each(made.begin(), made.end(), [](const auto& empty) { rmdir(empty.c_str()); });
+            return false;
+        }
+    }
+    return true;
+}
+
+/// False when the folder is there, but not on the disk that is to have it.
+bool MakeFolder(const std::filesystem::path& folder, Durability durability)
+{
+    std::vector<std::filesystem::path> made;
     if (durability == Durability::Machine) {
-        changed = FoldersToChange(folder);
+        made = Missing(folder);
     }
     std::error_code error;
     std::filesystem::create_directories(folder, error);
-    if (!error && !std::all_of(changed.begin(), changed.end(), SynchroniseFolder)) {
-        error = {errno, std::generic_category()};
-    }
     if (error) {
-        std::cerr << "Scrivel: Unable to make folder \"" << folder.string() << "\".\n"
-                  << "    Error given by OS: " << error.message() << std::endl;
+        ReportFolder("make", folder, error);  // opening the file fails, too
+        return true;
     }
+    return Synchronise(made);
 }
 
 bool Exists(const std::string& file)
@@ -76,12 +96,10 @@ LogFiles::LogFiles(const Settings& settings)
     wanted = LegalName(settings.name);
     folder = settings.folder;
     end = std::string("-").append(std::to_string(getpid())).append(".xml");
-    if (!folder.empty()) {
-        MakeFolder(folder, settings.durability);
-    }
     std::error_code error;
     // Where the current directory is gone, the folder alone.
     wholeFolder = (std::filesystem::current_path(error) / folder).string();
+    canBegin = folder.empty() || MakeFolder(folder, settings.durability);
     NameFirst();
     while (Exists(place)) {
         Rename();

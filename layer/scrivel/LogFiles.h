@@ -23,12 +23,16 @@ class [[gnu::visibility("default")]] LogFiles;
 /// Files that follow the first, of a log with a limit of size, have its name and a number,
 /// "run-4242.2.xml". Numbers that are in use are left out.
 ///
-/// All lie in the same folder, whatever the current directory is later. A folder that can't be made is
-/// reported on standard error. A log that is off has no files.
+/// All lie in the same folder, whatever the current directory is later. A folder that can't be made, or
+/// not be waited for, is reported on standard error. A log that is off has no files.
 class LogFiles
 {
 public:
     explicit LogFiles(const Settings& settings);
+
+    /// Whether files may be made: the log is on, and its folder is on the disk if the log is to outlive
+    /// the machine.
+    bool CanBegin() const { return canBegin; }
 
     /// What the generator is named after: "run" or "run-2".
     const std::string& LogName() const { return logName; }
@@ -73,6 +77,7 @@ private:
     std::string next;
     unsigned int logNumber = 1;
     unsigned int nextNumber = 2;
+    bool canBegin = false;
 };
 
 }  // namespace Scrivel2::Layer

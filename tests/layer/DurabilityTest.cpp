@@ -178,18 +178,30 @@ TEST_F(Durabilities, FileThatCantBeSynchronisedIsReportedAndLeavesNone)
     }
 }
 
-TEST_F(Durabilities, FolderThatCantBeSynchronisedIsReported)
+TEST_F(Durabilities, FolderThatCantBeSynchronisedIsReportedAndThereIsNoLog)
 {
-    FileChanges record;
-    record.synchronise = [] {
-        errno = EIO;
-        return -1;
-    };
-    testing::internal::CaptureStderr();
-    const RunLog log("run", ForMachine("a"));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Scrivel: Unable to make folder \"a\".\n"
-                                                          "    Error given by OS: Input/output error\n"),
-              std::string::npos);
+    for (const unsigned int toFail : {1U, 2U}) {
+        unsigned int count = 0;
+        FileChanges record;
+        record.synchronise = [&] {
+            errno = EIO;
+            return ++count == toFail ? -1 : 0;
+        };
+        testing::internal::CaptureStderr();
+        {
+            RunLog log("run", ForMachine("a/b"));
+            EXPECT_FALSE(log.IsGood());
+            const LoggedCall call(log, "CADIExecStop");
+            EXPECT_EQ(call.Number(), 0U);
+        }
+        const fs::path folder = toFail == 1 ? fs::current_path() / "a" : fs::current_path();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "Scrivel: Unable to synchronise folder \"" + folder.string() +
+                      "\".\n"
+                      "    Error given by OS: Input/output error\n");
+        EXPECT_EQ(Count(record, Kind::Write), 0);
+        EXPECT_TRUE(fs::is_empty(".")) << toFail;
+    }
 }
 
 TEST_F(Durabilities, EnvironmentTakesThePlaceOfTheOption)
