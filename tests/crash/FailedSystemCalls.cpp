@@ -3,7 +3,9 @@
 //     crash_failed_system_calls --count 5000
 //
 // A call fails with ENOSPC, EIO or EINTR, or a write writes one byte or half of what it was given. Logs
-// of further seeds follow until there have been `count` cases, every second one through the layer.
+// of further seeds follow until there have been `count` cases, every second one through the layer, and
+// every third one to outlive the machine: of those the synchronisations fail, too. The disk itself is not
+// waited for.
 //
 // Fails when the file isn't the document of the last flush that succeeded or of a later one; when a short
 // write, or one interrupted call, costs anything at all; when logging throws, hangs or ends the process.
@@ -23,6 +25,8 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+
 using namespace ScrivelTest;
 
 namespace
@@ -31,13 +35,23 @@ namespace
 enum class Kind
 {
     Open,
+    OpenFolder,
     Status,
     Seek,
     Write,
     Truncate,
+    SynchroniseData,
+    Synchronise,
     Link,
     Close
 };
+
+/// Of those that are repeated when a signal has interrupted them.
+bool IsRepeated(Kind kind)
+{
+    return kind == Kind::OpenFolder || kind == Kind::Write || kind == Kind::Truncate ||
+           kind == Kind::SynchroniseData || kind == Kind::Synchronise;
+}
 
 struct Fault
 {
@@ -89,7 +103,10 @@ private:
 
     const StubOf<& Platform::open> opening =
         platform.open.Use([this](const char* name, int flags, mode_t mode) {
-            return Fails(Kind::Open) ? -1 : platform.open.Real(name, flags, mode);
+            const bool isFolder = (flags & O_TMPFILE) == O_DIRECTORY;
+            return Fails(isFolder ? Kind::OpenFolder : Kind::Open)
+                       ? -1
+                       : platform.open.Real(name, flags, mode);
         });
     const StubOf<& Platform::fstat> asking = platform.fstat.Use([this](int file, struct stat* status) {
         return Fails(Kind::Status) ? -1 : platform.fstat.Real(file, status);
@@ -101,6 +118,10 @@ private:
     const StubOf<& Platform::ftruncate> cutting = platform.ftruncate.Use([this](int file, off_t size) {
         return Fails(Kind::Truncate) ? -1 : platform.ftruncate.Real(file, size);
     });
+    const StubOf<& Platform::fdatasync> synchronisingData =
+        platform.fdatasync.Use([this](int) { return Fails(Kind::SynchroniseData) ? -1 : 0; });
+    const StubOf<& Platform::fsync> synchronising =
+        platform.fsync.Use([this](int) { return Fails(Kind::Synchronise) ? -1 : 0; });
     const StubOf<& Platform::linkat> linking = platform.linkat.Use(
         [this](int fromFolder, const char* from, int toFolder, const char* to, int flags) {
             return Fails(Kind::Link) ? -1 : platform.linkat.Real(fromFolder, from, toFolder, to, flags);
@@ -166,8 +187,8 @@ public:
             ++(hung ? figures.hung : figures.threwOrAborted);
             std::fprintf(stderr, "%s: %s\n", name.c_str(), hung ? "hung" : "threw or aborted");
         }
-        const bool harmless = fault.error == 0 || (fault.error == EINTR && !always &&
-                                                   (isWrite || made[call] == Kind::Truncate));
+        const bool harmless =
+            fault.error == 0 || (fault.error == EINTR && !always && IsRepeated(made[call]));
         const auto last = static_cast<unsigned int>(session.Documents().size() - 1);
         const std::string bytes = FileBytes(session.FileName());
         if (session.DocumentNumber(bytes, harmless ? last : progress.done.load()) < 0) {
@@ -193,10 +214,14 @@ int main(int argc, char** argv)
     Progress& progress = Shared<Progress>();
     Figures figures;
     unsigned int logs = 0;
+    unsigned int forMachine = 0;
     for (unsigned int seed = options.Number("seed"); figures.cases < options.Number("count");
          ++seed, ++logs) {
         const Writer writer = logs % 2 == 0 ? Writer::Generator : Writer::Layer;
-        Session session("trace", Load(seed, 100, 8'000), 12, writer);
+        const bool outlivesMachine = logs % 3 == 1;
+        forMachine += outlivesMachine ? 1 : 0;
+        Session session("trace", Load(seed, 100, 8'000), 12, writer,
+                        outlivesMachine ? Scrivel2::Durability::Machine : Scrivel2::Durability::Process);
         Trial trial(session, progress, figures, scratch);
         for (std::size_t call = 0; call < trial.Calls(); ++call) {
             for (const Fault& fault : faults) {
@@ -205,8 +230,8 @@ int main(int argc, char** argv)
             }
         }
     }
-    std::printf("system calls of %u logs failed in turn: %u cases: %u lost a flushed call, %u hung, "
-                "%u threw or aborted\n",
-                logs, figures.cases, figures.lost, figures.hung, figures.threwOrAborted);
+    std::printf("system calls of %u logs, %u of them to outlive the machine, failed in turn: %u cases: "
+                "%u lost a flushed call, %u hung, %u threw or aborted\n",
+                logs, forMachine, figures.cases, figures.lost, figures.hung, figures.threwOrAborted);
     return figures.lost == 0 && figures.hung == 0 && figures.threwOrAborted == 0 ? 0 : 1;
 }
