@@ -7,8 +7,8 @@
 // replayed into memory, and for each of them states of the disk are drawn, until there are so many.
 //
 // Fails when a state is rejected by libxml2 or lacks a call of a flush that had ended. Where the disk
-// knows of the file's size before it has its bytes there are zeros at the end; so a third of the states
-// have some, which are cut off before libxml2 sees them.
+// knows of the file's size before it has its bytes there are zeros at the end. So up to a third of the
+// states are drawn of such a disk; the zeros are cut off before libxml2 sees them.
 //
 // Of the first `--left-out` logs each synchronisation is left out in turn: fails, too, when there is one
 // after a write that none of the states miss. The first three logs have none; the fourth flushes the same
