@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include <libxml/parser.h>
@@ -111,16 +112,21 @@ public:
     {
         const Silence silence;
         while (size != 0 && error.empty()) {
-            const std::size_t piece = std::min<std::size_t>(size, 64 * 1024);
-            fed += piece;
-            xmlParseChunk(context, bytes, int(piece), 0);
+            std::string_view piece(bytes, std::min<std::size_t>(size, 64 * 1024));
+            const std::optional<Markup> open = Pending() > longestUndivided ? OpenMarkup() : std::nullopt;
+            const std::size_t place = open ? PlaceToDivide(piece, *open) : 0;
+            if (place != 0)
+                piece = piece.substr(0, place);
+            fed += piece.size();
+            xmlParseChunk(context, piece.data(), int(piece.size()), 0);
             RefuseWhatEndedParsing();
-            if (error.empty() && Pending() > longestUndivided)
-                Divide(bytes[piece - 1]);
+            // It may have come to its end.
+            if (error.empty() && place != 0 && Pending() > longestUndivided)
+                Divide(*open);
             if (error.empty() && Pending() > longestMarkup)
                 Refuse("a tag or a comment is longer than 16 MB");
-            bytes += piece;
-            size -= piece;
+            bytes += piece.size();
+            size -= piece.size();
         }
         return error.empty();
     }
@@ -174,30 +180,58 @@ private:
     /// How much the parser keeps until the markup that it is reading is over.
     std::uint64_t Pending() const { return fed - std::min(fed, Position()); }
 
-    /// Makes two of an instruction or a section whose end hasn't come, or of a comment that says
-    /// nothing: what was fed so far is over then, and the parser forgets it. The document is as
-    /// well-formed as it was.
-    void Divide(char last)
+    /// Markup that may be divided: how it begins and what ends it.
+    struct Markup
+    {
+        std::string_view begin;
+        std::string_view end;
+    };
+
+    /// The instruction or the section whose end hasn't come, or a comment that says nothing.
+    std::optional<Markup> OpenMarkup() const
     {
         const xmlParserInput& input = *context->input;
         const std::string_view pending(reinterpret_cast<const char*>(input.cur),
                                        std::size_t(input.end - input.cur));
-        // Neither within a character nor within what ends the markup; and after an instruction's name.
-        const bool isPlain = last == ' ' || (last >= 'a' && last <= 'z') || (last >= '0' && last <= '9');
         const bool isUtf8 = input.buf != nullptr && input.buf->encoder == nullptr;
-        if (!isPlain || !isUtf8 || !hasRoot)
-            return;
+        if (!isUtf8 || !hasRoot)
+            return {};
         constexpr std::size_t longestName = 64;
-        if (pending.substr(0, 2) == "<?" && pending.find(' ') < longestName)
-            Insert("?><?x ");
-        else if (pending.substr(0, 4) == "<!--" && depth == 0)
-            Insert("--><!--");
-        else if (pending.substr(0, 9) == "<![CDATA[" || sectionAt == Position())
-            Insert("]]><![CDATA[");
+        const bool hasName =
+            pending.substr(0, longestName).find_first_of(" \t\r\n") != std::string_view::npos;
+        if (pending.substr(0, 2) == "<?" && hasName)
+            return Markup{"<?x ", "?>"};
+        // libxml2 takes <!--> for a comment, and then finds no end of it: a blank keeps the > away.
+        if (pending.substr(0, 4) == "<!--" && depth == 0)
+            return Markup{"<!-- ", "-->"};
+        if (pending.substr(0, 9) == "<![CDATA[" || sectionAt == Position())
+            return Markup{"<![CDATA[", "]]>"};
+        return {};
     }
 
-    void Insert(std::string_view text)
+    /// The last place in a piece where markup may be divided: neither within a character, nor within a
+    /// line end, nor within what ends it, whose bytes are looked for on both sides. 0 if there is none.
+    static std::size_t PlaceToDivide(std::string_view piece, const Markup& markup)
     {
+        constexpr std::size_t around = 2;
+        for (std::size_t at = piece.size() - std::min(piece.size(), around); at >= around; --at) {
+            const bool isInCharacter = (static_cast<unsigned char>(piece[at]) & 0xc0) == 0x80;
+            const bool isInLineEnd = piece[at - 1] == '\r' && piece[at] == '\n';
+            const bool isInEnd =
+                piece.substr(at - around, 2 * around).find(markup.end) != std::string_view::npos;
+            // A comment doesn't end with three hyphens.
+            const bool isAfterHyphen = piece[at - 1] == '-' && markup.end[0] == '-';
+            if (!isInCharacter && !isInLineEnd && !isInEnd && !isAfterHyphen)
+                return at;
+        }
+        return 0;
+    }
+
+    /// Makes two of it: what was fed so far is over then, and the parser forgets it. The document is as
+    /// well-formed as it was.
+    void Divide(const Markup& open)
+    {
+        const std::string text = std::string(open.end).append(open.begin);
         xmlParseChunk(context, text.data(), int(text.size()), 0);
         inserted += text.size();
         RefuseWhatEndedParsing();

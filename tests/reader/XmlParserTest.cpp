@@ -105,11 +105,61 @@ TEST(XmlParser, ReadsSectionsOfAnyLength)
     EXPECT_EQ(events.substr(events.size() - 12), "</@19000019>");
 }
 
+/// 20 MB of the same few bytes.
+std::string Repeated(std::string_view bytes)
+{
+    std::string text;
+    while (text.size() < 20 * 1000 * 1000)
+        text += bytes;
+    return text;
+}
+
+TEST(XmlParser, ReadsInstructionsOfAnyLengthWhateverIsInThem)
+{
+    for (const std::string_view bytes : {"A", ".", "<", "-", ">", "]", "?", "\xc3\xa9", "\xe4\xb8\xad",
+                                         "\xf0\x9f\x99\x82", "\r\n", "\r"}) {
+        EXPECT_EQ(Events("<a><?x " + Repeated(bytes) + "?></a>", 64 * 1024).substr(0, 12), "<a@0:1></@20")
+            << bytes;
+    }
+    EXPECT_EQ(Events("<a><?x\n" + Repeated("A") + "?></a>", 64 * 1024), "<a@0:1></@20000013>");
+}
+
+TEST(XmlParser, ReadsSectionsOfAnyLengthWhateverIsInThem)
+{
+    for (const std::string_view bytes :
+         {"A", "<", "?", "-", ">", "]", "]>", "\xe4\xb8\xad", "\xf0\x9f\x99\x82"}) {
+        const std::string text = Repeated(bytes);
+        EXPECT_TRUE(Events("<a><![CDATA[" + text + "]]></a>", 64 * 1024) ==
+                    "<a@0:1>" + text + "</@" + std::to_string(text.size() + 19) + ">")
+            << bytes;
+    }
+}
+
+TEST(XmlParser, FindsTheEndOfLongMarkupWhereverPiecesEnd)
+{
+    // In the sixth piece the markup is long; it ends at each byte of what ends the markup, and around it.
+    constexpr std::size_t piece = 64 * 1024;
+    for (std::size_t size = 6 * piece - 30; size < 6 * piece; ++size) {
+        const std::string text(size, 'A');
+        const std::string before = "<a@0:1>";
+        EXPECT_EQ(Events("<a><?x " + text + "?><b/></a>", piece),
+                  before + "<b@" + std::to_string(size + 9) + ":1></@" + std::to_string(size + 13) +
+                      "></@" + std::to_string(size + 17) + ">");
+        EXPECT_TRUE(Events("<a><![CDATA[" + text + "]]></a>", piece) ==
+                    before + text + "</@" + std::to_string(size + 19) + ">")
+            << size;
+        EXPECT_EQ(Events("<a></a><!--" + text + "--><!---->", piece).find("error"), std::string::npos);
+    }
+}
+
 TEST(XmlParser, ReadsCommentsOfAnyLengthAfterTheRootElement)
 {
     const std::string events = EventsAround("<a></a><!--", "-->");
     EXPECT_EQ(events.substr(0, 13), "<a@0:1></@7>!");
     EXPECT_EQ(events.find("error"), std::string::npos);
+    for (const std::string_view bytes : {"A", "a->", "-\xe4\xb8\xad"})
+        EXPECT_EQ(Events("<a></a><!--" + Repeated(bytes) + "-->", 64 * 1024).find("error"),
+                  std::string::npos);
     EXPECT_EQ(EventsAround("<a><!--", "--></a>"),
               "<a@0:1> error at 1: a tag or a comment is longer than 16 MB");
 }
@@ -121,6 +171,14 @@ TEST(XmlParser, IsStrictWithinInstructionsOfAnyLength)
     EXPECT_EQ(EventsAround("<a></a><?x ", "?><b/>").substr(0, 30), before + "1000001:");
     EXPECT_EQ(EventsAround("<a></a><?x ", "").substr(0, 22), before);
     EXPECT_EQ(EventsAround("<a></a><?-x ", "?>").substr(0, 22), before);
+    for (const std::string_view bytes : {"\xc3", "A\xe4\xb8"}) {
+        EXPECT_NE(Events("<a><?x " + Repeated(bytes) + "?></a>", 64 * 1024).find("error"),
+                  std::string::npos);
+        EXPECT_NE(Events("<a><![CDATA[" + Repeated(bytes) + "]]></a>", 64 * 1024).find("error"),
+                  std::string::npos);
+    }
+    EXPECT_NE(Events("<a></a><!--" + Repeated("A") + "-- -->", 64 * 1024).find("error"),
+              std::string::npos);
 }
 
 TEST(XmlParser, RefusesATagThatDoesNotEnd)
