@@ -6,7 +6,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -148,6 +147,8 @@ public:
         ReadOptions options;
         options.contents = false;
         ReadLog(path, log, options, terminal);
+        if (log.last.size() > mostCalls)
+            log.last.pop_front();
         const auto writeReport = [&](OutputFile& file) {
             return file.Write(hide(Page(facts, log.header, number, path)));
         };
@@ -183,7 +184,8 @@ private:
         void Entered(const Call& call) override
         {
             last.push_back(call.number);
-            if (last.size() > mostCalls)
+            // One more: the last may be taken back.
+            if (last.size() > mostCalls + 1)
                 last.pop_front();
         }
         void TakenBack(const Call&) override { last.pop_back(); }

@@ -41,6 +41,23 @@ TEST_F(Report, HasASmallLogOfTheLastCalls)
               "  #68 CADIMemWrite had not returned when the log ended (line 828, byte 27764)\n");
 }
 
+TEST_F(Report, HasAsManyCallsWhereTheLastOneIsDamaged)
+{
+    std::string elements;
+    for (int number = 1; number <= 60; ++number) {
+        elements += "    <A call_num=\"" + std::to_string(number) +
+                    "\"\n     call_time=\"0.000001 s\">\n"
+                    "        <return_time>0.000001 s</return_time>\n    </A>\n";
+    }
+    const std::string log = LogOf(elements);
+    Write("log.xml", log);
+    Write("cut.xml", log.substr(0, log.rfind("<return_time>")));
+    for (const char* const file : {"log.xml", "cut.xml"}) {
+        Run({"report", file, "-o", "bug", "--force"});
+        EXPECT_EQ(Run({"check", "bug/calls.xml"}).out, "bug/calls.xml: whole, 50 calls\n") << file;
+    }
+}
+
 TEST_F(Report, HasAPageOfTheSmallLog)
 {
     Run({"report", "crash-4242.xml", "-o", "bug"});
