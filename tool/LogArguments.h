@@ -63,7 +63,8 @@ private:
     ScrivelReader::FilterText text;
 };
 
-/// A command that reads the calls that a filter leaves. It adds the options of its members.
+/// A command that reads the calls that a filter leaves. A derived command adds the options of `logs` and
+/// `filter` in its constructor.
 class ReadingAction : public Action
 {
 public:
