@@ -76,9 +76,10 @@ void ScrivelXmlGenRunBase::WriteReg(std::string ident, eslapi::CADIReg_t reg)
     // A register that the table names is written under that name, not under the argument's.
     const std::string known = FindName(registerNames, reg.regNumber);
     const std::string& name = known.empty() ? ident : known;
-    WriteRecord(name, Field{"regNumber", Decimal{reg.regNumber}},
-                Field{"bytes", NumberOfBytes{reg.bytes}}, Field{"offset128", Decimal{reg.offset128}},
-                Field{"isUndefined", Word(reg.isUndefined)}, Field{"attribute", Named(reg.attribute)});
+    WriteRecord(name,  //
+                Field{"regNumber", Decimal{reg.regNumber}}, Field{"bytes", NumberOfBytes{reg.bytes}},
+                Field{"offset128", Decimal{reg.offset128}}, Field{"isUndefined", Word(reg.isUndefined)},
+                Field{"attribute", Named(reg.attribute)});
 }
 
 void ScrivelXmlGenRunBase::WriteRegArray(std::string ident, eslapi::CADIReg_t* regs, unsigned int count)

@@ -158,7 +158,10 @@ bool OpenFile::GiveFirstName()
 /// The number of its names lies with the file, the name in the folder.
 bool OpenFile::SynchroniseName() const
 {
-    return Uninterrupted([&] { return fsync(descriptor); }) == 0 && SynchroniseFolder(FolderOf(newName));
+    if (Uninterrupted([&] { return fsync(descriptor); }) != 0) {
+        return false;
+    }
+    return SynchroniseFolder(FolderOf(newName));
 }
 
 /// Removes the file, unless another has its name by now.
@@ -247,16 +250,11 @@ bool OpenFile::CutAt(off_t end)
            (!synchronises || Synchronise());
 }
 
-bool OpenFile::CutTrailerAt(off_t end)
+bool OpenFile::CutTrailer(off_t start, off_t end)
 {
-    return (!synchronises || CutPagesAfter(end)) && CutAt(end);
-}
-
-bool OpenFile::CutPagesAfter(off_t end)
-{
-    struct stat status;
-    const off_t pageEnd = PageEnd(end);
-    return fstat(descriptor, &status) == 0 && (status.st_size <= pageEnd || CutAt(pageEnd));
+    const off_t pageEnd = PageEnd(start);
+    const bool hasPages = synchronises && pageEnd < end;
+    return (!hasPages || CutAt(pageEnd)) && CutAt(start);
 }
 
 /// One that has failed is not repeated: the kernel may have dropped what it could not write, and a second

@@ -73,9 +73,10 @@ public:
     bool Write(std::string_view bytes, off_t offset);
     bool CutAt(off_t end);
 
-    /// As CutAt, where what is cut off is markup of its own. The disk may have zeros in the place of the
-    /// rest of a page before it knows that the file is shorter: by then no page comes after them.
-    bool CutTrailerAt(off_t end);
+    /// Cuts off [start, end), the end of the file and markup of its own. The disk may have zeros in the
+    /// place of the rest of a page before it knows that the file is shorter: by then no page comes after
+    /// them.
+    bool CutTrailer(off_t start, off_t end);
 
     /// Whether the descriptor still leads to the file that was opened, and that ends where it should: not
     /// when the host has closed the descriptor and got its number for a file of its own.
@@ -89,7 +90,6 @@ private:
         ToBeKept  ///< or else removed
     };
 
-    bool CutPagesAfter(off_t end);
     bool Synchronise() const;
     bool GiveFirstName();
     bool SynchroniseName() const;

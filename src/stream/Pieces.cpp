@@ -36,6 +36,7 @@
 #include "stream/Pieces.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Scrivel2
 {
@@ -280,8 +281,7 @@ bool Pieces::CommitHidden()
 /// Without it the new document has a trailer, and no pieces any more.
 bool Pieces::CutTrailer()
 {
-    fileEnd = end;
-    if (file.CutTrailerAt(end)) {
+    if (file.CutTrailer(end, std::exchange(fileEnd, end))) {
         return true;
     }
     Forget();

@@ -133,7 +133,7 @@ bool SyncedFlush::CutTrailer()
 {
     assert(state == State::Committed);
     state = State::Done;
-    return file.CutTrailerAt(text.end);
+    return file.CutTrailer(text.end, staging.End());
 }
 
 }  // namespace Scrivel2

@@ -267,6 +267,22 @@ TEST_F(SyncedFlush, AnySynchronisationMayFail)
     }
 }
 
+TEST_F(SyncedFlush, AnySynchronisationMayFailWhereTheTrailerIsOnAPageOfItsOwn)
+{
+    constexpr std::size_t before = pageSize - 3;
+    const std::string added = Element(2 * pageSize - 4 - 7);  // the text ends four bytes before a page
+    for (unsigned int toFail = 1;; ++toFail) {
+        ASSERT_LT(toFail, 10U);
+        Begin(before, "<bbbbbbbbbb/>\n");
+        const auto changes = Watch([&] { Grow(added); }, toFail);
+        if (log.good()) {
+            EXPECT_EQ(Count(changes, Kind::Cut), 2U);
+            break;
+        }
+        EXPECT_TRUE(IsDocument(File())) << toFail;
+    }
+}
+
 TEST_F(SyncedFlush, AnySynchronisationOfPiecesMayFail)
 {
     log.SetMostInMemory(4 * pageSize);
