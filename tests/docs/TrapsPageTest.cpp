@@ -6,6 +6,10 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <memory>
+#include <string>
+
 namespace
 {
 
@@ -261,6 +265,8 @@ using TrapsOfLayer = ScrivelTest::ScratchTest;
 
 TEST_F(TrapsOfLayer, AreNone)
 {
+    std::filesystem::create_directory("below");
+    std::filesystem::current_path("below");
     Scrivel2::RunLog log("../2 logs/of -x");
     log.Comment("a--b");
     auto older = std::make_unique<Scrivel2::LoggedCall<Scrivel2XmlGenRun>>(log, "CADI Run");
