@@ -60,6 +60,16 @@ bool HasStopped(Context* context, long /*otherwise*/)
     return context->disableSAX != 0;
 }
 
+// libxml2 deprecates the member from 2.14 on, and has nothing else that tells.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+/// Whether the parser reads the bytes as they were fed, and not from another encoding.
+bool IsUtf8(const xmlParserInput& input)
+{
+    return input.buf != nullptr && input.buf->encoder == nullptr;
+}
+#pragma GCC diagnostic pop
+
 class LibXml2Parser final : public XmlParser
 {
 public:
@@ -193,8 +203,7 @@ private:
         const xmlParserInput& input = *context->input;
         const std::string_view pending(reinterpret_cast<const char*>(input.cur),
                                        std::size_t(input.end - input.cur));
-        const bool isUtf8 = input.buf != nullptr && input.buf->encoder == nullptr;
-        if (!isUtf8 || !hasRoot)
+        if (!IsUtf8(input) || !hasRoot)
             return {};
         constexpr std::size_t longestName = 64;
         const bool hasName =
