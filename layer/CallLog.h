@@ -48,8 +48,8 @@ public:
     /// Starts a log, run-4242.xml for the name "run". A folder in the name is taken as one; LogOptions
     /// tells where the file is made. A name that XML doesn't allow is made legal, and one that is in use
     /// gets a number (LogFiles): nothing is overwritten. Where process ids come again, DatedName("run")
-    /// tells the logs apart. A folder or a file that can't be made, or not be waited for, is reported on
-    /// standard error, and what is logged is lost.
+    /// tells the logs apart. A folder or a file that can't be made or waited for is reported on standard
+    /// error, and what is logged is lost.
     explicit CallLog(std::string_view name, const LogOptions& options = {})
         : settings(name, options), files(settings), forkCount(Layer::ForkCount()),
           ended(!files.CanBegin()), fullAt(settings.fileSize), generator(files.LogName().c_str())

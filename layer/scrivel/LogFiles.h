@@ -23,8 +23,8 @@ class [[gnu::visibility("default")]] LogFiles;
 /// Files that follow the first, of a log with a limit of size, have its name and a number,
 /// "run-4242.2.xml". Numbers that are in use are left out.
 ///
-/// All lie in the same folder, whatever the current directory is later. A folder that can't be made, or
-/// not be waited for, is reported on standard error. A log that is off has no files.
+/// All lie in the same folder, whatever the current directory is later. A folder that can't be made or
+/// waited for is reported on standard error. A log that is off has no files.
 class LogFiles
 {
 public:

@@ -7,7 +7,6 @@
 #include "support/FileChanges.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -162,12 +161,8 @@ TEST_F(Durabilities, FolderBehindALinkIsOnTheDiskWhereItLies)
 TEST_F(Durabilities, FileThatCantBeSynchronisedIsReportedAndLeavesNone)
 {
     for (const unsigned int toFail : {1U, 2U, 3U}) {
-        unsigned int count = 0;
         FileChanges record;
-        record.synchronise = [&] {
-            errno = EIO;
-            return ++count == toFail ? -1 : 0;
-        };
+        record.FailSynchronisations({toFail});
         testing::internal::CaptureStderr();
         RunLog log("run", ForMachine());
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -181,12 +176,8 @@ TEST_F(Durabilities, FileThatCantBeSynchronisedIsReportedAndLeavesNone)
 TEST_F(Durabilities, FolderThatCantBeSynchronisedIsReportedAndThereIsNoLog)
 {
     for (const unsigned int toFail : {1U, 2U}) {
-        unsigned int count = 0;
         FileChanges record;
-        record.synchronise = [&] {
-            errno = EIO;
-            return ++count == toFail ? -1 : 0;
-        };
+        record.FailSynchronisations({toFail});
         testing::internal::CaptureStderr();
         {
             RunLog log("run", ForMachine("a/b"));

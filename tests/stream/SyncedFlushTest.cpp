@@ -37,11 +37,7 @@ protected:
     {
         Disk disk(File());
         FileChanges record;
-        unsigned int count = 0;
-        record.synchronise = [&] {
-            errno = EIO;
-            return ++count == toFail ? -1 : 0;
-        };
+        record.FailSynchronisations({toFail});
         change();
         const auto below = [this](std::size_t limit) { return random() % limit; };
         for (const FileChange& step : record.changes) {
@@ -314,12 +310,7 @@ TEST_F(SyncedFlush, AnyTwoSynchronisationsMayFail)
         for (unsigned int second = first + 1; second <= first + 6; ++second) {
             Begin(pageSize - 3, "<bbbbbbbbbb/>\n");
             FileChanges record;
-            unsigned int count = 0;
-            record.synchronise = [&] {
-                ++count;
-                errno = EIO;
-                return count == first || count == second ? -1 : 0;
-            };
+            record.FailSynchronisations({first, second});
             Grow(Element(9000));
             EXPECT_TRUE(log.bad());
             EXPECT_TRUE(IsDocument(File())) << first << " and " << second << ":\n" << File();

@@ -3,6 +3,7 @@
 #include "support/FileChanges.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -93,6 +94,14 @@ FileChanges::FileChanges(std::function<unsigned int()> told)
               return result;
           }))
 {
+}
+
+void FileChanges::FailSynchronisations(const std::vector<unsigned int>& numbers)
+{
+    synchronise = [numbers, count = 0U]() mutable {
+        errno = EIO;
+        return std::count(numbers.begin(), numbers.end(), ++count) > 0 ? -1 : 0;
+    };
 }
 
 int FileChanges::Synchronise(FileChange::Kind kind)

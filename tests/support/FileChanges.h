@@ -52,6 +52,9 @@ public:
     /// How waiting for the disk ends. What has failed is not recorded.
     std::function<int()> synchronise = [] { return 0; };
 
+    /// Lets those fail with EIO whose numbers are given; the first is 1.
+    void FailSynchronisations(const std::vector<unsigned int>& numbers);
+
 private:
     int Synchronise(FileChange::Kind kind);
     int SynchroniseAll(int file);
