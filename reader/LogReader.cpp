@@ -240,7 +240,7 @@ private:
         }
     }
 
-    /// Gives a new parser what is held. As long as it finds damage, another one begins further behind.
+    /// Gives a new parser what is held. As long as it finds damage, another one begins further on.
     void ParseHeld()
     {
         while (state == State::Parsing) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The library is built against declarations that are not its own: every record has further fields before
-# and behind, one has a base, texts are longer, no enumeration has a fixed underlying type.
+# and after, one has a base, texts are longer, no enumeration has a fixed underlying type.
 . "$(dirname "$0")/common.sh"
 
 mkdir cadi

@@ -78,7 +78,7 @@ TEST_F(Show, TellsThatACallIsntThere)
     EXPECT_EQ(outcome.status, 1);
 }
 
-/// A log whose calls fill megabytes: number `continued` goes on far behind its beginning.
+/// A log whose calls fill megabytes: number `continued` goes on far after its beginning.
 std::string LongLog(int count, int continued)
 {
     std::string elements;
