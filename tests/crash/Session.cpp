@@ -155,10 +155,10 @@ int Session::DocumentNumber(const std::string& bytes, unsigned int atLeast)
         return -1;
     };
     const int number = numberWhere([&](const std::string& document) { return bytes == document; });
-    const std::string bare = number < 0 ? WithoutInstructions(bytes) : "";
-    return bare.empty() ? number : numberWhere([&](const std::string& document) {
-        return bare == WithoutInstructions(document);
-    });
+    const std::string bare = number < 0 ? BareLog(bytes) : "";
+    return bare.empty()
+               ? number
+               : numberWhere([&](const std::string& document) { return bare == BareLog(document); });
 }
 
 ChildEnd InChild(const std::function<void()>& work)

@@ -43,7 +43,8 @@ public:
     const std::vector<std::string>& Documents();
 
     /// The number of the flush whose document `bytes` are; -1 when they are none's, or that of a flush
-    /// before number `atLeast`. Instructions of an unfinished flush belong to no call and do no harm.
+    /// before number `atLeast`. Instructions of an unfinished flush belong to no call and do no harm,
+    /// and neither do blanks that its last tags lack.
     int DocumentNumber(const std::string& bytes, unsigned int atLeast);
 
 private:

@@ -230,16 +230,17 @@ std::vector<std::string> XPath(const std::string& bytes, const std::string& expr
     return texts;
 }
 
-std::string WithoutInstructions(const std::string& bytes)
+std::string BareLog(const std::string& bytes)
 {
     const Document document = TreeOf(bytes);
     if (document == nullptr) {
         return {};
     }
-    const XPathResult instructions = Evaluate(document.get(), "//processing-instruction()");
-    for (int i = 0; i < xmlXPathNodeSetGetLength(instructions->nodesetval); ++i) {
-        xmlUnlinkNode(xmlXPathNodeSetItem(instructions->nodesetval, i));
-        xmlFreeNode(xmlXPathNodeSetItem(instructions->nodesetval, i));
+    const XPathResult noise = Evaluate(
+        document.get(), "//processing-instruction() | //text()[normalize-space() = '' and ../*]");
+    for (int i = 0; i < xmlXPathNodeSetGetLength(noise->nodesetval); ++i) {
+        xmlUnlinkNode(xmlXPathNodeSetItem(noise->nodesetval, i));
+        xmlFreeNode(xmlXPathNodeSetItem(noise->nodesetval, i));
     }
     xmlChar* text = nullptr;
     const int length = xmlC14NDocDumpMemory(document.get(), nullptr, XML_C14N_1_0, nullptr, 0, &text);

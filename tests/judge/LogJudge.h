@@ -76,9 +76,9 @@ std::optional<std::vector<Element>> Elements(std::string_view bytes);
 std::vector<std::string> XPath(const std::string& bytes, const std::string& expression,
                                Prefixes prefixes = Prefixes::Declared);
 
-/// The canonical form of a log, without the instructions and comments in it and after it; empty when the
-/// bytes are no document.
-std::string WithoutInstructions(const std::string& bytes);
+/// The canonical form of a log, without instructions, comments and blanks between elements: the same for
+/// all that a flush leaves on its way to one document. Empty when the bytes are no document.
+std::string BareLog(const std::string& bytes);
 
 }  // namespace ScrivelTest
 

@@ -154,13 +154,15 @@ TEST(LogJudge, FindsNodesNumbersAndTruthByXPath)
     EXPECT_THROW(XPath("<a>", "//a"), std::invalid_argument);
 }
 
-TEST(LogJudge, CanonicalFormLacksInstructionsAndComments)
+TEST(LogJudge, BareLogLacksInstructionsCommentsAndBlanksBetweenElements)
 {
-    const std::string bare = WithoutInstructions("<a><b/></a>");
+    const std::string bare = BareLog("<a><b/></a>");
     EXPECT_EQ(bare, "<a><b></b></a>");
-    EXPECT_EQ(WithoutInstructions("<a><?x y?><b/><!-- c --></a>\n<?x z?>\n"), bare);
-    EXPECT_NE(WithoutInstructions("<a><b>1</b></a>"), bare);
-    EXPECT_EQ(WithoutInstructions("<a><b></a>"), "");
+    EXPECT_EQ(BareLog("<a><?x y?><b/><!-- c --></a>\n<?x z?>\n"), bare);
+    EXPECT_EQ(BareLog("<a>\n    <?x y?>\n<b/> </a>"), bare);
+    EXPECT_NE(BareLog("<a><b>1</b></a>"), bare);
+    EXPECT_NE(BareLog("<a><b> </b></a>"), bare);
+    EXPECT_EQ(BareLog("<a><b></a>"), "");
 }
 
 }  // namespace
