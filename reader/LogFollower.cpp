@@ -89,10 +89,10 @@ public:
     std::uint64_t Settled() const { return settled; }
     /// Where an element begins that is far enough from the end for the next look to begin with.
     std::uint64_t Resume() const { return resume; }
-    /// The last element, when it is a call's and has not settled.
+    /// The last element, when it is a call's that has not returned, and has not settled.
     std::optional<Part> Last() const
     {
-        return isCall && !hasSettled ? std::make_optional(last) : std::nullopt;
+        return isCall && !hasReturned && !hasSettled ? std::make_optional(last) : std::nullopt;
     }
     const LogEnd& End() const { return end; }
     std::uint64_t LastEnd() const { return last.end; }
@@ -124,12 +124,15 @@ private:
         if (depth == 3 && isReturnTime && ParseTime(text))
             hasReturned = true;
         isReturnTime = false;
-        if (depth == 2)
+        if (depth == 2) {
             last.end = base + parser->Position();
+            blankSince = false;
+        }
         if (depth == 1 && !rootEnded) {
             rootEnded = true;
             end.rootEnded = true;
-            if (isCall && hasReturned)
+            // While a flush ends, the last tags stand a few bytes too early, without blanks between them.
+            if (isCall && hasReturned && blankSince)
                 Settle();
         }
         --depth;
@@ -137,6 +140,8 @@ private:
 
     void Text(std::string_view piece) override
     {
+        if (depth == 1)
+            blankSince = piece.find_first_not_of(" \t\r\n") == std::string_view::npos;
         constexpr std::size_t longestTime = 64;
         if (isReturnTime && text.size() < longestTime)
             text.append(piece.substr(0, longestTime));
@@ -173,6 +178,7 @@ private:
     bool isCall = false;
     bool hasReturned = false;
     bool hasSettled = true;
+    bool blankSince = false;  // nothing but blanks has followed the last element, and some have
     std::uint64_t settled = 0;
     std::uint64_t resume = 0;
     LogEnd end{};

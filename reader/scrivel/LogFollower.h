@@ -4,7 +4,7 @@
 // end, the new one or a part of either. So the follower reads the end of the file again each time it
 // looks, from an element that begins well before it, and hands on an element only when it is seen to be
 // complete: something of its level follows it, or it has returned and the end tag of the root element
-// follows. When what it reads is no document, nothing is handed on, and the next look tells more.
+// follows after blanks. When what it reads is no document, nothing is handed on, and the next look tells more.
 //
 //     LogFollower follower(handler);
 //     follower.Open("run-4242.xml", error);

@@ -134,6 +134,21 @@ TEST_F(Follower, TakesTheTailThatHidesAFlushForNoEndOfACall)
               "1, ");
 }
 
+TEST_F(Follower, KeepsACallBackWhoseEndTagIsYetToGetItsPlace)
+{
+    const auto closed = [](const std::string& call) {
+        return call.substr(0, call.find("\n    </A>")) + "</A>";
+    };
+    const std::string one = header + Returned(1);
+    EXPECT_EQ(Handed(one + closed(Returned(2)) + "</run-42><?x  ?>"), "1, ");
+    EXPECT_FALSE(follower.Last().has_value());
+    // Seen while the one end was being replaced by the other.
+    EXPECT_EQ(Handed(one + closed(Returned(2)) + "/A>\n" + rootEnd), "");
+    EXPECT_EQ(Handed(one + Returned(2) + rootEnd), "2, ");
+    EXPECT_EQ(Handed(one + Returned(2) + closed(Returned(3)) + "</run-42><?x  ?>"), "");
+    EXPECT_EQ(Finished(), "3, ");
+}
+
 TEST_F(Follower, ReadsTheLastEightKilobytesAgain)
 {
     const std::string filler = "        <x>" + std::string(5000, 'x') + "</x>\n";
