@@ -17,13 +17,6 @@ constexpr std::size_t longestAround = [] {
     }
     return longest;
 }();
-static_assert([] {
-    std::size_t longest = 0;
-    for (const Cover& cover : covers) {
-        longest = std::max(longest, cover.opening.size());
-    }
-    return longest;
-}() == Cover::longestOpening);
 // An instruction may stand before a mark, or the end of one after it.
 static_assert(longestAround + LogWords::flushOpening.size() + LogWords::flushClosing.size() +
                   longestCopy <=

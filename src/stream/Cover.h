@@ -7,6 +7,7 @@
 #include "format/LogWords.h"
 #include "stream/FileTail.h"
 #include "stream/FlushText.h"
+#include "stream/StandIn.h"
 
 #include <algorithm>
 #include <array>
@@ -46,15 +47,9 @@ struct Cover
     template <typename Write>
     bool Over(char* bytes, Write write) const
     {
-        std::array<char, longestOpening> first;
-        std::copy_n(bytes, opening.size(), first.begin());
-        std::copy_n(opening.data(), opening.size(), bytes);
-        const bool written = write();
-        std::copy_n(first.begin(), opening.size(), bytes);
-        return written;
+        const StandIn first(bytes, opening);
+        return write();
     }
-
-    static constexpr std::size_t longestOpening = 9;
 
 private:
     bool TextFits(const FlushText& text, const FileTail& tail) const;

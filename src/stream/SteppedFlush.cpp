@@ -19,6 +19,20 @@
 //                  ...MMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMM|MMMMMMMMM<?x ?>
 //   DONE       The trailer is cut off.
 //
+// Text that ends in end tags with blanks between them needs no trailer. Until the commit those tags stand
+// without the blanks, and a last instruction takes the room of these (ClosedEnd.h), so that the file has
+// its length from the first write on:
+//
+//            Stage               Merge              Commit           WriteTrueEnd
+//   BEFORE ---------> STAGED -----------> MERGED -----------> COMMITTED -------------> DONE
+//
+//   STAGED     ...T0<?x mmmmmmm?>|<?x mmmmmmmmmm?>|<?x mmm</call></trace-4242><?x ?>
+//   MERGED     ...T0<?x mmmmmmmmm|mmmmmmmmmmmmmmmm|mmm</call></trace-4242><?x ?>
+//   COMMITTED  ...MMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMM|MMM</call></trace-4242><?x ?>
+//   DONE       ...MMMMMMMMMMMMMMM|MMMMMMMMMMMMMMMM|MMM</call>\n</trace-4242>\n
+//
+// As a write goes through the pages in their order, one does both last steps of text on two of them.
+//
 // When T0 and the opening lie across two pages, a kill could leave one half of them replaced. Then T0 is
 // hidden before it is replaced: the true bytes are written over T0 and all that follows it, but with an
 // opening "<?x " in the place of their first four, and the commit is to write those four.
@@ -53,6 +67,8 @@
 // docs/crash-safety.md has the conditions of each form in a table.
 
 #include "stream/SteppedFlush.h"
+
+#include "stream/StandIn.h"
 
 #include <algorithm>
 #include <cassert>
@@ -116,13 +132,32 @@ SteppedFlush::Outcome SteppedFlush::RunInOnePage()
     if (!staging.GetMemoryFor(text, tail.End(), opening)) {
         return Outcome::NotBegun;
     }
-    if (!Stage(opening) || !Merge()) {
+    if (const auto end = ClosedEnd::Of(text, PageEnd(firstInstruction))) {
+        return RunToClosedEnd(*end);
+    }
+    if (!Stage(opening, Mark{opening, closing}.Text()) || !Merge(text.end)) {
         return Outcome::TailStands;
     }
     if (!Commit(Staging::AfterOpening(firstInstruction))) {
         return Outcome::TailTouched;
     }
     return CutTrailer() ? Outcome::Done : Outcome::StaysAsItIs;
+}
+
+SteppedFlush::Outcome SteppedFlush::RunToClosedEnd(const ClosedEnd& end)
+{
+    const off_t lastPage = PageEnd(end.Start()) - pageSize;
+    {
+        const StandIn closedEnd(text.At(end.Start()), end.Bytes());
+        if (!Stage(opening, {}) || !Merge(Staging::AfterOpening(lastPage))) {
+            return Outcome::TailStands;
+        }
+    }
+    const bool onTwoPages = lastPage == PageEnd(text.start);
+    if (onTwoPages ? CommitAll() : Commit(Staging::AfterOpening(firstInstruction)) && WriteTrueEnd(end)) {
+        return Outcome::Done;
+    }
+    return Uncommit() ? Outcome::TailStands : Outcome::StaysAsItIs;
 }
 
 SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
@@ -132,7 +167,8 @@ SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
     if (inInstructions && !staging.GetMemoryFor(text, tail.End(), lead.Text())) {
         return Outcome::NotBegun;
     }
-    if (!(inInstructions ? Stage(lead.Text()) : StageBlank(lead.Text()))) {
+    if (!(inInstructions ? Stage(lead.Text(), Mark{lead.Text(), closing}.Text())
+                         : StageBlank(lead.Text()))) {
         return Outcome::TailStands;
     }
     if (!Hide(cover) || !Commit(cover.After(text.start))) {
@@ -145,11 +181,11 @@ SteppedFlush::Outcome SteppedFlush::RunHidden(const Cover& cover)
 
 /// Writes what comes after the tail as pages that begin with `lead` and end an instruction, and the
 /// trailer.
-bool SteppedFlush::Stage(std::string_view lead)
+bool SteppedFlush::Stage(std::string_view lead, std::string_view trailer)
 {
     assert(state == State::Before);
     state = State::Staged;
-    return staging.WriteInstructions(text, tail.End(), lead, Mark{lead, closing}.Text());
+    return staging.WriteInstructions(text, tail.End(), lead, trailer);
 }
 
 /// Writes what comes after the tail as pages that begin with `lead` and hold nothing else, and the
@@ -161,13 +197,13 @@ bool SteppedFlush::StageBlank(std::string_view lead)
     return staging.WriteBlank(tail.End(), text.end, lead, lead);
 }
 
-/// Writes the true bytes from the closing of the first instruction on.
-bool SteppedFlush::Merge()
+/// Writes the true bytes from the closing of the first instruction up to `to`.
+bool SteppedFlush::Merge(off_t to)
 {
     assert(state == State::Staged);
     state = State::Merged;
     return WriteText(std::min(PageEnd(firstInstruction), text.end) - static_cast<off_t>(closing.size()),
-                     text.end);
+                     to);
 }
 
 /// Writes the true bytes, but for the opening of a cover in the place of the first ones.
@@ -183,6 +219,33 @@ bool SteppedFlush::Commit(off_t to)
 {
     assert(state == State::Merged || state == State::Hidden);
     state = State::Committed;
+    return WriteText(text.start, to);
+}
+
+/// Writes the true bytes in the place of the closed end.
+bool SteppedFlush::WriteTrueEnd(const ClosedEnd& end)
+{
+    assert(state == State::Committed);
+    state = State::Done;
+    return WriteText(end.Start(), text.end);
+}
+
+/// Does both at once.
+bool SteppedFlush::CommitAll()
+{
+    assert(state == State::Merged);
+    state = State::Done;
+    return WriteText(text.start, text.end);
+}
+
+/// After a failed write: puts the tail, and the opening after it, in the place of the text again, whose
+/// end is still closed.
+bool SteppedFlush::Uncommit()
+{
+    const off_t to = Staging::AfterOpening(firstInstruction);
+    std::fill(text.bytes, text.At(to), '\n');
+    tail.Copy(text.start, tail.End(), text.bytes);
+    opening.copy(text.At(firstInstruction), opening.size());
     return WriteText(text.start, to);
 }
 

@@ -5,6 +5,7 @@
 #define SCRIVEL_STREAM_STEPPEDFLUSH_H
 
 #include "stream/Block.h"
+#include "stream/ClosedEnd.h"
 #include "stream/Cover.h"
 #include "stream/FileTail.h"
 #include "stream/FlushText.h"
@@ -64,13 +65,17 @@ private:
     };
 
     Outcome RunInOnePage();
+    Outcome RunToClosedEnd(const ClosedEnd& end);
     Outcome RunHidden(const Cover& cover);
 
-    bool Stage(std::string_view lead);
+    bool Stage(std::string_view lead, std::string_view trailer);
     bool StageBlank(std::string_view lead);
-    bool Merge();
+    bool Merge(off_t to);
     bool Hide(const Cover& cover);
     bool Commit(off_t to);
+    bool WriteTrueEnd(const ClosedEnd& end);
+    bool CommitAll();
+    bool Uncommit();
     bool CutTrailer();
 
     bool ReplacesTailInOnePage();

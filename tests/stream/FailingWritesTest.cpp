@@ -73,15 +73,17 @@ TEST_F(FailingWrites, FileStaysAsTheLastFlushLeftItAndTheStreamStaysBadUntilItIs
 TEST_F(FailingWrites, AnyWriteOfASteppedFlushMayFailOnce)
 {
     for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
-        for (unsigned int number = 1; number <= 3; ++number) {
-            const std::string before = Begin(size) + endTag;
-            FailWrites(number, number);
-            Grow(Element(5000));
-            platform.pwrite.Reset();
-            EXPECT_TRUE(log.bad());
-            EXPECT_EQ(File(), before) << "write " << number;
-            log.clear();
-            EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(before.size() - 7));
+        for (const std::string& added : {Element(5000), Indented(5000)}) {
+            for (unsigned int number = 1; number <= 3; ++number) {
+                const std::string before = Begin(size) + endTag;
+                FailWrites(number, number);
+                Grow(added);
+                platform.pwrite.Reset();
+                EXPECT_TRUE(log.bad());
+                EXPECT_EQ(File(), before) << "write " << number;
+                log.clear();
+                EXPECT_EQ(log.tellp(), static_cast<std::streamoff>(before.size() - 7));
+            }
         }
     }
 }
@@ -91,14 +93,51 @@ TEST_F(FailingWrites, AnyTwoWritesOfASteppedFlushMayFail)
     for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
         for (unsigned int first = 1; first <= 3; ++first) {
             for (unsigned int second = first + 1; second <= 9; ++second) {
-                Begin(size, "<bbbbbbbbbb/>\n");
-                FailWritesThat([=](unsigned int number) { return number == first || number == second; });
-                Grow(Element(9000));
-                platform.pwrite.Reset();
-                EXPECT_TRUE(log.bad());
-                EXPECT_TRUE(IsDocument(File())) << "writes " << first << " and " << second;
+                for (const std::string& added : {Element(9000), Indented(5000), Indented(9000)}) {
+                    Begin(size, "<bbbbbbbbbb/>\n");
+                    FailWritesThat(
+                        [=](unsigned int number) { return number == first || number == second; });
+                    Grow(added);
+                    platform.pwrite.Reset();
+                    EXPECT_TRUE(log.bad());
+                    EXPECT_TRUE(IsDocument(File())) << "writes " << first << " and " << second;
+                }
             }
         }
+    }
+}
+
+TEST_F(FailingWrites, CommitThatReachesOneOfItsPagesIsTakenBack)
+{
+    for (const bool disk : {false, true}) {
+        const std::string before = Begin(100) + endTag;
+        FailWritesThat([](unsigned int) { return false; });
+        std::vector<std::string> documents;
+        const auto stub = platform.pwrite.Use(
+            [&](int file, const void* bytes, std::size_t size, off_t position) -> ssize_t {
+                constexpr auto toPageEnd = pageSize - 107;
+                const bool isCommit = platform.pwrite.Calls() == 3;
+                if (platform.pwrite.Calls() == 4 || (disk && platform.pwrite.Calls() > 3)) {
+                    errno = EIO;
+                    return -1;
+                }
+                const ssize_t written =
+                    platform.pwrite.Real(file, bytes, isCommit ? toPageEnd : size, position);
+                documents.push_back(XPath(File(), "concat(count(/log/b), count(/log/c))").front());
+                return written;
+            });
+        Grow(Indented(5000));
+        platform.pwrite.Reset();
+        EXPECT_TRUE(log.bad());
+        log.clear();
+        std::vector<std::string> expected = {"10", "10", "11"};
+        if (disk) {
+            EXPECT_TRUE(IsDocument(File()));  // the new one
+        } else {
+            expected.push_back("10");
+            EXPECT_EQ(File(), before);
+        }
+        EXPECT_EQ(documents, expected);
     }
 }
 
@@ -138,13 +177,15 @@ TEST_F(FailingWrites, TailAcrossPagesIsPutBackInStepsThatEachLeaveADocument)
 TEST_F(FailingWrites, DocumentStaysWhenTheTailCantEvenBePutBack)
 {
     const auto grow = [this](std::size_t size, unsigned int firstWriteToFail) {
-        Begin(size);
-        FailWrites(firstWriteToFail, forEver);
-        Grow(Element(5000));
-        platform.pwrite.Reset();
-        EXPECT_TRUE(log.bad());
-        EXPECT_TRUE(IsDocument(File())) << "write " << firstWriteToFail << ":\n" << File();
-        EXPECT_EQ(XPath(File(), "concat(count(/log/b), count(/log/a))"), std::vector<std::string>{"10"});
+        for (const std::string& added : {Element(5000), Indented(5000)}) {
+            Begin(size);
+            FailWrites(firstWriteToFail, forEver);
+            Grow(added);
+            platform.pwrite.Reset();
+            EXPECT_TRUE(log.bad());
+            EXPECT_TRUE(IsDocument(File())) << "write " << firstWriteToFail << ":\n" << File();
+            EXPECT_EQ(XPath(File(), "concat(count(/log/b), count(//a))"), std::vector<std::string>{"10"});
+        }
     };
     for (const std::size_t size : {std::size_t{100}, pageSize - 3}) {
         for (unsigned int number = 1; number <= 3; ++number) {
@@ -174,16 +215,19 @@ TEST_F(FailingWrites, DiskThatIsFullAtAnyByteKeepsTheLastDocument)
     for (const std::size_t size : {60U, 4090U, 4093U, 4000U}) {
         for (const std::size_t added : {100U, 4300U, 9000U}) {
             const std::string before = Begin(size) + endTag;
-            const std::string after = before.substr(0, before.size() - 7) + Element(added) + endTag;
-            const off_t step = added < 1000 ? 1 : 61;
-            for (auto limit = static_cast<off_t>(before.size());
-                 limit < static_cast<off_t>(after.size()) + 20; limit += step) {
-                Begin(size);
-                FullAfter(limit);
-                Grow(Element(added));
-                platform.pwrite.Reset();
-                ASSERT_EQ(File(), log.good() ? after : before) << size << ", " << added << ", " << limit;
-                kept += log.good() ? 0U : 1U;
+            for (const std::string& element : {Element(added), Indented(added)}) {
+                const std::string after = before.substr(0, before.size() - 7) + element + endTag;
+                const off_t step = added < 1000 ? 1 : 61;
+                for (auto limit = static_cast<off_t>(before.size());
+                     limit < static_cast<off_t>(after.size()) + 20; limit += step) {
+                    Begin(size);
+                    FullAfter(limit);
+                    Grow(element);
+                    platform.pwrite.Reset();
+                    ASSERT_EQ(File(), log.good() ? after : before)
+                        << size << ", " << added << ", " << limit;
+                    kept += log.good() ? 0U : 1U;
+                }
             }
         }
     }
@@ -193,14 +237,16 @@ TEST_F(FailingWrites, DiskThatIsFullAtAnyByteKeepsTheLastDocument)
 TEST_F(FailingWrites, ShortWritesAreContinued)
 {
     for (const std::size_t added : {50U, 5000U}) {
-        const std::string document = Begin(100);
-        platform.pwrite.Use([](int file, const void* bytes, std::size_t size, off_t position) {
-            return platform.pwrite.Real(file, bytes, (size + 1) / 2, position);
-        });
-        Grow(Element(added));
-        platform.pwrite.Reset();
-        EXPECT_TRUE(log.good());
-        EXPECT_EQ(File(), document + Element(added) + endTag);
+        for (const std::string& element : {Element(added), Indented(added)}) {
+            const std::string document = Begin(100);
+            platform.pwrite.Use([](int file, const void* bytes, std::size_t size, off_t position) {
+                return platform.pwrite.Real(file, bytes, (size + 1) / 2, position);
+            });
+            Grow(element);
+            platform.pwrite.Reset();
+            EXPECT_TRUE(log.good());
+            EXPECT_EQ(File(), document + element + endTag);
+        }
     }
 }
 

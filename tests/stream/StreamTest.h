@@ -130,6 +130,15 @@ protected:
         return "<a>" + std::string(std::max<std::size_t>(length, 7) - 7, 'x') + "</a>";
     }
 
+    /// An element of about that length which ends in tags with blanks between them: those can be closed
+    /// up.
+    static std::string Indented(std::size_t length)
+    {
+        const std::string begin = "<c>\n    ";
+        const std::string end = "\n    </c>\n";
+        return begin + Element(length - std::min(length, begin.size() + end.size())) + end;
+    }
+
     /// From now on stops each write at each page boundary, where a kill can end it, and looks at the
     /// file.
     void StopBetweenPages()
