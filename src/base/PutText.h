@@ -28,9 +28,26 @@ inline char* PutText(char* out, std::string_view text)
 
 inline constexpr std::size_t blanksPerLevel = 4;
 
+/// By two stores that may overlap: a loop over so few bytes takes longer to begin than to do.
 inline char* PutIndentation(char* out, unsigned int levels)
 {
-    return std::fill_n(out, blanksPerLevel * levels, ' ');
+    constexpr std::string_view blanks = "                ";
+    constexpr std::size_t all = blanks.size();
+    constexpr std::size_t half = all / 2;
+    const std::size_t length = blanksPerLevel * levels;
+    char* const end = out + length;
+    if (length > 2 * all) {
+        std::fill(out, end, ' ');
+    } else if (length >= all) {
+        std::memcpy(out, blanks.data(), all);
+        std::memcpy(end - all, blanks.data(), all);
+    } else if (length >= half) {
+        std::memcpy(out, blanks.data(), half);
+        std::memcpy(end - half, blanks.data(), half);
+    } else if (length > 0) {
+        std::memcpy(out, blanks.data(), blanksPerLevel);
+    }
+    return end;
 }
 
 // ---- Names ----------------------------------------------------------------------------------------

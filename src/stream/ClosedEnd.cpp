@@ -14,28 +14,35 @@ namespace
 
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
-constexpr std::string_view blanks = " \n\t\r";
-
 bool IsBlank(char character)
 {
-    return blanks.find(character) != std::string_view::npos;
+    return character == ' ' || character == '\n' || character == '\t' || character == '\r';
 }
 
 /// The length of the text without the end tag that it ends in; its own when it doesn't end in one.
 std::size_t BeforeEndTag(std::string_view text)
 {
-    const auto begin = text.rfind("</");
-    if (begin == std::string_view::npos) {
+    if (text.empty() || text.back() != '>') {
         return text.size();
     }
-    const auto end = text.find_first_of(" \n\t\r>", begin);
-    return end + 1 == text.size() && text.back() == '>' ? begin : text.size();
+    std::size_t begin = text.size() - 1;
+    while (begin > 0 && text[begin] != '<') {
+        --begin;
+        if (text[begin] == '>' || IsBlank(text[begin])) {
+            return text.size();
+        }
+    }
+    return text.substr(begin, 2) == "</" ? begin : text.size();
 }
 
 /// The length of the text without the blanks that it ends in.
 std::size_t BeforeBlanks(std::string_view text)
 {
-    return text.find_last_not_of(blanks) + 1;  // 0 when it is all blanks
+    std::size_t length = text.size();
+    while (length > 0 && IsBlank(text[length - 1])) {
+        --length;
+    }
+    return length;
 }
 
 /// The length of the text without its shortest end that has room for an instruction in the place of
