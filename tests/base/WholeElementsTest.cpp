@@ -302,6 +302,20 @@ TEST_F(WholeElements, DepthBelowZeroIsNotIndented)
     }
 }
 
+TEST_F(WholeElements, EachLevelHasFourBlanks)
+{
+    std::string expected;
+    for (unsigned int depth = 0; depth <= 20; ++depth) {
+        expected += std::string(std::size_t{4} * depth, ' ') + "<a>1</a>\n";
+    }
+    EXPECT_EQ(WrittenAlike([](auto& log) {
+                  for (log.depth = 0; log.depth <= 20; ++log.depth) {
+                      log.WriteDecimal("a", 1);
+                  }
+              }),
+              expected);
+}
+
 TEST_F(WholeElements, DeepOnesAreIndentedInFull)
 {
     EXPECT_EQ(WrittenAlike([](auto& log) {
