@@ -6,6 +6,7 @@
 #include "format/LogWords.h"
 #include "ScrivelXmlGen.h"
 
+#include <cctype>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -77,27 +78,46 @@ namespace
 class ElapsedTime
 {
 public:
+    static constexpr std::size_t most = 2 * mostDecimalDigits + 3;  // ".", " s"
+
     ElapsedTime(const timeval& start, const timeval& end)
     {
-        auto seconds = end.tv_sec - start.tv_sec;
-        auto microseconds = end.tv_usec - start.tv_usec;
-        if (microseconds < 0) {
-            microseconds += 1000000;
-            --seconds;
+        auto wholeSeconds = end.tv_sec - start.tv_sec;
+        auto rest = end.tv_usec - start.tv_usec;
+        if (rest < 0) {
+            rest += 1000000;
+            --wholeSeconds;
         }
-        last = PutDecimal(last, static_cast<std::uint32_t>(seconds));
-        *last++ = '.';
-        last = PutMicroseconds(last, static_cast<std::uint32_t>(microseconds));
-        *last++ = ' ';
-        *last++ = 's';
+        seconds = static_cast<std::uint32_t>(wholeSeconds);
+        microseconds = static_cast<std::uint32_t>(rest);
     }
 
-    std::string_view Text() const { return {text, static_cast<std::size_t>(last - text)}; }
+    char* Put(char* out) const
+    {
+        out = PutDecimal(out, seconds);
+        *out++ = '.';
+        return PutText(PutMicroseconds(out, microseconds), " s");
+    }
+
+    /// Whether escaping leaves it as it is. Digits, letters and the blank are printable in every locale.
+    static bool IsPlain() { return std::isprint('.') != 0; }
 
 private:
-    char text[32];
-    char* last = text;
+    std::uint32_t seconds;
+    std::uint32_t microseconds;
 };
+
+/// A time as an element or as an attribute, the name as given.
+char* PutTime(char* out, unsigned int depth, const std::string& name, bool asElement,
+              const ElapsedTime& elapsed)
+{
+    if (!asElement) {
+        return PutAttribute(PutIndentation(out, WholeElements::OutsideOf(depth)), name, elapsed);
+    }
+    out = PutText(PutIndentation(out, depth), tagBegin);
+    out = elapsed.Put(PutText(PutText(out, name), ">"));
+    return PutText(PutText(PutText(out, "</"), name), ">\n");
+}
 
 }  // namespace
 
@@ -107,26 +127,20 @@ void ScrivelXmlGenBase::WriteTimestamp(const std::string& name, bool asElement)
     gettimeofday(&now, nullptr);
     const ElapsedTime elapsed(startTime, now);
 
-    const Text escaped{elapsed.Text()};
-    const bool put =
-        WholeElements(*this).Put(2 * (name.size() + aroundAttribute) + escaped.Most(), [&](char* out) {
-            if (asElement) {
-                out = PutText(PutIndentation(out, depth), tagBegin);
-                out = escaped.Put(PutText(PutText(out, name), ">"));
-                return PutText(PutText(PutText(out, "</"), name), ">\n");
-            }
-            out = PutIndentation(out, WholeElements::OutsideOf(depth));
-            return PutAttribute(out, name, Plain{elapsed.Text()});
-        });
-    if (put) {
+    const bool canBePut = !asElement || ElapsedTime::IsPlain();
+    const std::size_t most = 2 * (name.size() + aroundAttribute) + ElapsedTime::most;
+    if (canBePut && WholeElements(*this).Put(
+                        most, [&](char* out) { return PutTime(out, depth, name, asElement, elapsed); })) {
         return;
     }
+    char digits[ElapsedTime::most];
+    const std::string_view text(digits, static_cast<std::size_t>(elapsed.Put(digits) - digits));
     if (asElement) {
         WriteTabs(true);
-        AppendPlainElement(logFile, tagBegin, name, [&] { AppendEscaped(logFile, elapsed.Text()); });
+        AppendPlainElement(logFile, tagBegin, name, [&] { AppendEscaped(logFile, text); });
     } else {
         WriteTabs(false);
-        AppendAttribute(logFile, name, elapsed.Text());
+        AppendAttribute(logFile, name, text);
     }
 }
 
