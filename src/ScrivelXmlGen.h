@@ -320,6 +320,7 @@ protected:
                       "This class replaces an operation that writes tags");
 #ifdef __cpp_rtti
         tagKeeper = &typeid(Derived);
+        entryIsKept = decltype(LeavesEntry<Derived>(nullptr))::value;
 #endif
     }
 
@@ -359,9 +360,10 @@ protected:
     /// What StartLogging writes into the file that it has opened: the header, and a final flush.
     void WriteHeader();
 
-    /// What FlushOutput writes before it flushes, what WriteCloseInterruptedFunction writes before it
-    /// takes the name, and what WriteContinueFunction does.
+    /// What FlushOutput writes before it flushes, what WriteCloseInterruptedFunction does, what that
+    /// writes before it takes the name, and what WriteContinueFunction does.
     void WriteClosingText(bool finalTag, std::string_view callName);
+    void OpenCall(const std::string& callName);
     void CloseInterrupted();
     void WriteContinued(unsigned int number, const std::string& callName);
 
@@ -389,7 +391,17 @@ protected:
 private:
     friend class WholeElements;
 
+    /// Whether a class leaves WriteCloseInterruptedFunction as it is. One that hides it counts as one
+    /// that replaces it.
+    template <typename Derived>
+    static std::is_same<decltype(&Derived::WriteCloseInterruptedFunction),
+                        decltype(&ScrivelXmlGenBase::WriteCloseInterruptedFunction)>
+    LeavesEntry(const Derived*);
+    template <typename>
+    static std::false_type LeavesEntry(...);
+
     const std::type_info* tagKeeper;  // of the class that called KeepsTags last
+    bool entryIsKept;                 // by that class: see LeavesEntry
     long processOfEndTag;             // that fileEndTag names, and the log that it does
     std::string nameOfEndTag;
 };

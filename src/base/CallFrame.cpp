@@ -9,7 +9,6 @@
 #include <cctype>
 #include <cstdint>
 #include <string>
-#include <utility>
 
 namespace Scrivel2
 {
@@ -162,8 +161,13 @@ std::string AboutCall(std::string_view before, unsigned int number, const std::s
 
 void ScrivelXmlGenBase::WriteCloseInterruptedFunction(std::string callName)
 {
+    OpenCall(callName);
+}
+
+void ScrivelXmlGenBase::OpenCall(const std::string& callName)
+{
     CloseInterrupted();
-    openCallName = std::move(callName);
+    openCallName = callName;  // copied, to keep the memory of the name before
     callOpen = true;
 }
 

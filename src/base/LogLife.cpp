@@ -17,7 +17,7 @@ namespace Scrivel2
 ScrivelXmlGenBase::ScrivelXmlGenBase(const char* name, const char* version)
     : logName(name), cadiVersion(version), writeSecure(true), lastFilePos(0), callNo(0), depth(0),
       callOpen(false), startTime(), factoryErrorNames(FactoryErrorNames()), mendsNames(false),
-      checkLongName(nullptr), tagKeeper(nullptr), processOfEndTag(0)
+      checkLongName(nullptr), tagKeeper(nullptr), entryIsKept(false), processOfEndTag(0)
 {
     KeepsTags<ScrivelXmlGenBase>();
 }

@@ -75,6 +75,9 @@ public:
 #endif
     }
 
+    /// Whether that class leaves WriteCloseInterruptedFunction as it is, too.
+    bool EntryIsKept() const { return TagsAreKept() && log.entryIsKept; }
+
     /// A line: start tag, value, end tag.
     template <typename Name, typename Value>
     bool PutElement(const Name& name, const Value& value)

@@ -81,7 +81,11 @@ void ScrivelXmlGenRunBase::WriteDetailedIdent(std::string callName, std::uint64_
 
 unsigned int ScrivelXmlGenRunBase::EnterCadiCall(std::string callName)
 {
-    WriteCloseInterruptedFunction(callName);
+    if (WholeElements(*this).EntryIsKept()) {
+        OpenCall(callName);
+    } else {
+        WriteCloseInterruptedFunction(callName);
+    }
     ++callNo;
     WriteDetailedIdent(std::move(callName));
     return callNo;

@@ -124,6 +124,57 @@ TEST_F(WholeElements, OverridesOfTheTimeAndOfNullElementsAreCalledAllTheSame)
               "    </Run>\n");
 }
 
+/// Keeps its tags and counts the calls that are entered.
+struct CountingEntries : Scrivel2XmlGenRun
+{
+    explicit CountingEntries(const char* name) : Scrivel2XmlGenRun(name) { KeepsTags<CountingEntries>(); }
+    void WriteCloseInterruptedFunction(std::string callName) override
+    {
+        ++entries;
+        Scrivel2XmlGenRun::WriteCloseInterruptedFunction(callName);
+    }
+    int entries = 0;
+};
+
+/// The same in a place where nobody else may look.
+class CountingHidden : public Scrivel2XmlGenRun
+{
+public:
+    explicit CountingHidden(const char* name) : Scrivel2XmlGenRun(name) { KeepsTags<CountingHidden>(); }
+    int entries = 0;
+
+private:
+    void WriteCloseInterruptedFunction(std::string /*callName*/) override { ++entries; }
+};
+
+/// Keeps its tags and what a base that does has replaced.
+struct BelowCounting : CountingEntries
+{
+    explicit BelowCounting(const char* name) : CountingEntries(name) { KeepsTags<BelowCounting>(); }
+};
+
+/// Replaces what a base that keeps its tags leaves as it is.
+struct CountingBelow : Keeper
+{
+    using Keeper::Keeper;
+    void WriteCloseInterruptedFunction(std::string /*callName*/) override { ++entries; }
+    int entries = 0;
+};
+
+TEST_F(WholeElements, OverrideOfTheEntryOfCallsIsCalledWhereTagsAreKept)
+{
+    const auto entriesOf = [](auto log) {
+        log->StartLogging();
+        log->EnterCadiCall("Run");
+        log->EnterCadiCall("Run");
+        return log->entries;
+    };
+    EXPECT_EQ(entriesOf(Make<CountingEntries>()), 2);
+    EXPECT_EQ(entriesOf(Make<CountingHidden>()), 2);
+    EXPECT_EQ(entriesOf(Make<BelowCounting>()), 2);
+    EXPECT_EQ(entriesOf(Make<CountingBelow>()), 2);
+}
+
 // ---- When ---------------------------------------------------------------------------------------
 
 TEST_F(WholeElements, WidthThatIsSetGoesToTheFirstThingInserted)
