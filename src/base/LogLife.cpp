@@ -106,6 +106,17 @@ void ScrivelXmlGenBase::EndLogging()
     logFile.close();
 }
 
+namespace
+{
+
+/// Kept out of FileEndTag, which is asked twice a call and seldom makes one.
+[[gnu::noinline]] std::string EndTagOf(const std::string& logName, long process)
+{
+    return "</" + logName + "-" + std::to_string(process) + ">\n";
+}
+
+}  // namespace
+
 const std::string& ScrivelXmlGenBase::FileEndTag()
 {
     // Made anew when the process or the name is another than at the last call.
@@ -113,7 +124,7 @@ const std::string& ScrivelXmlGenBase::FileEndTag()
     if (process != processOfEndTag || logName != nameOfEndTag) {
         processOfEndTag = process;
         nameOfEndTag = logName;
-        fileEndTag = "</" + logName + "-" + std::to_string(process) + ">\n";
+        fileEndTag = EndTagOf(logName, process);
     }
     return fileEndTag;
 }
