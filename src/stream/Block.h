@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 #include <sys/types.h>
 
@@ -36,6 +37,14 @@ public:
     void AlignTo(off_t place)
     {
         phase = static_cast<std::size_t>(place) % static_cast<std::size_t>(pageSize);
+    }
+
+    void Swap(Block& other)
+    {
+        memory.swap(other.memory);
+        std::swap(pages, other.pages);
+        std::swap(phase, other.phase);
+        std::swap(capacity, other.capacity);
     }
 
     char* Bytes() const { return pages + phase; }

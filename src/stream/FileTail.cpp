@@ -76,7 +76,7 @@ void FileTail::Copy(off_t from, off_t to, char* out) const
 
 void FileTail::Take(Block& text, off_t newStart, off_t newEnd)
 {
-    std::swap(text, block);
+    block.Swap(text);
     start = newStart;
     end = newEnd;
 }

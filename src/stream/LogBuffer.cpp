@@ -102,8 +102,8 @@ bool LogBuffer::Close()
 bool LogBuffer::Flush()
 {
     assert(CurrentState() != State::Closed);
-    if (CurrentState() == State::Clean) {
-        return true;
+    if (TextEnd() == pbase() && !pieces.Any()) {
+        return true;  // clean
     }
     const off_t start = textStart;
     const OpenFile::Change change(file);
@@ -275,13 +275,6 @@ void LogBuffer::StartTextAt(off_t position)
     block.AlignTo(position);
     SetPutArea(0);
     textHighest = sought = pbase();
-}
-
-/// The end that the file has when the text is written: the place of a seek alone does not count.
-off_t LogBuffer::EndOfFile() const
-{
-    const off_t written = pieces.Any() ? std::max(tail.End(), pieces.End()) : tail.End();
-    return TextEnd() > pbase() ? std::max(written, EndOfText()) : written;
 }
 
 /// Lets the text grow to `wanted` bytes, keeping all that is known of its place.

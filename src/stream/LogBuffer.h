@@ -78,7 +78,12 @@ private:
     /// The end of what has been written: a seek alone does not move it.
     char* TextEnd() const { return pptr() > sought ? std::max(textHighest, pptr()) : textHighest; }
     off_t EndOfText() const { return textStart + (TextEnd() - pbase()); }
-    off_t EndOfFile() const;
+    /// The end that the file has when the text is written: the place of a seek alone does not count.
+    off_t EndOfFile() const
+    {
+        const off_t written = pieces.Any() ? std::max(tail.End(), pieces.End()) : tail.End();
+        return TextEnd() > pbase() ? std::max(written, EndOfText()) : written;
+    }
     off_t Position() const { return textStart + (pptr() - pbase()); }
     FlushText Text() const { return {pbase(), textStart, EndOfText()}; }
     void StartTextAt(off_t position);

@@ -185,22 +185,6 @@ bool OpenFile::Close()
     return close(std::exchange(descriptor, -1)) == 0;
 }
 
-OpenFile::Change::Change(OpenFile& changed) : file(changed)
-{
-    assert(file.change == nullptr);
-    file.change = this;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore);
-}
-
-OpenFile::Change::~Change()
-{
-    if (signalIsKeptBack) {
-        pthread_sigmask(SIG_SETMASK, &signalsBefore, nullptr);
-    }
-    pthread_setcancelstate(cancelStateBefore, nullptr);
-    file.change = nullptr;
-}
-
 void OpenFile::Change::KeepSignalBack()
 {
     if (!signalIsKeptBack) {

@@ -7,11 +7,13 @@
 
 #include "scrivel/Durability.h"
 
+#include <cassert>
 #include <csignal>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include <pthread.h>
 #include <sys/types.h>
 
 namespace Scrivel2
@@ -52,8 +54,20 @@ public:
     class Change
     {
     public:
-        explicit Change(OpenFile& changed);
-        ~Change();
+        explicit Change(OpenFile& changed) : file(changed)
+        {
+            assert(file.change == nullptr);
+            file.change = this;
+            pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore);
+        }
+        ~Change()
+        {
+            if (signalIsKeptBack) {
+                pthread_sigmask(SIG_SETMASK, &signalsBefore, nullptr);
+            }
+            pthread_setcancelstate(cancelStateBefore, nullptr);
+            file.change = nullptr;
+        }
         Change(const Change&) = delete;
         Change& operator=(const Change&) = delete;
 
