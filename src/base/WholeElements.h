@@ -76,7 +76,10 @@ public:
     }
 
     /// Whether that class leaves WriteCloseInterruptedFunction as it is, too.
-    bool EntryIsKept() const { return TagsAreKept() && log.entryIsKept; }
+    bool EntryIsKept() const
+    {
+        return TagsAreKept() && log.entryIsKept;
+    }
 
     /// A line: start tag, value, end tag.
     template <typename Name, typename Value>

@@ -82,10 +82,15 @@ std::optional<ClosedEnd> ClosedEnd::Of(const FlushText& text, off_t from)
 
 ClosedEnd::ClosedEnd(std::string_view trueEnd, off_t place) : start(place), size(trueEnd.size())
 {
-    char* const tagsEnd = std::remove_copy_if(trueEnd.begin(), trueEnd.end(), bytes.data(), IsBlank);
+    char* out = bytes.data();
+    for (auto tag = trueEnd.find('<'); tag != std::string_view::npos;) {
+        const auto tagEnd = trueEnd.find('>', tag) + 1;
+        out += trueEnd.copy(out, tagEnd - tag, tag);
+        tag = trueEnd.find('<', tagEnd);
+    }
     char* const end = bytes.data() + size;
-    std::fill(tagsEnd, end, ' ');
-    opening.copy(tagsEnd, opening.size());
+    out += opening.copy(out, opening.size());
+    std::fill(out, end - closing.size(), ' ');
     closing.copy(end - closing.size(), closing.size());
 }
 
