@@ -17,6 +17,10 @@ namespace ScrivelReader
 namespace
 {
 
+// As libxml2 reads it moves what is left of a piece again and again: it gets small ones. But at each
+// piece it looks through all that it keeps, so pieces grow with markup that isn't over.
+constexpr std::uint64_t smallPiece = 4 * 1024;
+constexpr std::uint64_t largePiece = 64 * 1024;
 // What the parser may hold back: a tag or a comment that is not over. A log has none of this length.
 constexpr std::uint64_t longestMarkup = 16 * 1024 * 1024;
 // An instruction and a section may be longer, and a comment after the root element: a flush that was
@@ -122,7 +126,8 @@ public:
     {
         const Silence silence;
         while (size != 0 && error.empty()) {
-            std::string_view piece(bytes, std::min<std::size_t>(size, 64 * 1024));
+            const auto most = std::clamp<std::uint64_t>(Pending(), smallPiece, largePiece);
+            std::string_view piece(bytes, std::min(size, std::size_t(most)));
             const std::optional<Markup> open = Pending() > longestUndivided ? OpenMarkup() : std::nullopt;
             const std::size_t place = open ? PlaceToDivide(piece, *open) : 0;
             if (place != 0)
