@@ -93,14 +93,12 @@ public:
             if (parser.events != nullptr)
                 parser.events->EndElement();
         };
-        handler.characters =
-            handler.ignorableWhitespace = [](void* self, const xmlChar* text, int length) {
-                static_cast<LibXml2Parser*>(self)->Text(text, length);
-            };
+        handler.characters = handler.ignorableWhitespace = Text;
         handler.cdataBlock = [](void* self, const xmlChar* text, int length) {
             auto& parser = *static_cast<LibXml2Parser*>(self);
             parser.sectionAt = parser.Position() + std::uint64_t(length);
-            parser.Text(text, length);
+            if (parser.context->sax->characters != nullptr)
+                Text(self, text, length);
         };
         handler.comment = [](void* self, const xmlChar* text) {
             auto& parser = *static_cast<LibXml2Parser*>(self);
@@ -157,6 +155,12 @@ public:
         if (error.empty() && context->wellFormed == 0)
             Refuse("the document is not well-formed");
         return error.empty();
+    }
+
+    void AnnounceTexts(bool wanted) override
+    {
+        xmlSAXHandler& handler = *context->sax;
+        handler.characters = handler.ignorableWhitespace = wanted ? Text : nullptr;
     }
 
     void Mute() override { events = nullptr; }
@@ -274,10 +278,11 @@ private:
         }
     }
 
-    void Text(const xmlChar* text, int length)
+    static void Text(void* self, const xmlChar* text, int length)
     {
-        if (events != nullptr)
-            events->Text({reinterpret_cast<const char*>(text), std::size_t(length)});
+        XmlEvents* const to = static_cast<LibXml2Parser*>(self)->events;
+        if (to != nullptr)
+            to->Text({reinterpret_cast<const char*>(text), std::size_t(length)});
     }
 
     void RefuseWhatEndedParsing()

@@ -414,6 +414,7 @@ private:
     void BeginParser(std::uint64_t offset, std::uint64_t line)
     {
         parser = MakeXmlParser(*this);
+        textsCome = true;
         depth = 0;
         restart = offset;
         restartLine = line;
@@ -466,15 +467,17 @@ private:
             } else {
                 Root(name, attributes, count);
             }
+            AnnounceTexts();
         } else if (depth == 2) {
             BeginChild(name, attributes, count);
+            AnnounceTexts();
         } else {
             if (count != 0 && IsMisplacedCall(attributes, count))
                 return;
             if (depth == 3)
                 BeginDirect(name);
-            else
-                directIsLeaf = false;
+            else if (directIsLeaf)
+                BeginWithinDirect();
             if (contents != nullptr)
                 contents->Begin(name, options.limits);
         }
@@ -484,29 +487,45 @@ private:
     {
         if (broken)
             return;
-        if (depth > 2) {
+        --depth;
+        if (depth >= 2) {
             if (contents != nullptr)
                 contents->End(options.limits);
-            if (depth == 3)
+            if (depth == 2)
                 EndDirect();
-        } else if (depth == 2) {
+        } else if (depth == 1) {
             EndChild();
         } else {
             rootEnded = true;
             end.rootEnded = true;
             SetRestart(base + parser->Position());  // damage from here on loses nothing of the document
         }
-        --depth;
     }
 
+    /// Comes where AnnounceTexts() wants it.
     void Text(std::string_view text) override
     {
-        if (broken || depth < (child == Child::Other ? 2U : 3U))
-            return;
-        if (depth == 3 && mayBeTimeOrStatus && direct.size() <= longestStatus)
+        if (ReadsDirect() && direct.size() <= longestStatus)
             direct.append(text.substr(0, longestStatus + 1));
         if (contents != nullptr)
             contents->AddText(text, options.limits);
+    }
+
+    /// Whether the text where the parser is may say when the call returned, or with what status.
+    bool ReadsDirect() const
+    {
+        return depth == 3 && mayBeTimeOrStatus && directIsLeaf;
+    }
+
+    /// Where texts between elements are layout, and where none is kept, the parser passes them over.
+    void AnnounceTexts()
+    {
+        const bool isInContents = contents != nullptr && depth >= (child == Child::Other ? 2U : 3U);
+        const bool wanted = !broken && (isInContents || ReadsDirect());
+        if (wanted != textsCome) {
+            textsCome = wanted;
+            parser->AnnounceTexts(wanted);
+        }
     }
 
     void Comment(std::string_view text) override
@@ -612,6 +631,7 @@ private:
         brokenAt = base + tag.offset;
         brokenLine = parserLine + tag.line - 1;
         --depth;
+        AnnounceTexts();
     }
 
     // ---- A child of the root ------------------------------------------------------------------------
@@ -791,10 +811,18 @@ private:
         direct.clear();
         directIsLeaf = true;
         mayBeTimeOrStatus = child == Child::Call && (call->Returned() || name == Words::returnTime);
+        AnnounceTexts();
+    }
+
+    void BeginWithinDirect()
+    {
+        directIsLeaf = false;
+        AnnounceTexts();
     }
 
     void EndDirect()
     {
+        AnnounceTexts();
         if (!mayBeTimeOrStatus || !directIsLeaf)
             return;
         if (!call->Returned()) {
@@ -856,6 +884,7 @@ private:
     std::string direct;
     bool directIsLeaf = false;
     bool mayBeTimeOrStatus = false;
+    bool textsCome = true;  // the parser announces them
 
     std::vector<std::unique_ptr<Call>> open;  // in order of entry
     std::vector<std::unique_ptr<Call>> spare;

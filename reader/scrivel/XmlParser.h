@@ -42,6 +42,9 @@ public:
     virtual bool Feed(const char* bytes, std::size_t size) = 0;
     /// The document ends here. False when it isn't well-formed.
     virtual bool Finish() = 0;
+    /// Whether texts come as events from now on, as they do at first. A text that nobody wants costs less
+    /// when it isn't announced.
+    virtual void AnnounceTexts(bool wanted) = 0;
     /// From now on no event comes, but the document is judged to its end.
     virtual void Mute() = 0;
 

@@ -56,6 +56,39 @@ TEST(XmlParser, KeepsPrefixesAsTheyStand)
     EXPECT_EQ(Events("<a:b/>"), "<a:b@0:1></@6>");
 }
 
+/// Wants the texts of elements that are named so, and no others.
+class Chooser final : public XmlEvents
+{
+public:
+    void StartElement(std::string_view name, const XmlAttribute*, std::size_t) override
+    {
+        parser->AnnounceTexts(name == "wanted");
+    }
+    void EndElement() override { parser->AnnounceTexts(false); }
+    void Text(std::string_view more) override { text += more; }
+    void Comment(std::string_view) override {}
+
+    XmlParser* parser = nullptr;
+    std::string text;
+};
+
+TEST(XmlParser, PassesOverTextsThatNobodyWants)
+{
+    constexpr std::string_view document =
+        "<a>1<wanted>2&amp;<![CDATA[3]]> </wanted>4&lt;<![CDATA[5]]>\n<b>6</b><wanted>\n</wanted></a>";
+    for (std::size_t piece = 1; piece <= document.size(); ++piece) {
+        Chooser chooser;
+        const auto parser = MakeXmlParser(chooser);
+        chooser.parser = parser.get();
+        for (std::size_t at = 0; at < document.size(); at += piece) {
+            const std::string_view bytes = document.substr(at, piece);
+            parser->Feed(bytes.data(), bytes.size());
+        }
+        EXPECT_TRUE(parser->Finish());
+        EXPECT_EQ(chooser.text, "2&3 \n") << piece;
+    }
+}
+
 TEST(XmlParser, TellsTheFirstError)
 {
     EXPECT_EQ(Events("<a>\n<b>\n</a>"),
