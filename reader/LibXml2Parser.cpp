@@ -170,7 +170,13 @@ public:
         const xmlParserInput& input = *context->input;
         const void* const tag = memrchr(input.base, '<', std::size_t(input.cur - input.base));
         const xmlChar* const at = tag == nullptr ? input.base : static_cast<const xmlChar*>(tag);
-        return {OffsetOf(at), Line() - std::uint64_t(std::count(at, input.cur, '\n'))};
+        std::uint64_t line = Line();
+        const xmlChar* from = at;
+        while (const void* const lineEnd = std::memchr(from, '\n', std::size_t(input.cur - from))) {
+            from = static_cast<const xmlChar*>(lineEnd) + 1;
+            --line;
+        }
+        return {OffsetOf(at), line};
     }
 
     std::uint64_t Position() const override

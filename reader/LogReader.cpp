@@ -456,11 +456,36 @@ private:
 
     // ---- Events -----------------------------------------------------------------------------------
 
+    // Most elements stand within an argument or a result. For them this is short: the compiler shall not
+    // put into it what is done for the others.
+
     void StartElement(std::string_view name, const XmlAttribute* attributes, std::size_t count) override
     {
         if (broken)
             return;
         ++depth;
+        if (depth <= 3 || directIsLeaf || count != 0)
+            BeginOuter(name, attributes, count);
+        else if (contents != nullptr)
+            contents->Begin(name, options.limits);
+    }
+
+    void EndElement() override
+    {
+        if (broken)
+            return;
+        --depth;
+        if (depth <= 2)
+            EndOuter();
+        else if (contents != nullptr)
+            contents->End(options.limits);
+    }
+
+    /// The root, a child of it, a child of a call's element or the first child of that; or any element
+    /// with attributes.
+    [[gnu::noinline]] void BeginOuter(std::string_view name, const XmlAttribute* attributes,
+                                      std::size_t count)
+    {
         if (depth == 1) {
             if (!inOwnRoot && IsCall(attributes, count)) {
                 Break(parser->TagBegin());
@@ -483,16 +508,12 @@ private:
         }
     }
 
-    void EndElement() override
+    [[gnu::noinline]] void EndOuter()
     {
-        if (broken)
-            return;
-        --depth;
-        if (depth >= 2) {
+        if (depth == 2) {
             if (contents != nullptr)
                 contents->End(options.limits);
-            if (depth == 2)
-                EndDirect();
+            EndDirect();
         } else if (depth == 1) {
             EndChild();
         } else {
