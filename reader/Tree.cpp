@@ -21,17 +21,14 @@ constexpr std::uint64_t mostInNoRow = 64;        // elements of an array; furthe
 
 bool IsBlank(std::string_view text)
 {
+    // Nearly always it is the layout before a tag.
+    constexpr std::string_view layout =
+        "\n                                                               ";
     if (!text.empty() && static_cast<unsigned char>(text.front()) > ' ')
         return false;
-    // By eights: the indent is much of a log.
-    constexpr char indent[] = "        ";
-    constexpr std::size_t eight = sizeof indent - 1;
-    std::size_t at = text.substr(0, 1) == "\n" ? 1 : 0;
-    while (text.size() - at >= eight && std::memcmp(text.data() + at, indent, eight) == 0) {
-        at += eight;
-    }
-    return std::all_of(text.begin() + std::ptrdiff_t(at), text.end(),
-                       [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
+    return text == layout.substr(0, text.size()) || std::all_of(text.begin(), text.end(), [](char c) {
+               return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+           });
 }
 
 bool IsItem(std::string_view name)
@@ -129,7 +126,8 @@ void Tree::Begin(std::string_view name, const Limits& limits)
         return;
     }
     if (!open.empty()) {
-        KeepStrayText();
+        if (pool.size() != textFrom)
+            KeepStrayText();
         if (records[open.back()].kind == Kind::Bytes && !IsItem(name))
             Unfold(open.back());
         Record& parent = records[open.back()];
@@ -159,10 +157,12 @@ void Tree::AddText(std::string_view more, const Limits& limits)
     const std::size_t had = pool.size() - textFrom;
     if (had == 0 && !itemBegun && records[open.back()].kind != Kind::Text && IsBlank(more))
         return;  // the layout between two elements
-    const std::size_t room = std::min(limits.text - std::min(limits.text, had),
-                                      mostInATree - std::min(mostInATree, pool.size()));
-    textCut = textCut || more.size() > room;
-    Append(more.substr(0, room));
+    if (had + more.size() > limits.text || pool.size() + more.size() > mostInATree) {
+        textCut = true;
+        more = more.substr(0, std::min(limits.text - std::min(limits.text, had),
+                                       mostInATree - std::min(mostInATree, pool.size())));
+    }
+    Append(more);
 }
 
 /// Text between elements is in no log that was written by a generator; it is kept all the same.

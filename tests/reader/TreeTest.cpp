@@ -25,6 +25,21 @@ TEST(Trees, KeepNamesTextsAndOrder)
               "a=1 b{c=x<y c=} a=2");
 }
 
+TEST(Trees, KeepNoLayoutHoweverDeep)
+{
+    for (const char* const lineEnd : {"\n", "\n\n", "\t\n"}) {
+        for (const char blank : {' ', '\t'}) {
+            for (std::size_t depth = 0; depth < 150; ++depth) {
+                const std::string layout = lineEnd + std::string(depth, blank);
+                EXPECT_EQ(Arguments("<a>" + layout + "<b>1</b>" + layout + "<c>2</c>" + layout + "</a>"),
+                          "a{b=1 c=2}");
+                EXPECT_EQ(Arguments("<a>" + layout + "<b>1</b>" + layout + "x<c>2</c></a>"),
+                          "a{b=1 #text=" + layout + "x c=2}");
+            }
+        }
+    }
+}
+
 TEST(Trees, FoldArraysOfBytes)
 {
     EXPECT_EQ(Arguments("<data>\n <value>0x0a</value>\n <value>0xff</value>\n</data>\n"), "data[0aff]");
