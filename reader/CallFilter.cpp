@@ -446,16 +446,19 @@ std::optional<std::uint64_t> ParseLogNumber(std::string_view text)
 {
     if (text.size() > 2 && text[0] == '0' && text[1] == 'x')
         return ParseDecimal(text.substr(2), 16);
-    constexpr std::size_t group = 9;  // eight digits and a blank
+    constexpr std::string_view zeros = "00000000 ";
+    constexpr std::size_t group = zeros.size();
     if (text.size() == 4 * group) {
         char digits[4 * (group - 1)];
         char* end = digits;
         for (std::size_t i = 0; i < text.size(); i += group) {
-            if (text[i + group - 1] != ' ')
+            const std::string_view next = text.substr(i, group);
+            if (next.back() != ' ')
                 return {};
-            end = std::copy_n(text.begin() + std::ptrdiff_t(i), group - 1, end);
+            if (end != digits || next != zeros)
+                end = std::copy_n(next.begin(), group - 1, end);
         }
-        return ParseDecimal({digits, sizeof digits}, 16);
+        return end == digits ? 0 : ParseDecimal({digits, std::size_t(end - digits)}, 16);
     }
     return ParseDecimal(text);
 }

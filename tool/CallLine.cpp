@@ -214,12 +214,16 @@ void AddValue(std::string& out, Tree::Element element, std::size_t room)
 /// A number with a decimal point in front of its last digits: 1255, 2 -> 12.55
 void AddDecimal(std::string& out, std::uint64_t number, std::size_t digits)
 {
-    const std::size_t begin = out.size();
-    AddNumber(out, number);
-    if (out.size() - begin <= digits) {
-        out.insert(begin, digits + 1 - (out.size() - begin), '0');
+    constexpr std::size_t most = 20;
+    char text[2 * most];
+    char* first = text + most - 1;  // zeros before it, the point within it
+    char* const end = std::to_chars(first, std::end(text) - 1, number).ptr;
+    while (std::size_t(end - first) <= digits) {
+        *--first = '0';
     }
-    out.insert(out.size() - digits, 1, '.');
+    std::copy_backward(end - digits, end, end + 1);
+    *(end - digits) = '.';
+    out.append(first, std::size_t(end + 1 - first));
 }
 
 std::uint64_t Rounded(std::uint64_t number, std::uint64_t unit)
@@ -230,6 +234,14 @@ std::uint64_t Rounded(std::uint64_t number, std::uint64_t unit)
 /// How many columns a text takes: every byte of a UTF-8 character but the first takes none.
 std::size_t Columns(std::string_view text)
 {
+    // Nearly all text is ASCII, and its bytes are looked at many at once.
+    char all = 0;
+    for (const char c : text) {
+        all = char(all | c);
+    }
+    if ((static_cast<unsigned char>(all) & 0x80) == 0) {
+        return text.size();
+    }
     return std::size_t(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
 }

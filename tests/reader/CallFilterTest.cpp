@@ -192,10 +192,14 @@ TEST(LogNumbers, HaveAnyBase)
     EXPECT_EQ(ParseLogNumber("42"), 42u);
     EXPECT_EQ(ParseLogNumber("0x2a"), 42u);
     EXPECT_EQ(ParseLogNumber("00000000 00000000 00000000 0000002a "), 42u);
+    EXPECT_EQ(ParseLogNumber("00000000 00000000 00000001 00000000 "), std::uint64_t(1) << 32);
+    EXPECT_EQ(ParseLogNumber("00000000 00000000 00000000 00000000 "), 0u);
     EXPECT_EQ(ParseLogNumber("18446744073709551615"), ~std::uint64_t(0));
     EXPECT_EQ(ParseLogNumber("18446744073709551616"), std::nullopt);
     EXPECT_EQ(ParseLogNumber("00000001 00000000 00000000 00000000 "), std::nullopt);
-    for (const char* const text : {"", "0x", "x", "1 ", "-1", "00000000 00000000 00000000 0000002ax"})
+    for (const char* const text :
+         {"", "0x", "x", "1 ", "-1", "00000000 00000000 00000000 0000002ax",
+          "00000000 00000000 0000000  0000002a ", "00000000x00000000 00000000 0000002a "})
         EXPECT_EQ(ParseLogNumber(text), std::nullopt) << text;
 }
 
