@@ -87,18 +87,17 @@ std::uint32_t Tree::EndOfItem(const Record& record, std::uint32_t item) const
 
 void Tree::Push(std::string_view name)
 {
-    Record record{};
     // Items of an array bear one name: it stands in the pool once.
-    if (!records.empty() && NameOf(records.back()) == name) {
-        record.name = records.back().name;
-    } else {
-        record.name = std::uint32_t(pool.size());
+    const bool isRepeated = !records.empty() && NameOf(records.back()) == name;
+    const std::uint32_t nameAt = isRepeated ? records.back().name : std::uint32_t(pool.size());
+    if (!isRepeated)
         Append(name);
-    }
+    // Made in its place: a copy of what has just been written in parts has to wait for all of them.
+    Record& record = records.emplace_back();
+    record.name = nameAt;
     record.nameLength = std::uint32_t(name.size());
     record.kind = Kind::Text;
-    record.end = std::uint32_t(records.size() + 1);
-    records.push_back(record);
+    record.end = std::uint32_t(records.size());
 }
 
 /// Takes the text of the element that was begun last out of the pool.
