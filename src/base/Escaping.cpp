@@ -73,12 +73,13 @@ constexpr Pieces unprintablePieces = UnprintablePieces();
 class PieceTable
 {
 public:
-    PieceTable()
+    PieceTable() : pieces(printablePieces)
     {
         for (unsigned int i = 0; i < pieces.size(); ++i) {
-            const bool isPrintable = std::isprint(static_cast<int>(i)) != 0;
-            pieces[i] = isPrintable ? printablePieces[i] : unprintablePieces[i];
-            keepsPlain = keepsPlain && (isPrintable || i < ' ' || i > '~');
+            if (std::isprint(static_cast<int>(i)) == 0) {
+                pieces[i] = unprintablePieces[i];
+                keepsPlain = keepsPlain && (i < ' ' || i > '~');
+            }
         }
     }
 
