@@ -116,12 +116,12 @@ bool LogBuffer::Flush()
     return false;
 }
 
-/// Looks whether the host has taken the file away, but not at each flush within a page: the look would
-/// take a sixth of a small call.
+/// Looks whether the host has taken the file away, but not at each flush of few pages: the look would
+/// take a sixth of a small call, and a thirtieth of one that fills a page.
 bool LogBuffer::IsFileAsLeft()
 {
     constexpr unsigned int flushesPerLook = 100;
-    const bool costsLittle = EndOfText() - textStart >= SteppedFlush::pageSize;
+    const bool costsLittle = EndOfText() - textStart >= 4 * SteppedFlush::pageSize;
     if (++flushes % flushesPerLook != 0 && !costsLittle) {
         return true;
     }

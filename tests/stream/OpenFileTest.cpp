@@ -122,7 +122,7 @@ TEST_F(OpenFile, DeviceThatCanSeekIsOpened)
     log.open("/dev/null");
     log << "text" << std::flush;
     EXPECT_TRUE(log.good());
-    log << std::string(5000, ' ') << std::flush;  // after a look at what is there
+    log << std::string(17000, ' ') << std::flush;  // after a look at what is there
     EXPECT_TRUE(log.good());
 }
 
@@ -337,7 +337,7 @@ protected:
 TEST_F(TakenFile, DescriptorThatTheHostHasClosedAndUsesAgainIsNoticed)
 {
     const int descriptor = Descriptor();
-    for (const std::size_t length : {0U, 5000U}) {
+    for (const std::size_t length : {0U, 17000U}) {
         std::ofstream("host") << "<log/>\n";
         const int own = open("host", O_RDWR);
         dup2(own, descriptor);
@@ -358,7 +358,7 @@ TEST_F(TakenFile, DescriptorThatTheHostHasClosedAndUsesAgainIsNoticed)
 TEST_F(TakenFile, FileThatWasShortenedIsNotWrittenTo)
 {
     fs::resize_file("log", 3);
-    log << std::string(5000, ' ') << std::flush;
+    log << std::string(17000, ' ') << std::flush;
     EXPECT_TRUE(log.bad());
     EXPECT_EQ(File(), "<lo");
 }
@@ -369,7 +369,7 @@ TEST_F(TakenFile, DescriptorThatTheHostHasClosedIsNoticed)
         errno = EBADF;
         return -1;
     });
-    log << std::string(5000, ' ') << std::flush;
+    log << std::string(17000, ' ') << std::flush;
     EXPECT_TRUE(log.bad());
     EXPECT_EQ(File(), "<log/>\n");
 }
@@ -381,7 +381,7 @@ TEST_F(TakenFile, FileOfTheSameNumberOnAnotherDeviceIsNoticed)
         ++status->st_dev;
         return result;
     });
-    log << std::string(5000, ' ') << std::flush;
+    log << std::string(17000, ' ') << std::flush;
     EXPECT_TRUE(log.bad());
     EXPECT_EQ(File(), "<log/>\n");
 }
@@ -392,6 +392,15 @@ TEST_F(TakenFile, FileIsLookedAtAtEveryHundredthFlush)
     FlushOften();
     EXPECT_EQ(platform.fstat.Calls(), 1U);
     EXPECT_TRUE(log.good());
+}
+
+TEST_F(TakenFile, FileIsLookedAtAtEachFlushOfManyPages)
+{
+    for (const std::size_t length : {5000U, 20'000U, 20'000U}) {
+        ResetCounts();
+        log << std::string(length, ' ') << std::flush;
+        EXPECT_EQ(platform.fstat.Calls(), length > 16'000 ? 1U : 0U);
+    }
 }
 
 TEST_F(OpenFile, PermissionsFollowTheUmask)
