@@ -120,11 +120,11 @@ bool LogBuffer::Flush()
 /// take a sixth of a small call, and a thirtieth of one that fills a page.
 bool LogBuffer::IsFileAsLeft()
 {
-    constexpr unsigned int flushesPerLook = 100;
     const bool costsLittle = EndOfText() - textStart >= 4 * SteppedFlush::pageSize;
-    if (++flushes % flushesPerLook != 0 && !costsLittle) {
+    if (--flushesUntilLook > 0 && !costsLittle) {
         return true;
     }
+    flushesUntilLook = flushesPerLook;
     return file.IsAsLeft(pieces.Any() ? pieces.EndOfFile() : tail.End());
 }
 

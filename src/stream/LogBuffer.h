@@ -114,7 +114,8 @@ private:
     OpenFile file;
     FileTail tail{file};
     unsigned int holds = 0;
-    unsigned int flushes = 0;
+    static constexpr unsigned int flushesPerLook = 100;
+    unsigned int flushesUntilLook = flushesPerLook;
     bool outOfMemory = false;  // text has been dropped
 
     Block block;                  // of the text: the put area begins with it
