@@ -14,6 +14,7 @@ namespace
 
 constexpr std::string_view opening = LogWords::flushOpening;
 constexpr std::string_view closing = LogWords::flushClosing;
+
 bool IsBlank(char character)
 {
     return character == ' ' || character == '\n' || character == '\t' || character == '\r';
