@@ -17,18 +17,18 @@ using Scrivel2::StandIn;
 
 /// The text with its end closed up, when it begins at a place of the file; the text when its end can't
 /// be.
-std::string Closed(std::string text, off_t start = 0, off_t from = 0)
+std::string Closed(const std::string& given, off_t start = 0, off_t from = 0)
 {
+    std::string text = given;
     const FlushText flushed{text.data(), start, start + static_cast<off_t>(text.size())};
     if (const auto end = ClosedEnd::Of(flushed, from)) {
         EXPECT_EQ(end->Start() + static_cast<off_t>(end->Bytes().size()), flushed.end);
-        const std::string before = text;
         std::string closed;
         {
             const StandIn inItsPlace(flushed.At(end->Start()), end->Bytes());
             closed = text;
         }
-        EXPECT_EQ(text, before);
+        EXPECT_EQ(text, given);
         return closed;
     }
     return text;
@@ -82,8 +82,8 @@ TEST(ClosedEnd, BeginsNowhereBeforeThePlaceThatItIsGiven)
 {
     const std::string text = "<b>x y</b>\n    </call>\n</log>\n";
     const off_t start = Block::pageSize;
-    EXPECT_NE(Closed(text, start, start + static_cast<off_t>(text.find("\n"))), text);
-    EXPECT_EQ(Closed(text, start, start + static_cast<off_t>(text.find("\n")) + 1), text);
+    EXPECT_NE(Closed(text, start, start + static_cast<off_t>(text.find('\n'))), text);
+    EXPECT_EQ(Closed(text, start, start + static_cast<off_t>(text.find('\n')) + 1), text);
     EXPECT_EQ(Closed(text, start, start + 1000), text);
 }
 
