@@ -112,9 +112,7 @@ void Pieces::TakeBack()
 /// As CommitHidden, but with the tail, and the opening after it, in the place of the text.
 bool Pieces::CommitTail()
 {
-    std::fill_n(kept.Bytes(), hiddenFrom - start, '\n');
-    tail.Copy(start, tail.End(), kept.Bytes());
-    opening.copy(kept.Bytes() + (Instruction() - start), opening.size());
+    Staging::PutTail(tail, start, Instruction(), kept.Bytes());
     return CommitHidden();
 }
 

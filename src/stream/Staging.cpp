@@ -54,6 +54,13 @@ off_t Staging::AfterOpening(off_t offset)
     return offset + static_cast<off_t>(opening.size());
 }
 
+void Staging::PutTail(const FileTail& tail, off_t start, off_t instruction, char* out)
+{
+    std::fill_n(out, AfterOpening(instruction) - start, '\n');
+    tail.Copy(start, tail.End(), out);
+    opening.copy(out + (instruction - start), opening.size());
+}
+
 bool Staging::GetMemoryFor(const FlushText& text, off_t from, std::string_view lead)
 {
     const auto pages = static_cast<std::size_t>((text.end - from) / Block::pageSize + 2);

@@ -31,6 +31,9 @@ public:
     /// The place after the opening of an instruction at `offset`.
     static off_t AfterOpening(off_t offset);
 
+    /// Puts down the tail from `start` on, and the opening of the instruction that follows it.
+    static void PutTail(const FileTail& tail, off_t start, off_t instruction, char* out);
+
     /// Gets the memory for the text under the marks; false when there is none.
     bool GetMemoryFor(const FlushText& text, off_t from, std::string_view lead);
 

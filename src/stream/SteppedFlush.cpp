@@ -154,7 +154,8 @@ SteppedFlush::Outcome SteppedFlush::RunToClosedEnd(const ClosedEnd& end)
         }
     }
     const bool onTwoPages = lastPage == PageEnd(text.start);
-    if (onTwoPages ? CommitAll() : Commit(Staging::AfterOpening(firstInstruction)) && WriteTrueEnd(end)) {
+    const off_t committed = onTwoPages ? text.end : Staging::AfterOpening(firstInstruction);
+    if (Commit(committed) && (onTwoPages || WriteTrueEnd(end))) {
         return Outcome::Done;
     }
     return Uncommit() ? Outcome::TailStands : Outcome::StaysAsItIs;
@@ -214,7 +215,7 @@ bool SteppedFlush::Hide(const Cover& cover)
     return cover.Over(text.bytes, [this] { return WriteText(text.start, text.end); });
 }
 
-/// Writes the true bytes up to `to`, where the opening that kept them from being read ends.
+/// Writes the true bytes up to `to`: where the opening that kept them from being read ends, or further.
 bool SteppedFlush::Commit(off_t to)
 {
     assert(state == State::Merged || state == State::Hidden);
@@ -230,23 +231,12 @@ bool SteppedFlush::WriteTrueEnd(const ClosedEnd& end)
     return WriteText(end.Start(), text.end);
 }
 
-/// Does both at once.
-bool SteppedFlush::CommitAll()
-{
-    assert(state == State::Merged);
-    state = State::Done;
-    return WriteText(text.start, text.end);
-}
-
 /// After a failed write: puts the tail, and the opening after it, in the place of the text again, whose
 /// end is still closed.
 bool SteppedFlush::Uncommit()
 {
-    const off_t to = Staging::AfterOpening(firstInstruction);
-    std::fill(text.bytes, text.At(to), '\n');
-    tail.Copy(text.start, tail.End(), text.bytes);
-    opening.copy(text.At(firstInstruction), opening.size());
-    return WriteText(text.start, to);
+    Staging::PutTail(tail, text.start, firstInstruction, text.bytes);
+    return WriteText(text.start, Staging::AfterOpening(firstInstruction));
 }
 
 bool SteppedFlush::CutTrailer()

@@ -74,7 +74,6 @@ private:
     bool Hide(const Cover& cover);
     bool Commit(off_t to);
     bool WriteTrueEnd(const ClosedEnd& end);
-    bool CommitAll();
     bool Uncommit();
     bool CutTrailer();
 
