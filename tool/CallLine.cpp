@@ -27,11 +27,18 @@ bool StartsWith(std::string_view text, std::string_view begin)
     return text.substr(0, begin.size()) == begin;
 }
 
+/// Puts a question mark in place of each control character: those of ASCII and U+0080 to U+009F, some of
+/// which begin a sequence that terminals obey.
 void MakePrintable(std::string& text, std::size_t from)
 {
     const auto begin = text.begin() + std::ptrdiff_t(from);
     std::transform(begin, text.end(), begin,
                    [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f ? '?' : c; });
+    while ((from = text.find('\xc2', from)) != std::string::npos) {
+        if (from + 1 < text.size() && static_cast<unsigned char>(text[from + 1]) < 0xa0)
+            text.replace(from, 2, "?");
+        ++from;
+    }
 }
 
 /// Whether a value is an enumerator that says enough without its field's name.
@@ -379,9 +386,7 @@ std::string StatusText(const Call& call)
     constexpr std::string_view prefix = "CADI_STATUS_";
     if (!call.Returned())
         return "NOT RETURNED";
-    if (StartsWith(call.status, prefix))
-        return call.status.substr(prefix.size());
-    return Printable(call.status);
+    return Printable(call.status.substr(StartsWith(call.status, prefix) ? prefix.size() : 0));
 }
 
 std::string NumberText(const Call& call)

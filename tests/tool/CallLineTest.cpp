@@ -32,6 +32,12 @@ TEST(CallLines, ShowTimesAsTheLogDoesAndMarkThoseBeforeItsStart)
 TEST(CallLines, LetNoControlCharacterReachTheTerminal)
 {
     EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");
+    EXPECT_EQ(Printable("a\u009b31m\u0080\u00a0\u00e9b\u009f"), "a?31m?\u00a0\u00e9b?");
+    EXPECT_EQ(Printable("\xc2"), "\xc2");
+    Call call;
+    call.returnTime = Time{};
+    call.status = "CADI_STATUS_\u009b\x7f";
+    EXPECT_EQ(StatusText(call), "??");
 }
 
 }  // namespace
