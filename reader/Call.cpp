@@ -2,6 +2,8 @@
 
 #include "scrivel/Call.h"
 
+#include <array>
+
 #include "format/LogWords.h"
 
 namespace ScrivelReader
@@ -11,12 +13,15 @@ std::optional<Time> ParseTime(std::string_view text)
 {
     constexpr std::string_view unit = " s";
     constexpr std::uint64_t wrap = std::uint64_t(1) << 32;  // seconds have 32 bits
+    // A second, a tenth of it, ... in nanoseconds.
+    constexpr std::array<std::int64_t, 10> units = {1000000000, 100000000, 10000000, 1000000, 100000,
+                                                    10000,      1000,      100,      10,      1};
     if (text.size() < unit.size() || text.substr(text.size() - unit.size()) != unit)
         return {};
     text.remove_suffix(unit.size());
 
     const std::size_t point = text.find('.');
-    if (point == 0 || point > 10 || text.size() < point + 2 || text.size() > point + 10)
+    if (point == 0 || point > 10 || text.size() < point + 2 || text.size() > point + units.size())
         return {};
     std::uint64_t seconds = 0;
     for (const char c : text.substr(0, point)) {
@@ -24,14 +29,14 @@ std::optional<Time> ParseTime(std::string_view text)
             return {};
         seconds = seconds * 10 + std::uint64_t(c - '0');
     }
+    const std::string_view digits = text.substr(point + 1);
     std::int64_t fraction = 0;
-    std::int64_t scale = 1000 * 1000 * 1000;
-    for (const char c : text.substr(point + 1)) {
+    for (const char c : digits) {
         if (c < '0' || c > '9')
             return {};
-        scale /= 10;
-        fraction += (c - '0') * scale;
+        fraction = fraction * 10 + (c - '0');
     }
+    fraction *= units[digits.size()];
     if (seconds >= wrap)
         return {};
     const bool wrapped = seconds > wrap / 2;

@@ -269,6 +269,16 @@ private:
         const xmlChar next = *context->input->cur;
         if (events == nullptr || (next != '>' && next != '/'))
             return;
+        if (count == 0 && prefix == nullptr)
+            events->StartElement(View(name), nullptr, 0);
+        else
+            StartRare(name, prefix, count, attributes);
+    }
+
+    /// A start tag with attributes or with a name in two parts; most have neither.
+    [[gnu::noinline]] void StartRare(const xmlChar* name, const xmlChar* prefix, int count,
+                                     const xmlChar** attributes)
+    {
         found.clear();
         for (int i = 0; i < count; ++i) {
             const xmlChar** attribute = attributes + i * 5;  // name, prefix, URI, value, end of the value
@@ -276,12 +286,9 @@ private:
                              {reinterpret_cast<const char*>(attribute[3]),
                               std::size_t(attribute[4] - attribute[3])}});
         }
-        if (prefix == nullptr) {
-            events->StartElement(View(name), found.data(), found.size());
-        } else {
-            qualified.assign(View(prefix)).append(":").append(View(name));
-            events->StartElement(qualified, found.data(), found.size());
-        }
+        qualified.assign(prefix == nullptr ? std::string_view() : View(prefix));
+        qualified.append(prefix == nullptr ? "" : ":").append(View(name));
+        events->StartElement(qualified, found.data(), found.size());
     }
 
     static void Text(void* self, const xmlChar* text, int length)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "format/Characters.h"
 
@@ -59,7 +60,7 @@ Tree::Element Tree::Element::Find(std::string_view name) const
         if (own.size() == name.size() && (name.empty() || own.front() == name.front()) && own == name)
             return child;
     }
-    return {nullptr, 0};
+    return {};
 }
 
 Tree::Element Tree::Find(std::string_view name) const
@@ -67,7 +68,7 @@ Tree::Element Tree::Find(std::string_view name) const
     for (Element element : Top())
         if (element.Name() == name)
             return element;
-    return {nullptr, 0};
+    return {};
 }
 
 /// Where in a row's text the zero after an item is.
@@ -85,11 +86,32 @@ std::uint32_t Tree::EndOfItem(const Record& record, std::uint32_t item) const
 //     data.....value...     data begun, its items are texts: the text of an item
 //     data......0x1         data is bytes so far, and an item has begun
 
-void Tree::Push(std::string_view name)
+void Tree::Grow(std::size_t size)
+{
+    pool.resize(std::max(used + size, 2 * pool.size()));
+}
+
+inline void Tree::Append(std::string_view more)
+{
+    if (pool.size() - used < more.size())
+        Grow(more.size());
+    if (!more.empty())
+        std::memcpy(pool.data() + used, more.data(), more.size());
+    used += more.size();
+}
+
+inline void Tree::Append(char more)
+{
+    if (pool.size() == used)
+        Grow(1);
+    pool[used++] = more;
+}
+
+inline Tree::Record& Tree::Push(std::string_view name)
 {
     // Items of an array bear one name: it stands in the pool once.
     const bool isRepeated = !records.empty() && NameOf(records.back()) == name;
-    const std::uint32_t nameAt = isRepeated ? records.back().name : std::uint32_t(pool.size());
+    const std::uint32_t nameAt = isRepeated ? records.back().name : std::uint32_t(used);
     if (!isRepeated)
         Append(name);
     // Made in its place: a copy of what has just been written in parts has to wait for all of them.
@@ -98,13 +120,22 @@ void Tree::Push(std::string_view name)
     record.nameLength = std::uint32_t(name.size());
     record.kind = Kind::Text;
     record.end = std::uint32_t(records.size());
+    return record;
+}
+
+inline void Tree::Open(std::string_view name)
+{
+    Push(name).end = begun;
+    begun = std::uint32_t(records.size() - 1);
+    ++depth;
+    textFrom = used;
 }
 
 /// Takes the text of the element that was begun last out of the pool.
 std::string Tree::TakeBegun()
 {
     std::string text(Begun());
-    pool.resize(textFrom);
+    used = textFrom;
     return text;
 }
 
@@ -112,24 +143,17 @@ void Tree::Begin(std::string_view name, const Limits& limits)
 {
     if (itemBegun)
         MakeItem();
-    if (skipped != 0 || open.size() >= limits.depth || pool.size() + name.size() > mostInATree) {
-        if (skipped == 0 && !open.empty()) {
-            Record& parent = records[open.back()];
-            if (parent.kind == Kind::Text)
-                parent.kind = Kind::Elements;
-            parent.cut = true;
-            ++parent.count;
-        }
-        lacksElements = true;
-        ++skipped;
+    if (skipped != 0 || depth >= limits.depth || used + name.size() > mostInATree) {
+        Skip();
         return;
     }
-    if (!open.empty()) {
-        if (pool.size() != textFrom)
+    if (depth != 0) {
+        if (used != textFrom)
             KeepStrayText();
-        if (records[open.back()].kind == Kind::Bytes && !IsItem(name))
-            Unfold(open.back());
-        Record& parent = records[open.back()];
+        textCut = false;
+        if (records[begun].kind == Kind::Bytes && !IsItem(name))
+            Unfold(begun);
+        Record& parent = records[begun];
         if (parent.kind == Kind::Text)
             parent.kind = Kind::Elements;
         ++parent.count;
@@ -140,26 +164,37 @@ void Tree::Begin(std::string_view name, const Limits& limits)
             return;
         }
         itemBegun = (parent.kind == Kind::Bytes || parent.count == 1) && IsItem(name);
+        if (itemBegun)
+            return;
     }
-    if (!itemBegun) {
-        open.push_back(std::uint32_t(records.size()));
-        Push(name);
+    Open(name);
+}
+
+/// Leaves the element that begins out, and what it holds.
+void Tree::Skip()
+{
+    if (skipped == 0 && depth != 0) {
+        Record& parent = records[begun];
+        if (parent.kind == Kind::Text)
+            parent.kind = Kind::Elements;
+        parent.cut = true;
+        ++parent.count;
     }
-    textFrom = pool.size();
-    textCut = false;
+    lacksElements = true;
+    ++skipped;
 }
 
 void Tree::AddText(std::string_view more, const Limits& limits)
 {
-    if (open.empty() || skipped != 0)
+    if (depth == 0 || skipped != 0)
         return;
-    const std::size_t had = pool.size() - textFrom;
-    if (had == 0 && !itemBegun && records[open.back()].kind != Kind::Text && IsBlank(more))
+    const std::size_t had = used - textFrom;
+    if (had == 0 && !itemBegun && records[begun].kind != Kind::Text && IsBlank(more))
         return;  // the layout between two elements
-    if (had + more.size() > limits.text || pool.size() + more.size() > mostInATree) {
+    if (had + more.size() > limits.text || used + more.size() > mostInATree) {
         textCut = true;
         more = more.substr(0, std::min(limits.text - std::min(limits.text, had),
-                                       mostInATree - std::min(mostInATree, pool.size())));
+                                       mostInATree - std::min(mostInATree, used)));
     }
     Append(more);
 }
@@ -167,20 +202,20 @@ void Tree::AddText(std::string_view more, const Limits& limits)
 /// Text between elements is in no log that was written by a generator; it is kept all the same.
 void Tree::KeepStrayText()
 {
-    if (pool.size() != textFrom && !IsBlank(Begun())) {
+    if (used != textFrom && !IsBlank(Begun())) {
         const std::string text = TakeBegun();
-        if (records[open.back()].kind == Kind::Bytes)
-            Unfold(open.back());
-        records[open.back()].kind = Kind::Elements;
-        ++records[open.back()].count;
-        Push(strayTextName);
-        records.back().text = std::uint32_t(pool.size());
-        records.back().textLength = std::uint32_t(text.size());
-        records.back().cut = textCut;
+        if (records[begun].kind == Kind::Bytes)
+            Unfold(begun);
+        records[begun].kind = Kind::Elements;
+        ++records[begun].count;
+        Record& stray = Push(strayTextName);
+        stray.text = std::uint32_t(used);
+        stray.textLength = std::uint32_t(text.size());
+        stray.cut = textCut;
         Append(text);
-        textFrom = pool.size();
+        textFrom = used;
     }
-    pool.resize(textFrom);
+    used = textFrom;
     textCut = false;
 }
 
@@ -188,11 +223,9 @@ void Tree::KeepStrayText()
 void Tree::MakeItem()
 {
     const std::string text = TakeBegun();
-    if (records[open.back()].kind == Kind::Bytes)
-        Unfold(open.back());
-    open.push_back(std::uint32_t(records.size()));
-    Push(itemName);
-    textFrom = pool.size();
+    if (records[begun].kind == Kind::Bytes)
+        Unfold(begun);
+    Open(itemName);
     Append(text);
     itemBegun = false;
 }
@@ -205,20 +238,20 @@ void Tree::EndItem(const Limits& limits)
         End(limits);
         return;
     }
-    pool.resize(textFrom);
-    Record& array = records[open.back()];
+    used = textFrom;
+    Record& array = records[begun];
     if (array.kind != Kind::Bytes) {
         array.kind = Kind::Bytes;
-        array.text = std::uint32_t(pool.size());
+        array.text = std::uint32_t(used);
         array.textLength = 0;
     }
-    if (array.textLength < limits.bytes && pool.size() < mostInATree) {
-        pool.push_back(char(byte));
+    if (array.textLength < limits.bytes && used < mostInATree) {
+        Append(char(byte));
         ++array.textLength;
     } else {
         array.cut = true;
     }
-    textFrom = pool.size();
+    textFrom = used;
     itemBegun = false;
 }
 
@@ -232,32 +265,31 @@ void Tree::End(const Limits& limits)
         EndItem(limits);
         return;
     }
-    const std::uint32_t index = open.back();
-    Record& record = records[index];
-    if (record.kind != Kind::Text) {
+    const std::uint32_t index = begun;
+    if (records[index].kind != Kind::Text)
         KeepStrayText();
-        records[index].end = std::uint32_t(records.size());
-        open.pop_back();
-    } else {
-        open.pop_back();
+    Record& record = records[index];
+    begun = std::exchange(record.end, std::uint32_t(records.size()));
+    --depth;
+    if (record.kind == Kind::Text) {
         const std::string_view text = Begun();
         record.cut = textCut;
         // Whoever writes a line end into a text writes it escaped: a raw one is the layout of no
         // elements.
         if (IsBlank(text) && text.find('\n') != std::string::npos) {
             record.kind = Kind::Elements;
-            pool.resize(textFrom);
+            used = textFrom;
         } else {
             record.text = std::uint32_t(textFrom);
             record.textLength = std::uint32_t(text.size());
-            if (!open.empty() && records[open.back()].count > mostInNoRow && !textCut) {
+            if (depth != 0 && records[begun].count > mostInNoRow && !textCut) {
                 AddToRow();
                 return;
             }
         }
     }
     lastEnded = index;
-    textFrom = pool.size();
+    textFrom = used;
     textCut = false;
 }
 
@@ -267,7 +299,7 @@ void Tree::AddToRow()
 {
     const std::uint32_t length = records.back().textLength + 1;
     const std::size_t index = records.size() - 1;
-    pool.push_back('\0');
+    Append('\0');
     if (lastEnded + 1 == index && records[lastEnded].row &&
         records[lastEnded].name == records[index].name) {
         records[lastEnded].textLength += length;
@@ -277,34 +309,33 @@ void Tree::AddToRow()
         records.back().textLength = length;
         lastEnded = std::uint32_t(index);
     }
-    textFrom = pool.size();
+    textFrom = used;
 }
 
 /// Gives an array the elements that its bytes came from, as its next item is no byte.
 void Tree::Unfold(std::uint32_t index)
 {
     const std::string bytes(pool.data() + records[index].text, records[index].textLength);
-    pool.resize(records[index].text);
+    used = records[index].text;
     records[index].kind = Kind::Elements;
     records[index].text = 0;
     records[index].textLength = 0;
-    textFrom = pool.size();
+    textFrom = used;
     if (bytes.empty())
         return;
-    Push(itemName);
-    Record& row = records.back();
+    Record& row = Push(itemName);
     row.row = true;
-    row.text = std::uint32_t(pool.size());
+    row.text = std::uint32_t(used);
     for (const char byte : bytes) {
         const auto value = static_cast<unsigned char>(byte);
         Append("0x");
-        pool.push_back(Scrivel2::hexDigits[value / 16]);
-        pool.push_back(Scrivel2::hexDigits[value % 16]);
-        pool.push_back('\0');
+        Append(Scrivel2::hexDigits[value / 16]);
+        Append(Scrivel2::hexDigits[value % 16]);
+        Append('\0');
     }
-    row.textLength = std::uint32_t(pool.size()) - row.text;
+    row.textLength = std::uint32_t(used) - row.text;
     lastEnded = std::uint32_t(records.size() - 1);
-    textFrom = pool.size();
+    textFrom = used;
 }
 
 void Tree::DropLast()
@@ -323,10 +354,11 @@ void Tree::Clear()
 void Tree::GoBack(Mark mark)
 {
     records.resize(mark.records);
-    pool.resize(mark.pool);
+    used = mark.pool;
     lacksElements = lacksElements && mark.records != 0;
-    open.clear();
-    textFrom = pool.size();
+    begun = 0;
+    depth = 0;
+    textFrom = used;
     textCut = false;
     itemBegun = false;
     skipped = 0;

@@ -458,15 +458,17 @@ std::string CallLine(const Call& call, const Terminal& terminal)
     line += '(';
     AddElements(line, call.arguments, false);
     line += ')';
+    const std::size_t withoutResults = line.size();
+    std::size_t used = Columns(std::string_view(line).substr(begin));
     // What is cut off anyway is not made.
-    if (Columns(std::string_view(line).substr(begin)) <= room) {
-        const std::size_t withoutResults = line.size();
+    if (used <= room) {
         line += arrow;
         AddElements(line, call.results, true);
         if (line.size() == withoutResults + arrow.size())
             line.resize(withoutResults);
+        used += Columns(std::string_view(line).substr(withoutResults));
     }
-    if (Columns(std::string_view(line).substr(begin)) > room) {
+    if (used > room) {
         std::size_t cut = room - 3;
         while (cut > 0 && (static_cast<unsigned char>(line[begin + cut]) & 0xc0) == 0x80)
             --cut;

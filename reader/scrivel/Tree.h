@@ -30,6 +30,7 @@ public:
     class Element
     {
     public:
+        Element() = default;  ///< none: Exists() is false
         std::string_view Name() const;
         Kind What() const;
         /// The text of a Text; the bytes of a Bytes, one char each; otherwise empty.
@@ -46,14 +47,14 @@ public:
 
     private:
         friend class Tree;
-        Element(const Tree* itsTree, std::uint32_t itsIndex, std::uint32_t itsItem = 0)
+        Element(const Tree* itsTree, std::uint32_t itsIndex, std::uint32_t itsItem)
             : tree(itsTree), index(itsIndex), item(itsItem)
         {
         }
 
-        const Tree* tree;
-        std::uint32_t index;
-        std::uint32_t item;  ///< where in the text of a row its own begins
+        const Tree* tree = nullptr;
+        std::uint32_t index = 0;
+        std::uint32_t item = 0;  ///< where in the text of a row its own begins
     };
 
     /// Elements that stand side by side: for (Tree::Element argument : call.arguments.Top()).
@@ -127,7 +128,7 @@ public:
         std::size_t records;
         std::size_t pool;
     };
-    Mark Here() const { return {records.size(), pool.size()}; }
+    Mark Here() const { return {records.size(), used}; }
     /// Forgets everything after the mark, ended or not.
     void GoBack(Mark mark);
 
@@ -138,7 +139,8 @@ private:
         std::uint32_t nameLength;
         std::uint32_t text;
         std::uint32_t textLength;
-        std::uint32_t end;  ///< index after the last element within this one
+        std::uint32_t end;  ///< index after the last element within this one; until it has ended of the
+                            ///< one that it stands in
         Kind kind;
         bool cut;
         bool row;  ///< of several elements with one name, whose texts stand here, each with a zero after
@@ -148,10 +150,14 @@ private:
 
     std::string_view NameOf(const Record& record) const;
     std::uint32_t EndOfItem(const Record& record, std::uint32_t item) const;
-    std::string_view Begun() const { return {pool.data() + textFrom, pool.size() - textFrom}; }
+    std::string_view Begun() const { return {pool.data() + textFrom, used - textFrom}; }
     std::string TakeBegun();
-    void Append(std::string_view more) { pool.insert(pool.end(), more.begin(), more.end()); }
-    void Push(std::string_view name);
+    void Append(std::string_view more);
+    void Append(char more);
+    void Grow(std::size_t size);
+    Record& Push(std::string_view name);
+    void Open(std::string_view name);
+    void Skip();
     void KeepStrayText();
     void MakeItem();
     void EndItem(const Limits& limits);
@@ -159,11 +165,13 @@ private:
     void Unfold(std::uint32_t index);
 
     std::vector<Record> records;
-    std::vector<char> pool;  ///< names and texts; last the text of the element that was begun last
-    std::vector<std::uint32_t> open;  ///< the elements that have begun and not ended, outermost first
+    std::vector<char> pool;   ///< names and texts; last the text of the element that was begun last
+    std::size_t used = 0;     ///< of the pool, the rest of which is room
+    std::uint32_t begun = 0;  ///< the innermost element that has begun and not ended, if any has
+    std::size_t depth = 0;    ///< how many have
     std::size_t textFrom = 0;
     bool textCut = false;
-    bool itemBegun = false;  ///< an item that may be a byte: it is in open when it turns out to be none
+    bool itemBegun = false;       ///< an item that may be a byte: no element unless it is none
     std::uint32_t lastEnded = 0;  ///< the element that ended last
     bool lacksElements = false;
     std::size_t skipped = 0;  ///< levels of elements that are being left out

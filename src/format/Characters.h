@@ -22,10 +22,20 @@ constexpr bool IsDigit(unsigned char c)
     return c >= '0' && c <= '9';
 }
 
-/// The value of one of hexDigits, or -1.
+/// The values of all characters as hexadecimal digits; -1 for what is none of hexDigits.
+inline constexpr std::array<signed char, 256> hexValues = [] {
+    std::array<signed char, 256> values{};
+    for (signed char& value : values)
+        value = -1;
+    for (signed char value = 0; value < 16; ++value)
+        values[static_cast<unsigned char>(hexDigits[value])] = value;
+    return values;
+}();
+
+/// The value of one of hexDigits, or -1. Which digit comes can't be foreseen: a table needs no branch.
 constexpr int HexValue(char c)
 {
-    return c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+    return hexValues[static_cast<unsigned char>(c)];
 }
 
 /// Puts down the two lower-case hexadecimal digits of a byte.
