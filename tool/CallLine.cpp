@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "scrivel/CallFilter.h"
 
@@ -115,11 +116,9 @@ std::optional<Address> FindAddress(Tree::Element element)
 
 void Add(std::string& out, const Address& address)
 {
-    const std::size_t begin = out.size();
     const bool hasName = address.name.Exists() && !address.name.Text().empty() &&
                          !StartsWith(address.name.Text(), "unknown ");
     out.append(hasName ? address.name.Text() : address.id.Text());
-    MakePrintable(out, begin);
     out += ':';
     AddShortNumber(out, address.address.Text());
 }
@@ -349,7 +348,7 @@ std::optional<std::string> AddressText(Tree::Element element)
     }
     std::string text;
     Add(text, *address);
-    return text;
+    return Printable(std::move(text));
 }
 
 std::optional<std::string> RegisterText(Tree::Element element)
@@ -360,7 +359,7 @@ std::optional<std::string> RegisterText(Tree::Element element)
     }
     std::string text;
     Add(text, element.Name(), *found);
-    return text;
+    return Printable(std::move(text));
 }
 
 std::string Printable(std::string text)

@@ -1,5 +1,9 @@
 // The pieces of a call's line.
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "CallLine.h"
@@ -29,6 +33,21 @@ TEST(CallLines, ShowTimesAsTheLogDoesAndMarkThoseBeforeItsStart)
     EXPECT_EQ(TimeText(std::nullopt), "?");
 }
 
+/// A record of these fields.
+Tree Record(const std::string& name, const std::vector<std::pair<std::string, std::string>>& fields)
+{
+    const Tree::Limits limits;
+    Tree tree;
+    tree.Begin(name, limits);
+    for (const auto& [field, text] : fields) {
+        tree.Begin(field, limits);
+        tree.AddText(text, limits);
+        tree.End(limits);
+    }
+    tree.End(limits);
+    return tree;
+}
+
 TEST(CallLines, LetNoControlCharacterReachTheTerminal)
 {
     EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");
@@ -38,6 +57,11 @@ TEST(CallLines, LetNoControlCharacterReachTheTerminal)
     call.returnTime = Time{};
     call.status = "CADI_STATUS_\u009b\x7f";
     EXPECT_EQ(StatusText(call), "??");
+    const Tree address =
+        Record("address", {{"spaceId", "1"}, {"spaceName", "A\u009b"}, {"addr", "0x\x7f"}});
+    EXPECT_EQ(AddressText(address.Find("address")), "A?:0x?");
+    const Tree value = Record("reg", {{"regNumber", "7"}, {"bytes", "\u009bm"}});
+    EXPECT_EQ(RegisterText(value.Find("reg")), "r7=?m");
 }
 
 }  // namespace
