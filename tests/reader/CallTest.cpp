@@ -17,6 +17,13 @@ TEST(Times, AreSecondsWithAUnit)
     EXPECT_FALSE(time->wrapped);
 }
 
+TEST(Times, HaveUpToNineDigitsAfterThePoint)
+{
+    EXPECT_EQ(ParseTime("1.5 s")->nanoseconds, 1500000000);
+    EXPECT_EQ(ParseTime("12.025 s")->nanoseconds, 12025000000);
+    EXPECT_EQ(ParseTime("0.123456789 s")->nanoseconds, 123456789);
+}
+
 TEST(Times, BeforeTheStartOfTheLogAreNegativeAndMarked)
 {
     const auto time = ParseTime("4294967295.900000 s");

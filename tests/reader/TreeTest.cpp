@@ -149,6 +149,8 @@ TEST(Trees, CountWhatPassesALimit)
     options.limits.text = 3;
     EXPECT_EQ(Arguments("<t>abcd</t>", options), "t=abc...");
     EXPECT_EQ(Arguments("<a><b><c><d/></c></b></a><e/>", options), "a{b{}...} e=");
+    options.limits.text = 0;
+    EXPECT_EQ(Arguments("<t>a<u/></t>", options), "t{u=}");
 }
 
 }  // namespace
