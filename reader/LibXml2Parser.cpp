@@ -27,6 +27,8 @@ constexpr std::uint64_t longestMarkup = 16 * 1024 * 1024;
 // killed leaves in them what it was to write.
 constexpr std::uint64_t longestUndivided = 256 * 1024;
 
+constexpr std::string_view commentBegin = "<!--";
+
 std::string_view View(const xmlChar* text)
 {
     return reinterpret_cast<const char*>(text);
@@ -103,7 +105,8 @@ public:
         handler.comment = [](void* self, const xmlChar* text) {
             auto& parser = *static_cast<LibXml2Parser*>(self);
             if (parser.events != nullptr)
-                parser.events->Comment(View(text));
+                parser.events->Comment(View(text).substr(parser.commentIsSpaced ? 1 : 0));
+            parser.commentIsSpaced = false;
         };
         handler.internalSubset = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
             static_cast<LibXml2Parser*>(self)->Refuse("a log has no document type declaration");
@@ -124,18 +127,24 @@ public:
     {
         const Silence silence;
         while (size != 0 && error.empty()) {
-            const auto most = std::clamp<std::uint64_t>(Pending(), smallPiece, largePiece);
-            std::string_view piece(bytes, std::min(size, std::size_t(most)));
+            if (BeginsOuterComment()) {
+                Insert(" ");
+                commentIsSpaced = true;
+            }
             const std::optional<Markup> open = Pending() > longestUndivided ? OpenMarkup() : std::nullopt;
+            std::string_view piece(bytes, std::min(size, MostToFeed()));
             const std::size_t place = open ? PlaceToDivide(piece, *open) : 0;
             if (place != 0)
                 piece = piece.substr(0, place);
+            else if (!open)
+                piece = UpToOpenComment(piece);
             fed += piece.size();
             xmlParseChunk(context, piece.data(), int(piece.size()), 0);
             RefuseWhatEndedParsing();
-            // It may have come to its end.
+            // It may have come to its end. Two of it: what was fed so far is over then, and the parser
+            // forgets it. The document is as well-formed as it was.
             if (error.empty() && place != 0 && Pending() > longestUndivided)
-                Divide(*open);
+                Insert(std::string(open->end).append(open->begin));
             if (error.empty() && Pending() > longestMarkup)
                 Refuse("a tag or a comment is longer than 16 MB");
             bytes += piece.size();
@@ -225,8 +234,7 @@ private:
             pending.substr(0, longestName).find_first_of(" \t\r\n") != std::string_view::npos;
         if (pending.substr(0, 2) == "<?" && hasName)
             return Markup{"<?x ", "?>"};
-        // libxml2 takes <!--> for a comment, and then finds no end of it: a blank keeps the > away.
-        if (pending.substr(0, 4) == "<!--" && depth == 0)
+        if (pending.substr(0, commentBegin.size()) == commentBegin && depth == 0)
             return Markup{"<!-- ", "-->"};
         if (pending.substr(0, 9) == "<![CDATA[" || sectionAt == Position())
             return Markup{"<![CDATA[", "]]>"};
@@ -251,11 +259,48 @@ private:
         return 0;
     }
 
-    /// Makes two of it: what was fed so far is over then, and the parser forgets it. The document is as
-    /// well-formed as it was.
-    void Divide(const Markup& open)
+    // Of a comment outside the root element that begins with > or -> libxml2 believes that it ends there,
+    // and misses its end where that comes in a later piece:
+    //
+    //     </log><!-->    more -->
+    //
+    // So a piece in which a comment doesn't end is fed up to its <!-- and then a blank, which is no part
+    // of what the comment says.
+
+    static std::string_view UpToOpenComment(std::string_view piece)
     {
-        const std::string text = std::string(open.end).append(open.begin);
+        std::size_t at = piece.size();
+        while (const void* const found = memrchr(piece.data(), commentBegin[1], at)) {
+            at = std::size_t(static_cast<const char*>(found) - piece.data());
+            const std::size_t begin = at - std::min<std::size_t>(at, 1);
+            if (piece.substr(begin, commentBegin.size()) == commentBegin) {
+                const std::size_t text = begin + commentBegin.size();
+                return piece.find("-->", text) == std::string_view::npos ? piece.substr(0, text) : piece;
+            }
+        }
+        return piece;
+    }
+
+    bool BeginsOuterComment() const
+    {
+        const xmlParserInput& input = *context->input;
+        return depth == 0 && Pending() == commentBegin.size() && IsUtf8(input) &&
+               std::equal(commentBegin.begin(), commentBegin.end(), input.cur);
+    }
+
+    /// How many bytes the parser shall get at most: outside the root element the <!-- of a comment is fed
+    /// alone.
+    std::size_t MostToFeed() const
+    {
+        const std::uint64_t pending = Pending();
+        if (depth == 0 && pending != 0 && pending < commentBegin.size() && IsUtf8(*context->input))
+            return std::size_t(commentBegin.size() - pending);
+        return std::size_t(std::clamp(pending, smallPiece, largePiece));
+    }
+
+    /// Gives the parser bytes that the document doesn't have.
+    void Insert(std::string_view text)
+    {
         xmlParseChunk(context, text.data(), int(text.size()), 0);
         inserted += text.size();
         RefuseWhatEndedParsing();
@@ -346,9 +391,10 @@ private:
     std::vector<XmlAttribute> found;
     std::string qualified;
     std::uint64_t fed = 0;
-    std::uint64_t sectionAt = 0;  // where a section goes on, if it does
-    std::uint64_t inserted = 0;   // bytes that the document doesn't have
-    std::size_t depth = 0;        // of the element that is open
+    std::uint64_t sectionAt = 0;   // where a section goes on, if it does
+    std::uint64_t inserted = 0;    // bytes that the document doesn't have
+    std::size_t depth = 0;         // of the element that is open
+    bool commentIsSpaced = false;  // that is being read, by a blank of ours
     bool hasRoot = false;
     bool finishing = false;
     std::string error;

@@ -197,6 +197,28 @@ TEST(XmlParser, ReadsCommentsOfAnyLengthAfterTheRootElement)
               "<a@0:1> error at 1: a tag or a comment is longer than 16 MB");
 }
 
+TEST(XmlParser, ReadsCommentsOutsideTheRootElementAsXmlHasThemHoweverTheyAreFed)
+{
+    const auto read = [](const std::string& document) {
+        const std::string events = Events(document);
+        for (std::size_t piece = 1; piece < document.size(); ++piece)
+            EXPECT_EQ(Events(document, piece), events) << document << " in pieces of " << piece;
+        return events;
+    };
+    for (const std::string text : {">", "->", ">-", " ", "", "a", "-> !", "!<!", "- b"}) {
+        const std::string comment = "<!--" + text + " c -->";
+        const std::string shown = "!" + text + " c !";
+        EXPECT_EQ(read("<a/>\n" + comment), "<a@0:1></@4>" + shown);
+        EXPECT_EQ(read(comment + "\n<?x <!--> ?><a/>").substr(0, shown.size()), shown);
+        EXPECT_EQ(read("<a>" + comment + "</a>").substr(7, shown.size()), shown);
+        read("<a/>" + comment + "\n" + comment + "<?x <!--> ?>");
+    }
+    EXPECT_EQ(read("<!--> a --><b/><!---> c -->"), "!> a !<b@11:1></@15>!-> c !");
+    for (const char* const text : {"<!-->", "<!--->", "<!-", "<!--> --", "<!-- -- -->", "<!----->"})
+        for (std::size_t piece = 1; piece < 16; ++piece)
+            EXPECT_NE(Events(std::string("<a/>") + text, piece).find("error"), std::string::npos) << text;
+}
+
 TEST(XmlParser, IsStrictWithinInstructionsOfAnyLength)
 {
     const std::string before = "<a@0:1></@7> error at ";
