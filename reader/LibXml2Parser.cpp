@@ -66,13 +66,20 @@ bool HasStopped(Context* context, long /*otherwise*/)
     return context->disableSAX != 0;
 }
 
-// libxml2 deprecates the member from 2.14 on, and has nothing else that tells.
+// libxml2 deprecates the members from 2.14 on, and has nothing else that tells.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 /// Whether the parser reads the bytes as they were fed, and not from another encoding.
 bool IsUtf8(const xmlParserInput& input)
 {
     return input.buf != nullptr && input.buf->encoder == nullptr;
+}
+
+/// Whether bytes couldn't be read as the encoding that the document declares. Some versions of libxml2
+/// leave them out and go on.
+bool HasForeignBytes(const xmlParserInput* input)
+{
+    return input != nullptr && input->buf != nullptr && input->buf->error != 0;
 }
 #pragma GCC diagnostic pop
 
@@ -345,7 +352,7 @@ private:
 
     void RefuseWhatEndedParsing()
     {
-        if (HasStopped(context, 0)) {
+        if (HasStopped(context, 0) || HasForeignBytes(context->input)) {
             Refuse("the bytes are not in the encoding that the document declares");
         }
     }
@@ -367,6 +374,7 @@ private:
         while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
             text.remove_suffix(1);
         Fail(text);
+        std::replace(error.begin(), error.end(), '\n', ' ');
     }
 
     void Fail(std::string_view what)

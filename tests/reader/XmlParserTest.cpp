@@ -236,6 +236,23 @@ TEST(XmlParser, IsStrictWithinInstructionsOfAnyLength)
               std::string::npos);
 }
 
+TEST(XmlParser, RefusesBytesThatAreNotInTheDeclaredEncoding)
+{
+    const auto document = [](const std::string& encoding, const std::string& text) {
+        return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><a>" + text + " and more text</a>";
+    };
+    const std::string foreign = "\xff\xff";
+    EXPECT_NE(Events(document("EUC-JP", "\xa5\xbb")).find(">\u30bb and more text</"), std::string::npos);
+    for (const char* const encoding : {"EUC-JP", "UTF-7", "UTF-8", "UTF--8"}) {
+        const std::string bytes = document(encoding, foreign);
+        for (std::size_t piece = 1; piece <= bytes.size(); ++piece) {
+            const std::string events = Events(bytes, piece);
+            EXPECT_NE(events.find("error"), std::string::npos) << encoding << " in pieces of " << piece;
+            EXPECT_EQ(events.find('\n'), std::string::npos);
+        }
+    }
+}
+
 TEST(XmlParser, RefusesATagThatDoesNotEnd)
 {
     const std::string events = Events("<a b='" + std::string(40 * 1024 * 1024, 'x'), 1024 * 1024);
