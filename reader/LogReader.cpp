@@ -31,6 +31,7 @@ constexpr std::size_t mostParts = 4096;
 constexpr std::size_t longestStatus = 256;
 constexpr std::size_t mostOthers = 256;  // lines without a number in front of a call
 constexpr std::size_t mostThreads = 64 * 1024;
+constexpr std::size_t mostAncestors = 64;  // of one call; where no call returns they would be all
 
 std::optional<std::uint64_t> ParseNumber(std::string_view text)
 {
@@ -752,7 +753,9 @@ private:
         // In a log without threads any call that is open may have made this one.
         for (auto parent = open.rbegin(); parent != open.rend(); ++parent) {
             if (!threadId || (*parent)->threadId == threadId) {
-                added->ancestors = (*parent)->ancestors;
+                const std::vector<std::uint64_t>& outer = (*parent)->ancestors;
+                added->ancestors.assign(outer.begin() + (outer.size() == mostAncestors ? 1 : 0),
+                                        outer.end());
                 added->ancestors.push_back((*parent)->number);
                 break;
             }

@@ -66,7 +66,7 @@ struct Call
     std::string status;              ///< CADI_STATUS_OK; empty when it has none
     std::string disassemblerAddress;
 
-    /// Numbers of the calls it was made in, the outermost first.
+    /// Numbers of the calls it was made in, the outermost first; of more than 64 the innermost 64.
     std::vector<std::uint64_t> ancestors;
 
     Tree before;  ///< lines without a number that stand in front of its first element

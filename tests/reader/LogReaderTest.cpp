@@ -35,6 +35,21 @@ TEST(LogReader, JoinsTheElementsOfAnInterruptedCall)
     EXPECT_TRUE(reading.comments.empty());
 }
 
+TEST(LogReader, KnowsTheInnermostAncestorsOfACallWhereNoneReturns)
+{
+    std::string elements;
+    for (int i = 1; i <= 100; ++i)
+        elements += "    <A call_num=\"" + std::to_string(i) + "\" call_time=\"0.000001 s\"></A>\n";
+    const Reading reading = ReadBytes(LogOf(elements));
+    ASSERT_EQ(reading.calls.size(), 100u);
+    EXPECT_TRUE(reading.calls[0].ancestors.empty());
+    EXPECT_EQ(reading.calls[64].ancestors.size(), 64u);
+    EXPECT_EQ(reading.calls[64].ancestors.front(), 1u);
+    EXPECT_EQ(reading.calls[99].ancestors.size(), 64u);
+    EXPECT_EQ(reading.calls[99].ancestors.front(), 36u);
+    EXPECT_EQ(reading.calls[99].Parent(), 99u);
+}
+
 TEST(LogReader, GivesNoThreadToACallThatNamesNone)
 {
     const Reading reading =

@@ -112,6 +112,19 @@ TEST_F(StrangeLogs, WithAnAttributeOf100MegabytesLoseItsCall)
     EXPECT_EQ(Numbers("fixed.xml"), (std::vector<std::string>{"1", "3"}));
 }
 
+TEST_F(StrangeLogs, InWhichNoCallReturnsTakeLittleMemory)
+{
+    std::string elements;
+    for (int i = 1; i <= 20000; ++i) {
+        elements += "    <A call_num=\"" + std::to_string(i) +
+                    "\" call_time=\"0.000001 s\" threadId=\"1\">\n    </A>\n";
+    }
+    Write("log.xml", LogOf(elements));
+    EXPECT_LT(GrowthOfAll(), 2 * littleKiB);
+    EXPECT_LT(memoryIsOurOwn ? GrowthOf("state") : 0, 2 * littleKiB);
+    EXPECT_THAT(Run({"log.xml"}).out, HasSubstr("20000 calls"));
+}
+
 TEST_F(StrangeLogs, WithEntitiesThatGrowExpandNone)
 {
     std::string bomb = "<!DOCTYPE run [<!ENTITY a0 \"ha\">";
