@@ -1,8 +1,11 @@
 // scrivel calls: one line a call, in order of entry. Tested by tests/tool/CallsTest.cpp.
 
+#include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "CallLine.h"
 #include "Command.h"
@@ -86,23 +89,30 @@ private:
 
         void PrintLast()
         {
-            for (const std::string& line : kept)
-                terminal.Print(line);
+            for (const Shown& line : kept)
+                terminal.Print(line.afterGap && &line != &kept.front() ? "--\n" + line.text : line.text);
         }
 
     private:
+        struct Shown
+        {
+            std::string text;
+            bool chosen;    // or there for the context
+            bool afterGap;  // the calls right before it aren't shown
+        };
+
         void Take(Line&& line)
         {
             if (line.chosen) {
                 for (std::string& before : earlier)
-                    Show(std::move(before));
+                    Show(std::move(before), false);
                 earlier.clear();
-                Show(std::move(line.text));
+                Show(std::move(line.text), true);
                 found = true;
                 toFollow = command.context;
             } else if (toFollow != 0) {
                 --toFollow;
-                Show(std::move(line.text));
+                Show(std::move(line.text), false);
             } else if (command.context != 0) {
                 earlier.push_back(std::move(line.text));
                 if (earlier.size() > command.context) {
@@ -112,23 +122,38 @@ private:
             }
         }
 
-        void Show(std::string&& text)
+        void Show(std::string&& text, bool isChosen)
         {
             if (toNameLog && !command.logs.Json()) {
                 terminal.Print("==> " + path + "\n");
                 toNameLog = false;
             }
-            if (gap && shown && !command.logs.Json())
-                text.insert(0, "--\n");
-            gap = false;
+            const bool afterGap = std::exchange(gap, false) && shown && !command.logs.Json();
             shown = true;
-            if (command.last == 0) {
-                terminal.Print(text);
+            if (!command.last) {
+                terminal.Print(afterGap ? "--\n" + text : text);
                 return;
             }
-            kept.push_back(std::move(text));
-            if (kept.size() > command.last)
-                kept.pop_front();
+            if (*command.last == 0)
+                return;
+            kept.push_back({std::move(text), isChosen, afterGap});
+            if (isChosen && ++chosenKept > *command.last)
+                DropFirst();
+        }
+
+        /// Lets go of the first call that was chosen: it, and those around it, may still be context of
+        /// the next one.
+        void DropFirst()
+        {
+            const auto isChosen = [](const Shown& line) { return line.chosen; };
+            const auto first = std::find_if(kept.begin(), kept.end(), isChosen);
+            const auto next = std::find_if(first + 1, kept.end(), isChosen);
+            auto from = next;
+            for (std::size_t i = 0; i < command.context && from != kept.begin() && !from->afterGap; ++i)
+                --from;
+            first->chosen = false;
+            kept.erase(kept.begin(), from);
+            --chosenKept;
         }
 
         const Calls& command;
@@ -139,13 +164,14 @@ private:
         EntryOrder order;
         std::deque<std::string> earlier;  // that may become context
         std::size_t toFollow = 0;
-        std::deque<std::string> kept;  // for --last
+        std::deque<Shown> kept;  // for --last
+        std::size_t chosenKept = 0;
         bool gap = false;
         bool shown = false;
         bool found = false;
     };
 
-    std::uint64_t last = 0;
+    std::optional<std::uint64_t> last;
     std::uint64_t context = 0;
 };
 

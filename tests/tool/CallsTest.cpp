@@ -1,5 +1,7 @@
 // One line a call.
 
+#include <sstream>
+
 #include <gmock/gmock.h>
 
 #include "tool/Program.h"
@@ -32,6 +34,43 @@ TEST_F(Calls, AreChosenByTheFilter)
     EXPECT_EQ(Run({"calls", "-w", "arg.addr = 0x40000000 and open", "run.xml"}).out,
               "   4  0.012560            T1 CADIMemWrite(Memory:0x40000000, by...  NOT RETURNED\n");
     EXPECT_EQ(Run({"calls", "-n", "x*", "run.xml"}).status, 1);
+}
+
+/// The numbers that the lines begin with, and -- between those that are apart.
+std::string Numbers(const std::string& lines)
+{
+    std::string numbers;
+    std::istringstream in(lines);
+    for (std::string line; std::getline(in, line);) {
+        std::string number;
+        std::istringstream(line) >> number;
+        numbers += (numbers.empty() ? "" : " ") + number;
+    }
+    return numbers;
+}
+
+TEST_F(Calls, AreTheLastThatTheFilterLeavesWithTheirContext)
+{
+    std::string elements;
+    for (int i = 1; i <= 20; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string name = i == 3 || i == 5 || i == 12 || i == 13 ? "Chosen" : "Other";
+        elements += "    <" + name + " call_num=\"" + number + "\" call_time=\"0.000001 s\">\n    </" +
+                    name + ">\n";
+    }
+    Write("many.xml", LogOf(elements));
+    const auto shown = [&](const std::string& last, const std::string& context) {
+        return Numbers(Run({"calls", "-n", "Chosen", "--last", last, "-C", context, "many.xml"}).out);
+    };
+    EXPECT_EQ(shown("9", "1"), "2 3 4 5 6 -- 11 12 13 14");
+    EXPECT_EQ(shown("4", "1"), "2 3 4 5 6 -- 11 12 13 14");
+    EXPECT_EQ(shown("3", "1"), "4 5 6 -- 11 12 13 14");
+    EXPECT_EQ(shown("3", "2"), "3 4 5 6 7 -- 10 11 12 13 14 15");
+    EXPECT_EQ(shown("2", "1"), "11 12 13 14");
+    EXPECT_EQ(shown("1", "3"), "10 11 12 13 14 15 16");
+    EXPECT_EQ(shown("1", "0"), "13");
+    EXPECT_EQ(shown("0", "1"), "");
+    EXPECT_EQ(Numbers(Run({"calls", "--last", "2", "many.xml"}).out), "19 20");
 }
 
 TEST_F(Calls, AreJsonOneObjectALine)
