@@ -554,7 +554,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
     }
     if (!text.slower.empty()) {
         const auto limit = ParseDuration(text.slower);
-        if (!limit) {
+        if (!limit || *limit < 0) {
             error = "\"" + text.slower + "\" is no duration: 1ms, 20us or 0.5";
             return {};
         }

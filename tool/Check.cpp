@@ -320,7 +320,7 @@ public:
     {
         if (!bounds.tookText.empty()) {
             bounds.took = ParseDuration(bounds.tookText);
-            if (!bounds.took) {
+            if (!bounds.took || *bounds.took < 0) {
                 terminal.Error("--max-took: \"" + bounds.tookText +
                                "\" is no time; 5ms, 20us or 1.5s are");
                 return Exit::Trouble;

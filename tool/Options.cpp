@@ -12,14 +12,31 @@
 namespace ScrivelTool
 {
 
+namespace
+{
+
+/// CLI11 takes -1 for the largest number and nothing for 0.
+std::string RefuseNoNumber(const std::string& text)
+{
+    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? "" : "\"" + text + "\" is no number";
+}
+
+std::string RefuseNothing(const std::string& text)
+{
+    return text.empty() ? "an empty text says nothing" : "";
+}
+
+}  // namespace
+
 struct Options::Parser
 {
     Parser(std::string_view summary, std::string name) : line(std::string(summary), std::move(name)) {}
 
     template <typename Value>
-    void AddArgument(const char* name, Value& value, const char* help)
+    CLI::Option* AddArgument(const char* name, Value& value, const char* help)
     {
-        line.add_option(name, value, help)->required();
+        return line.add_option(name, value, help)->required();
     }
 
     template <typename Value>
@@ -43,7 +60,7 @@ Options::~Options() = default;
 
 void Options::Argument(const char* name, std::uint64_t& value, const char* help)
 {
-    parser->AddArgument(name, value, help);
+    parser->AddArgument(name, value, help)->check(RefuseNoNumber);
 }
 
 void Options::Argument(const char* name, std::string& value, const char* help)
@@ -66,18 +83,18 @@ void Options::Flag(const char* names, bool& value, const char* help)
 
 void Options::Option(const char* names, const char* type, std::uint64_t& value, const char* help)
 {
-    parser->Add(names, type, value, help);
+    parser->Add(names, type, value, help)->check(RefuseNoNumber);
 }
 
 void Options::Option(const char* names, const char* type, std::optional<std::uint64_t>& value,
                      const char* help)
 {
-    parser->Add(names, type, value, help);
+    parser->Add(names, type, value, help)->check(RefuseNoNumber);
 }
 
 void Options::Option(const char* names, const char* type, std::string& value, const char* help)
 {
-    parser->Add(names, type, value, help);
+    parser->Add(names, type, value, help)->check(RefuseNothing);
 }
 
 void Options::Option(const char* names, const char* type, std::vector<std::string>& values,
@@ -85,6 +102,7 @@ void Options::Option(const char* names, const char* type, std::vector<std::strin
 {
     // One value each time, so that the logs that follow stay logs.
     parser->Add(names, type, values, help)
+        ->check(RefuseNothing)
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
