@@ -9,7 +9,11 @@
 #include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
+#include <vector>
+
+#include "Options.h"
 
 extern char** environ;
 
@@ -30,16 +34,32 @@ std::string_view Environment(const char* name)
     return value == nullptr ? std::string_view() : value;
 }
 
-void WriteAll(int descriptor, std::string_view text)
+/// 0, or the number of the error.
+int WriteAll(int descriptor, std::string_view text)
 {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
-            return;  // nobody reads on, or there is no room: there is no one to tell
+            return written < 0 ? errno : EIO;
         text.remove_prefix(std::size_t(written));
     }
+    return 0;
+}
+
+/// Whether a shell will find the program that a command begins with; also true when that can't be told.
+bool IsThere(std::string_view command)
+{
+    const std::string name(command.substr(0, command.find(' ')));
+    if (name.empty() || name.find_first_of("=\"'$`\\") != std::string::npos)
+        return true;
+    if (name.find('/') != std::string::npos)
+        return access(name.c_str(), X_OK) == 0;
+    const std::vector<std::string> folders = Split(Environment("PATH"), ':');
+    return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
+        return access((folder + "/" + name).c_str(), X_OK) == 0;
+    });
 }
 
 }  // namespace
@@ -71,8 +91,7 @@ Terminal::Terminal(std::string& itsSink) : Terminal()
 
 Terminal::~Terminal()
 {
-    EndProgress();
-    Flush();
+    Finish();
     if (pager != 0) {
         close(output);
         int status = 0;
@@ -149,10 +168,24 @@ void Terminal::Flush()
 
 void Terminal::Write(std::string_view text)
 {
-    if (sink != nullptr)
+    if (sink != nullptr) {
         sink->append(text);
-    else
-        WriteAll(output, text);
+        return;
+    }
+    if (failed)
+        return;
+    const int error = WriteAll(output, text);
+    if (error == 0 || error == EPIPE)
+        return;  // nobody who would read on is nobody to tell
+    failed = true;
+    Error("standard output", {}, std::generic_category().message(error));
+}
+
+bool Terminal::Finish()
+{
+    EndProgress();
+    Flush();
+    return !failed;
 }
 
 void Terminal::ShowLive(std::string_view text)
@@ -180,7 +213,7 @@ void Terminal::StartPager()
         command = Environment("PAGER");
     if (command.empty())
         command = "less";
-    if (command == "cat")
+    if (command == "cat" || !IsThere(command))
         return;
 
     int ends[2];

@@ -55,6 +55,8 @@ public:
     std::size_t Width() const { return width; }
     /// Writes what is kept back, as a command does that tells what happens as it happens.
     void Flush();
+    /// After the last text. False when some of it could not be written, of which Error() has told.
+    bool Finish();
     /// Lines that stay below what is printed, until others take their place. They are there for a person:
     /// nothing of them goes into a file or a pipe.
     void ShowLive(std::string_view text);
@@ -84,7 +86,8 @@ private:
     std::string kept;
     std::string* sink = nullptr;  // that takes what is printed
     int output = 1;
-    int pager = 0;  // its process
+    bool failed = false;  // to write
+    int pager = 0;        // its process
     std::chrono::steady_clock::time_point started;
     std::chrono::steady_clock::time_point progressAt;
     bool progressShown = false;

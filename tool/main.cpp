@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
 #include <vector>
 
 #include "Command.h"
@@ -179,9 +183,11 @@ Exit Run(std::vector<std::string> arguments, Terminal& terminal)
         arguments.erase(arguments.begin());
         return Run(*command, arguments, terminal);
     }
-    // What looks like a file or an option is meant for the command that has no name.
+    // What is a file, or looks like one or like an option, is meant for the command that has no name.
     const Command* nameless = Find("");
-    if (nameless != nullptr && first.find_first_of("-./") != std::string::npos)
+    std::error_code ignored;
+    const bool isFile = std::filesystem::exists(first, ignored);
+    if (nameless != nullptr && (isFile || first.find_first_of("-./") != std::string::npos))
         return Run(*nameless, arguments, terminal);
 
     std::vector<std::string> names;
@@ -192,6 +198,17 @@ Exit Run(std::vector<std::string> arguments, Terminal& terminal)
         what += "; did you mean " + near + "?";
     terminal.Error(what + " (scrivel --help lists them)");
     return Exit::Trouble;
+}
+
+/// Where standard input, output or error are closed the next file would take their place, and get what is
+/// meant for them.
+void KeepStandardStreamsApart()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0)
+            // Neither can be used: reading from the first or writing to the others fails as it should.
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 }  // namespace
@@ -205,6 +222,9 @@ Commands AllCommands()
 
 int main(int count, char** arguments)
 {
+    ScrivelTool::KeepStandardStreamsApart();
     ScrivelTool::Terminal terminal;
-    return int(ScrivelTool::Run(std::vector<std::string>(arguments + 1, arguments + count), terminal));
+    const ScrivelTool::Exit exit =
+        ScrivelTool::Run(std::vector<std::string>(arguments + 1, arguments + count), terminal);
+    return int(terminal.Finish() ? exit : ScrivelTool::Exit::Trouble);
 }

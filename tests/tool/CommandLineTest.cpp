@@ -1,20 +1,44 @@
 // The choice of a command, and what is said when there is none.
 
+#include <cstdlib>
 #include <filesystem>
+#include <sys/wait.h>
 
 #include <gmock/gmock.h>
 
 #include "tool/Program.h"
+#include "tool/PseudoTerminal.h"
 
 using namespace ScrivelTest;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 namespace
 {
 
 class CommandLine : public ToolTest
 {
+protected:
+    /// The status of the program with what stands behind its name as a shell takes it; errors go into
+    /// err.
+    int StatusOf(const std::string& line) const
+    {
+        const int result = std::system(
+            ("cd " + Quoted(Folder()) + " && " + Quoted(SCRIVEL_PROGRAM) + " " + line + " 2>err")
+                .c_str());
+        return WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+    }
+
+    void WriteLog(const std::string& name, int calls = 1) const
+    {
+        std::string elements;
+        for (int i = 1; i <= calls; ++i)
+            elements +=
+                "    <A call_num=\"" + std::to_string(i) + "\" call_time=\"0.000001 s\">\n    </A>\n";
+        Write(name, LogOf(elements));
+    }
 };
 
 TEST_F(CommandLine, NamesTheNearestCommand)
@@ -79,6 +103,74 @@ TEST_F(CommandLine, SaysWhatIsNoLog)
     const Outcome outcome = Run({"calls", "notes.xml"});
     EXPECT_THAT(outcome.error, HasSubstr("scrivel: notes.xml: this is no log\n"));
     EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(CommandLine, TakesEveryFileForALogWhateverItsName)
+{
+    WriteLog("log");
+    std::filesystem::create_directory(Folder() + "/a folder");
+    WriteLog("a folder/log.xml");
+    EXPECT_THAT(Run({"log"}).out, StartsWith("log  connection log of process 4242"));
+    EXPECT_THAT(Run({"a folder"}).out, StartsWith("a folder/log.xml  connection log"));
+}
+
+TEST_F(CommandLine, TellsThatStandardOutputCannotBeWritten)
+{
+    WriteLog("run.xml");
+    for (const char* const line : {"run.xml", "calls run.xml", "check run.xml", "show 1 run.xml",
+                                   "--help", "--version", "--man", "calls --help", "--completion bash"}) {
+        EXPECT_EQ(StatusOf(std::string(line) + " >/dev/full"), 2) << line;
+        EXPECT_EQ(Read("err"), "scrivel: standard output: No space left on device\n") << line;
+        EXPECT_EQ(StatusOf(std::string(line) + " >&-"), 2) << line;
+        EXPECT_EQ(Read("err"), "scrivel: standard output: Bad file descriptor\n") << line;
+    }
+}
+
+TEST_F(CommandLine, WritesIntoNoFileWhatIsForAClosedStream)
+{
+    WriteLog("run.xml");
+    EXPECT_EQ(StatusOf("recover run.xml -o copy.xml >&- <&-"), 2);
+    EXPECT_EQ(Read("copy.xml"), Read("run.xml"));
+    EXPECT_EQ(StatusOf("check - <&- >out"), 2);
+    EXPECT_EQ(Read("err"), "scrivel: standard input: Bad file descriptor\n");
+}
+
+TEST_F(CommandLine, PrintsLongOutputByItselfWhereThereIsNoPager)
+{
+    WriteLog("run.xml", 100);
+    setenv("SCRIVEL_PAGER", "sed s/NOT.RETURNED/paged/", 1);
+    EXPECT_THAT(PseudoTerminal(Folder(), {"calls", "run.xml"}).ScreenAtEnd(), HasSubstr("paged"));
+    for (const char* const pager : {"scrivel-has-no-such-pager", "/scrivel/has/no/such/pager -R"}) {
+        setenv("SCRIVEL_PAGER", pager, 1);
+        const std::string screen = PseudoTerminal(Folder(), {"calls", "run.xml"}).ScreenAtEnd();
+        EXPECT_THAT(screen, HasSubstr("   1  0.000001"));
+        EXPECT_THAT(screen, HasSubstr(" 100  0.000001"));
+        EXPECT_THAT(screen, Not(HasSubstr("not found")));
+    }
+    unsetenv("SCRIVEL_PAGER");
+}
+
+TEST_F(CommandLine, TakesNothingButNumbersForNumbers)
+{
+    WriteLog("run.xml");
+    for (const std::vector<std::string>& line :
+         std::vector<std::vector<std::string>>{{"calls", "--last", "-1"},
+                                               {"calls", "-C", "-1"},
+                                               {"calls", "-C", ""},
+                                               {"calls", "--last", "x"},
+                                               {"check", "--max-failed", "-1"},
+                                               {"check", "--max-failed", ""},
+                                               {"state", "--at", "-1"},
+                                               {"calls", "--slower", "-1ms"},
+                                               {"check", "--max-took", "-1ms"},
+                                               {"calls", "-n", ""},
+                                               {"calls", "-w", ""}}) {
+        std::vector<std::string> arguments = line;
+        arguments.emplace_back("run.xml");
+        EXPECT_EQ(Run(arguments).status, 2) << line[0] << " " << line[1] << " " << line[2];
+    }
+    EXPECT_EQ(Run({"calls", "--last", "-1", "run.xml"}).error,
+              "scrivel: --last: \"-1\" is no number (scrivel calls --help tells more)\n");
 }
 
 TEST_F(CommandLine, SaysWhatTheFilterDoesntUnderstand)
