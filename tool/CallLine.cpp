@@ -28,20 +28,6 @@ bool StartsWith(std::string_view text, std::string_view begin)
     return text.substr(0, begin.size()) == begin;
 }
 
-/// Puts a question mark in place of each control character: those of ASCII and U+0080 to U+009F, some of
-/// which begin a sequence that terminals obey.
-void MakePrintable(std::string& text, std::size_t from)
-{
-    const auto begin = text.begin() + std::ptrdiff_t(from);
-    std::transform(begin, text.end(), begin,
-                   [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f ? '?' : c; });
-    while ((from = text.find('\xc2', from)) != std::string::npos) {
-        if (from + 1 < text.size() && static_cast<unsigned char>(text[from + 1]) < 0xa0)
-            text.replace(from, 2, "?");
-        ++from;
-    }
-}
-
 /// Whether a value is an enumerator that says enough without its field's name.
 std::string_view Enumerator(std::string_view text)
 {
@@ -360,12 +346,6 @@ std::optional<std::string> RegisterText(Tree::Element element)
     std::string text;
     Add(text, element.Name(), *found);
     return Printable(std::move(text));
-}
-
-std::string Printable(std::string text)
-{
-    MakePrintable(text, 0);
-    return text;
 }
 
 std::string ElementsText(const Tree& tree, bool results)

@@ -33,8 +33,6 @@ std::optional<std::string> AddressText(ScrivelReader::Tree::Element element);
 /// A register's value as pc=0x3000, as r32=0x3000 when the log has no name; nothing for any other
 /// element.
 std::optional<std::string> RegisterText(ScrivelReader::Tree::Element element);
-/// What a log says is shown as text, whatever it holds: no control character reaches the terminal.
-std::string Printable(std::string text);
 
 /// The whole line with colours and its line end, no wider than the terminal.
 std::string CallLine(const ScrivelReader::Call& call, const Terminal& terminal);

@@ -252,7 +252,7 @@ void Terminal::Error(std::string_view what)
 {
     EndProgress();
     Flush();
-    WriteAll(STDERR_FILENO, "scrivel: " + std::string(what) + "\n");
+    WriteAll(STDERR_FILENO, "scrivel: " + Printable(std::string(what)) + "\n");
 }
 
 void Terminal::Progress(std::string_view file, std::uint64_t done, std::optional<std::uint64_t> size)
@@ -281,6 +281,26 @@ void Terminal::EndProgress()
     if (progressShown)
         WriteAll(STDERR_FILENO, "\r\x1b[K");
     progressShown = false;
+}
+
+// A question mark takes the place of each control character: those of ASCII, and U+0080 to U+009F, some
+// of which begin a sequence that terminals obey.
+void MakePrintable(std::string& text, std::size_t from)
+{
+    const auto begin = text.begin() + std::ptrdiff_t(from);
+    std::transform(begin, text.end(), begin,
+                   [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f ? '?' : c; });
+    while ((from = text.find('\xc2', from)) != std::string::npos) {
+        if (from + 1 < text.size() && static_cast<unsigned char>(text[from + 1]) < 0xa0)
+            text.replace(from, 2, "?");
+        ++from;
+    }
+}
+
+std::string Printable(std::string text)
+{
+    MakePrintable(text, 0);
+    return text;
 }
 
 }  // namespace ScrivelTool

@@ -93,6 +93,11 @@ private:
     bool progressShown = false;
 };
 
+/// What a log says is shown as text, whatever it holds: no control character reaches the terminal.
+std::string Printable(std::string text);
+/// Makes what the text has from there on printable.
+void MakePrintable(std::string& text, std::size_t from);
+
 }  // namespace ScrivelTool
 
 #endif
