@@ -329,6 +329,7 @@ private:
             hasDamage = true;
             ++end.damages;
             damage = Damage{};
+            damage.ordinal = end.damages;
             damage.what = what;
             if (const std::string_view name = NameAt(offset); !broken && !name.empty()) {
                 damage.what = "\"" + std::string(name) + "\" is no name that XML allows";

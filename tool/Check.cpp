@@ -110,7 +110,7 @@ public:
                            {"lost_from", damage.lostFrom},
                            {"lost_to", damage.lostTo}};
             terminal.Print(JsonLine(object));
-        } else if (damagesTold++ < mostTold) {
+        } else {
             TellDamage(terminal, path, damage);
         }
     }
@@ -236,7 +236,7 @@ private:
 
     void PrintText(const LogEnd& end, const JUnitSuite& suite, const std::string& damage)
     {
-        std::string text = terminal.Styled(Style::Name, path) + ": ";
+        std::string text = terminal.Styled(Style::Name, Printable(path)) + ": ";
         text += end.whole ? "whole" : terminal.Styled(Style::Damage, "not whole") + ", " + damage;
         if (!end.empty) {
             text += std::string(end.whole ? ", " : "\n  ") + CountText(end.calls, "call");
@@ -290,7 +290,6 @@ private:
     Terminal& terminal;
 
     std::optional<Damage> first;
-    std::size_t damagesTold = 0;
     std::string oddities;
     std::array<std::size_t, oddityWords.size()> told{};
     std::optional<std::int64_t> latest;  // time that was passed

@@ -150,6 +150,12 @@ std::optional<LogEnd> ReadFile(const std::string& path, LogHandler& handler, con
 
 void TellDamage(Terminal& terminal, const std::string& path, const Damage& damage)
 {
+    constexpr std::uint64_t most = 20;
+    if (damage.ordinal > most) {
+        if (damage.ordinal == most + 1)
+            terminal.Error(path, {}, "more places are damaged");
+        return;
+    }
     std::string what = damage.what + " (byte " + std::to_string(damage.offset);
     if (damage.call)
         what += ", in call " + std::to_string(*damage.call) + " " + damage.callName;

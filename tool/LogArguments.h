@@ -98,7 +98,7 @@ std::optional<ScrivelReader::LogEnd> ReadFile(const std::string& path, ScrivelRe
                                               const ScrivelReader::ReadOptions& options,
                                               Terminal& terminal);
 
-/// Tells of a damage, or that a log is none, in one line on standard error.
+/// Tells of a damage, or that a log is none, in one line on standard error; of the first twenty of a log.
 void TellDamage(Terminal& terminal, const std::string& path, const ScrivelReader::Damage& damage);
 
 }  // namespace ScrivelTool

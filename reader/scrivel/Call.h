@@ -88,6 +88,7 @@ struct Call
 /// A place where the log is no XML, and what of it could not be read.
 struct Damage
 {
+    std::uint64_t ordinal = 1;  ///< 1 for the first damage of a log, 2 for the next one
     std::uint64_t offset = 0;  ///< where the parser gave up
     std::uint64_t line = 0;
     std::string what;  ///< "the end tag of "a" is missing", as the parser says it

@@ -1,5 +1,6 @@
 // The choice of a command, and what is said when there is none.
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <sys/wait.h>
@@ -86,6 +87,28 @@ TEST_F(CommandLine, TellsDamageInOneLineWithItsPlace)
     EXPECT_EQ(
         Run({"calls", "cut.xml"}).error,
         "scrivel: cut.xml:8: Opening and ending tag mismatch: A line 7 and B (byte 184, in call 1 A)\n");
+}
+
+TEST_F(CommandLine, TellsOfTheFirstTwentyDamagesOfALog)
+{
+    std::string elements;
+    for (int i = 1; i <= 30; ++i) {
+        const std::string number = std::to_string(i);
+        elements += "    <A call_num=\"" + number + "\" call_time=\"0.000001 s\">\n    </B>\n";
+    }
+    Write("torn.xml", LogOf(elements));
+    for (const char* const command : {"calls", "stats", "check"}) {
+        const std::string error = Run({command, "torn.xml"}).error;
+        EXPECT_EQ(std::count(error.begin(), error.end(), '\n'), 21) << command;
+        EXPECT_THAT(error, HasSubstr("in call 20 A)\nscrivel: torn.xml: more places are damaged\n"));
+    }
+}
+
+TEST_F(CommandLine, TellsNamesOfFilesWithoutControlCharacters)
+{
+    WriteLog("a\x1b[31m.xml");
+    EXPECT_EQ(Run({"calls", "b\x1b[31m.xml"}).error, "scrivel: b?[31m.xml: No such file or directory\n");
+    EXPECT_THAT(Run({"check", "a\x1b[31m.xml"}).out, StartsWith("a?[31m.xml: whole"));
 }
 
 TEST_F(CommandLine, SaysWhatIsNoLog)
