@@ -99,11 +99,16 @@ private:
             text += isLast && !log.end.whole ? terminal.Styled(Style::Damage, facts[i]) : facts[i];
             text += isLast ? "\n" : i == 0 && columns > terminal.Width() ? ",\n  " : ", ";
         }
-        if (log.firstDamage)
+        if (log.firstDamage) {
+            const Damage& damage = *log.firstDamage;
+            const std::string call =
+                damage.call ? "in call " + std::to_string(*damage.call) + " " + damage.callName + ": "
+                            : "";
             text += "  " +
                     terminal.Styled(Style::Damage,
-                                    Clipped(Printable(log.firstDamage->what), terminal.Width() - 2)) +
+                                    Clipped(Printable(call + damage.what), terminal.Width() - 2)) +
                     "\n";
+        }
 
         const std::vector<const Call*> open = log.Innermost();
         if (open.empty())
