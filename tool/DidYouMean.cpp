@@ -32,8 +32,10 @@ std::size_t Distance(std::string_view from, std::string_view to)
 
 std::string Nearest(std::string_view word, const std::vector<std::string>& known)
 {
+    // The hyphens in front of an option are in all of them.
+    const std::size_t letters = word.size() - std::min(word.find_first_not_of('-'), word.size());
     std::string best;
-    std::size_t least = word.size() / 3 + 1;
+    std::size_t least = letters / 3 + 1;
     for (const std::string& candidate : known) {
         const std::size_t distance = Distance(word, candidate);
         if (!candidate.empty() && distance <= least && (best.empty() || distance < least)) {

@@ -58,6 +58,14 @@ TEST_F(CommandLine, NamesTheNearestOption)
     EXPECT_EQ(outcome.status, 2);
 }
 
+TEST_F(CommandLine, NamesNoOptionThatIsFarOff)
+{
+    EXPECT_EQ(Run({"cut", "--json", "run.xml", "-o", "x.xml"}).error,
+              "scrivel: there is no option --json (scrivel cut --help tells more)\n");
+    EXPECT_EQ(Run({"cut", "--last", "5", "run.xml", "-o", "x.xml"}).error,
+              "scrivel: there is no option --last (scrivel cut --help tells more)\n");
+}
+
 TEST_F(CommandLine, ListsTheCommands)
 {
     const Outcome outcome = Run({"--help"});
