@@ -38,7 +38,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::string log(reinterpret_cast<const char*>(bytes) + 1, size - 1);
     const Reading whole = ReadBytes(log);
     const Reading pieces = ReadBytes(log, {}, std::size_t(*bytes) + 1);
-    RequireEqual(Shown(pieces.calls), Shown(whole.calls), "pieces give other calls");
+    // libxml2 converts a piece from another encoding before it parses it: where it can't, the calls in
+    // front of that place have been read or not, as the pieces come.
+    if (IsUtf8(log) || whole.end.whole) {
+        RequireEqual(Shown(pieces.calls), Shown(whole.calls), "pieces give other calls");
+    }
     Require(pieces.end.whole == whole.end.whole, "pieces give another verdict");
 
     // A document type declaration is refused, though it is XML. Of bytes after the root element libxml2's
