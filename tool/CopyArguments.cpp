@@ -55,7 +55,7 @@ bool IsWhole(const OutputFile& file, const std::string& path, Terminal& terminal
 
 void CopyArguments::AddTo(Options& options)
 {
-    logs.AddTo(options);
+    logs.AddTo(options, "one log, or - for standard input; .gz and .zst too");
     options.Required("-o,--output", "FILE", output, "the file to be written");
     options.Flag("--force", force, "replace the file if there is one");
 }

@@ -11,10 +11,9 @@ namespace ScrivelTool
 
 using namespace ScrivelReader;
 
-void LogArguments::AddTo(Options& options)
+void LogArguments::AddTo(Options& options, const char* logs)
 {
-    options.Argument("LOG", paths,
-                     "log files, folders of them, or - for standard input; .gz and .zst too");
+    options.Argument("LOG", paths, logs);
     options.Choice("--color", "WHEN", colour, {"auto", "always", "never"},
                    "colours: auto, always or never");
     options.Flag("--no-pager", noPager, "long output goes to the terminal as it is");

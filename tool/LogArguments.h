@@ -23,7 +23,10 @@ namespace ScrivelTool
 class LogArguments
 {
 public:
-    void AddTo(Options& options);
+    /// With what its help says of the logs.
+    void
+    AddTo(Options& options,
+          const char* logs = "log files, folders of them, or - for standard input; .gz and .zst too");
     void AddJsonTo(Options& options);
 
     const std::vector<std::string>& Paths() const { return paths; }
