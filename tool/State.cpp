@@ -87,8 +87,15 @@ private:
         }
         void Ended(Call& call) override
         {
-            if (!reached && call.Returned() && chosen.Matches(call))
-                known.Ended(call, known.AccessBy(call));
+            if (reached || !call.Returned())
+                return;
+            // Whether the target ran is known from all calls; values come from the chosen ones.
+            Access access = known.AccessBy(call);
+            if (!chosen.Matches(call)) {
+                access.registers.clear();
+                access.memory.clear();
+            }
+            known.Ended(call, access);
         }
         void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
 

@@ -42,6 +42,13 @@ TEST_F(State, ComesFromTheCallsThatTheFilterLeaves)
                 Not(HasSubstr("\n  pc ")));
 }
 
+TEST_F(State, KnowsFromEveryCallWhetherTheTargetRan)
+{
+    const std::string out = Run({"state", "--at", "54", "run-4243.xml", "-n", "CADIReg*"}).out;
+    EXPECT_THAT(out, HasSubstr("\n  t0    0x12345678  read #51\n"));
+    EXPECT_THAT(out, HasSubstr("\n  a0    0x00001002  read #34  stale: target ran (#46)\n"));
+}
+
 TEST_F(State, TellsThatACallIsntThere)
 {
     const Outcome outcome = Run({"state", "--at", "99", "crash-4242.xml"});
