@@ -56,7 +56,8 @@ std::optional<std::uint64_t> Call::Parent() const
 
 std::optional<std::int64_t> Call::Took() const
 {
-    if (!callTime || !returnTime || callTime->wrapped != returnTime->wrapped)
+    if (!callTime || !returnTime || callTime->wrapped != returnTime->wrapped || clockSetBack ||
+        returnTime->nanoseconds < callTime->nanoseconds)
         return {};
     return returnTime->nanoseconds - callTime->nanoseconds;
 }

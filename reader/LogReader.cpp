@@ -780,6 +780,7 @@ private:
         used.callTime.reset();
         used.returnTime.reset();
         used.beginningLost = false;
+        used.clockSetBack = false;
     }
 
     void Recycle(std::size_t index)
@@ -813,6 +814,7 @@ private:
             call->parts.push_back({childBegin.offset, restart, childBegin.line});
             if (callIsNew)
                 seen.Add(call->number);
+            PassTimes();
             handler.Element(*call);
             if (call->Returned()) {
                 handler.Ended(*call);
@@ -827,6 +829,25 @@ private:
         call = nullptr;
         contents = nullptr;
         child = Child::None;
+    }
+
+    /// Times stand in the log in the order in which they were taken.
+    void PassTimes()
+    {
+        if (callIsNew)
+            Pass(call->callTime, call);
+        Pass(call->returnTime, nullptr);
+    }
+
+    /// Across a clock that was set back no duration is right; a call that begins there is whole.
+    void Pass(const std::optional<Time>& time, const Call* begun)
+    {
+        if (!time)
+            return;
+        if (latest && time->nanoseconds < *latest)
+            for (const auto& each : open)
+                each->clockSetBack = each->clockSetBack || each.get() != begun;
+        latest = time->nanoseconds;
     }
 
     // ---- A child of a call's element ----------------------------------------------------------------
@@ -915,6 +936,7 @@ private:
     std::vector<std::unique_ptr<Call>> spare;
     SeenNumbers seen;
     std::unordered_map<std::uint64_t, std::uint32_t> threads;
+    std::optional<std::int64_t> latest;  // of the times, in nanoseconds
     LogEnd end{false, true, false, false, 0, 0, 0, {}, 0};
 };
 

@@ -411,6 +411,8 @@ std::string CallLine(const Call& call, const Terminal& terminal)
     line += "  ";
     const std::size_t duration = line.size();
     AddDuration(line, call.Took());
+    if (call.Returned() && call.clockSetBack)
+        line += '!';
     AlignRight(line, duration, 9);
     line += ' ';
     end(Style::Quiet);

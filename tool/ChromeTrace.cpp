@@ -2,7 +2,6 @@
 
 #include "ChromeTrace.h"
 
-#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -123,7 +122,7 @@ std::string ChromeTrace::Keep(const Call& call) const
                  : call.returnTime ? call.returnTime->nanoseconds
                                    : 0;
     // Where the clock was set back, a duration would be made up.
-    head.end = !call.Returned() ? never : head.begin + std::max<std::int64_t>(0, call.Took().value_or(0));
+    head.end = !call.Returned() ? never : head.begin + call.Took().value_or(0);
     head.thread = call.thread;
     head.threadId = call.threadId.value_or(0);
     Json arguments = {{"call", NumberText(call)}};

@@ -212,7 +212,7 @@ private:
         for (const std::uint64_t value : print.pointers)
             pointers.push_back({index, value});
         if (keepsTimes && call.Took())
-            times[index] = std::max<std::int64_t>(0, *call.Took());
+            times[index] = *call.Took();
     }
 
     /// Takes the others out.

@@ -141,6 +141,8 @@ std::string JsonLine(const Call& call, const Json& more)
         addTree("before", call.before);
     if (call.beginningLost)
         add("beginning_lost", true);
+    if (call.clockSetBack)
+        add("clock_set_back", true);
     for (const auto& [name, value] : more.items())
         add(name, value);
     text += "}\n";

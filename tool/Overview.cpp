@@ -179,7 +179,8 @@ Verdict VerdictOf(const Overview& log, const Call& call)
     case Writer::HasLogOpen: {
         std::string time = " RUNNING";
         std::string word = "running";
-        if (log.sinceLastTime && log.lastTime && call.callTime && !call.callTime->wrapped) {
+        if (log.sinceLastTime && log.lastTime && call.callTime && !call.callTime->wrapped &&
+            !call.clockSetBack) {
             const std::string took =
                 DurationText(*log.sinceLastTime + log.lastTime->nanoseconds - call.callTime->nanoseconds);
             time += " FOR " + took;

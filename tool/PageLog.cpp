@@ -235,6 +235,7 @@ void PageLog::Keep(const Call& call, const Begun& its)
     row.returned = call.returnTime;
     row.status = call.status;
     row.failed = call.Failed();
+    row.clockSetBack = call.clockSetBack;
     row.took = call.Took();
     row.span = std::max(entered, call.entry + 1) - call.entry;
     row.begun = its;
@@ -458,8 +459,9 @@ bool PageLog::WriteData(const Write& write) const
         const Row& row = rows[i];
         const bool wrapped = row.entered && row.entered->wrapped;
         const bool returnWrapped = row.returned && row.returned->wrapped;
-        if (row.occurrence > 1 || wrapped || returnWrapped || row.number > mostExact)
-            exceptions.push_back({i, row.occurrence, wrapped, returnWrapped, Number(row.number)});
+        if (row.occurrence > 1 || wrapped || returnWrapped || row.clockSetBack || row.number > mostExact)
+            exceptions.push_back(
+                {i, row.occurrence, wrapped, returnWrapped, row.clockSetBack, Number(row.number)});
     }
     Json calls;
     calls["entry"] = Steps(rows, [](const Row& row) { return row.entry; });

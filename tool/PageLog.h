@@ -83,6 +83,7 @@ private:
         std::optional<ScrivelReader::Time> returned;
         std::string status;
         bool failed = false;
+        bool clockSetBack = false;
         std::optional<std::int64_t> took;
         std::uint64_t span = 1;  // calls entered until it returned, itself among them
         Begun begun{};

@@ -279,6 +279,8 @@ private:
             text += "\n  returned  " + TimeText(call.returnTime);
         if (const std::string took = DurationText(call.Took()); !took.empty())
             text += " after " + took;
+        if (call.clockSetBack)
+            text += "\n  clock     was set back meanwhile";
         if (call.threadId)
             text += "\n  thread    " + (isPart ? "" : "T" + std::to_string(call.thread) + ", ") +
                     std::to_string(*call.threadId);

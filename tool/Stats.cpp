@@ -228,6 +228,10 @@ private:
         {
             if (!time)
                 return {};
+            // No gap reaches across a clock that was set back.
+            if (time->nanoseconds < latest)
+                lastTimes.clear();
+            latest = time->nanoseconds;
             constexpr std::size_t mostThreads = 64 * 1024;
             const auto last = lastTimes.find(call.thread);
             std::optional<std::int64_t> gap;
@@ -261,6 +265,7 @@ private:
         std::unordered_map<std::uint64_t, Begun> open;         // by entry
         std::unordered_map<std::uint64_t, std::string> names;  // of open calls, by number
         std::unordered_map<std::uint32_t, Time> lastTimes;     // by thread
+        std::int64_t latest = 0;                               // of these times, in nanoseconds
     };
 
     void Sort(std::vector<Group>& groups) const

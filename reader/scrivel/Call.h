@@ -77,11 +77,14 @@ struct Call
     std::vector<Part> parts;
 
     bool beginningLost = false;  ///< continued, but it never began
+    /// While it was open, a time came that lies before the one that the log had before it.
+    bool clockSetBack = false;
 
     bool Returned() const { return returnTime.has_value(); }
     bool Failed() const;  ///< it has a status, and that is not CADI_STATUS_OK
     std::optional<std::uint64_t> Parent() const;
-    /// How long it took; none when it didn't return or the clock was set back past the log's start.
+    /// How long it took; none when it didn't return or the clock was set back meanwhile, and never less
+    /// than nothing.
     std::optional<std::int64_t> Took() const;
 };
 

@@ -98,6 +98,7 @@ def strange():
         + call(9007199254740995, "B", 6e-6, 7e-6, "        <x>12288</x>\n", status="")
         + call(8, "C", 4294967295.9, 4294967295.95, "")
         + call(9, "D", 4294967295.99, 0.5, "")
+        + call(11, "F", 0.65, 0.55, "")
         + call(10, "E", 0.6, 0.7, "        <deep><a><x>abc</x></a></deep>\n        <none/>\n", status="Invalid return type: 0x63")
     )
 

@@ -85,7 +85,8 @@ const seconds = (time) => Number.isNaN(time) ? null : time;
 const calls = [];
 for (let row = from; row < to; ++row) {
   const details = model.details(row), names = model.elements(row);
-  calls.push({call: model.numberText(row), occurrence: model.odd.get(row)?.occurrence ?? 1, name: model.names[model.name[row]],
+  calls.push({call: model.numberText(row), occurrence: model.odd.get(row)?.occurrence ?? 1,
+    set_back: model.odd.get(row)?.clockSetBack ?? false, name: model.names[model.name[row]],
     thread: model.threadId(row), call_time: seconds(model.entered[row]), return_time: seconds(model.returned[row]),
     status: model.statuses[model.status[row]], parent: model.parent[row], parts: details.parts.length / 3, offset: details.parts[0],
     arguments: tree(details.args, names), results: tree(details.results, names),
@@ -106,6 +107,7 @@ def as_page(call):
 
     return {
         "call": str(call["call"]), "occurrence": call["occurrence"], "name": call["name"],
+        "set_back": call.get("clock_set_back", False),
         "thread": "" if call["thread"] is None else str(call["thread"]),
         "call_time": microseconds(call["call_time"]), "return_time": microseconds(call["return_time"]),
         "status": call["status"] or "", "parent": call["parent"], "parts": call["parts"], "offset": call["offset"],

@@ -45,8 +45,15 @@ TEST(Calls, TakeNoTimeAcrossAClockThatWasSetBack)
     call.callTime = ParseTime("0.500000 s");
     call.returnTime = ParseTime("0.600000 s");
     EXPECT_EQ(call.Took(), 100000000);
+    call.clockSetBack = true;
+    EXPECT_EQ(call.Took(), std::nullopt);
+    call.clockSetBack = false;
     call.returnTime = ParseTime("4294967295.900000 s");
     EXPECT_EQ(call.Took(), std::nullopt);
+    call.returnTime = ParseTime("0.499999 s");
+    EXPECT_EQ(call.Took(), std::nullopt);
+    call.returnTime = call.callTime;
+    EXPECT_EQ(call.Took(), 0);
 }
 
 }  // namespace

@@ -59,6 +59,44 @@ TEST(LogReader, GivesNoThreadToACallThatNamesNone)
     EXPECT_EQ(reading.calls[2].thread, 0u);
 }
 
+/// A call that another one interrupts: when each begins and returns.
+std::string TwoCalls(const std::string& outerBegin, const std::string& innerBegin,
+                     const std::string& innerReturn, const std::string& outerReturn)
+{
+    return "    <A call_num=\"1\" call_time=\"" + outerBegin + " s\">\n    </A>\n" +
+           "    <B call_num=\"2\" call_time=\"" + innerBegin + " s\">\n        <return_time>" +
+           innerReturn + " s</return_time>\n    </B>\n" +
+           "    <A call_num=\"1\">\n        <return_time>" + outerReturn + " s</return_time>\n    </A>\n";
+}
+
+TEST(LogReader, TellsInWhichCallsTheClockWasSetBack)
+{
+    // Which of B and A were open when a time came before the one in front of it.
+    const auto setBack = [](const std::string& elements) {
+        std::string names;
+        for (const Call& call : ReadBytes(LogOf(elements)).calls)
+            names += call.clockSetBack ? call.name : "";
+        return names;
+    };
+    EXPECT_EQ(setBack(TwoCalls("1.0", "1.1", "1.2", "1.3")), "");
+    EXPECT_EQ(setBack(TwoCalls("1.0", "1.0", "1.0", "1.0")), "");
+    EXPECT_EQ(setBack(TwoCalls("1.0", "0.5", "0.6", "1.2")), "A");
+    EXPECT_EQ(setBack(TwoCalls("1.0", "1.1", "0.6", "1.2")), "BA");
+    EXPECT_EQ(setBack(TwoCalls("1.0", "1.1", "1.3", "1.2")), "A");
+    EXPECT_EQ(setBack(TwoCalls("1.0", "4294967295.9", "1.1", "1.2")), "A");
+    // Between two calls, none is open.
+    EXPECT_EQ(setBack(TwoCalls("1.0", "1.1", "1.2", "1.3") + TwoCalls("0.1", "0.2", "0.3", "0.4")), "");
+}
+
+TEST(LogReader, TakesNoTimeFromAnElementThatIsLost)
+{
+    std::string log = LogOf(TwoCalls("1.0", "9.0", "9.1", "1.2"));
+    log.insert(log.find("</B>") + 2, "-");
+    const Reading reading = ReadBytes(log);
+    ASSERT_EQ(reading.calls.size(), 1u);
+    EXPECT_EQ(reading.calls[0].Took(), 200000000);
+}
+
 TEST(LogReader, ReadsTheSameWhateverThePieces)
 {
     const std::string log = LogOf(interrupted);

@@ -86,4 +86,18 @@ TEST_F(Calls, AreJsonOneObjectALine)
               "\n");
 }
 
+TEST_F(Calls, TakeNoTimeAcrossAClockThatWasSetBack)
+{
+    Write("back.xml", LogOf(setBackSession));
+    EXPECT_EQ(Run({"calls", "back.xml"}).out, "   1  1.000000          ! T1 A()\n"
+                                              "   2  0.500000     100 ms T1  └ B()\n"
+                                              "   3  1.300000          ! T1 C()\n");
+    EXPECT_EQ(Run({"calls", "--slower", "1us", "back.xml"}).out, "   2  0.500000     100 ms T1  └ B()\n");
+    EXPECT_EQ(Run({"calls", "-w", "took < 1us", "back.xml"}).status, 1);
+    EXPECT_THAT(Run({"calls", "--json", "--calls", "1", "back.xml"}).out,
+                testing::HasSubstr(R"("clock_set_back":true,"log":"back.xml"})"));
+    EXPECT_THAT(Run({"calls", "--json", "--calls", "2", "back.xml"}).out,
+                testing::Not(testing::HasSubstr("clock_set_back")));
+}
+
 }  // namespace

@@ -59,6 +59,32 @@ inline constexpr char session[] = R"(    <CADIExecContinue call_num="1"
     </CADIMemWrite>
 )";
 
+/// The clock is set back within call 1 by its callback, and by nothing else: A seems to take 200 ms.
+inline constexpr char setBackSession[] = R"(    <A call_num="1"
+     call_time="1.000000 s"
+     threadId="1234">
+    </A>
+
+<!-- Call 1 ("A") interrupted -->
+
+    <B call_num="2"
+     call_time="0.500000 s"
+     threadId="1234">
+        <return_time>0.600000 s</return_time>
+    </B>
+
+<!-- Continuing call 1 ("A") -->
+
+    <A call_num="1">
+        <return_time>1.200000 s</return_time>
+    </A>
+    <C call_num="3"
+     call_time="1.300000 s"
+     threadId="1234">
+        <return_time>1.299900 s</return_time>
+    </C>
+)";
+
 }  // namespace ScrivelTest
 
 #endif

@@ -36,6 +36,15 @@ arguments
 )");
 }
 
+TEST_F(Show, TellsThatTheClockWasSetBackMeanwhile)
+{
+    Write("back.xml", LogOf(setBackSession));
+    EXPECT_THAT(Run({"show", "1", "back.xml"}).out,
+                HasSubstr("\n  returned  1.200000\n  clock     was set back meanwhile\n"));
+    EXPECT_THAT(Run({"show", "2", "back.xml"}).out,
+                HasSubstr("\n  returned  0.600000 after 100 ms\n  thread    "));
+}
+
 TEST_F(Show, NamesTheCallThatACallbackCameFrom)
 {
     EXPECT_THAT(Run({"show", "2", "run.xml"}).out, HasSubstr("\n  within    call 1\n"));
@@ -85,7 +94,7 @@ std::string LongLog(int count, int continued)
     for (int number = 1; number <= count; ++number) {
         const bool isLong = number == continued;
         elements += "    <A call_num=\"" + std::to_string(number) +
-                    "\"\n     call_time=\"0.000001 s\"\n" + "     threadId=\"" + (isLong ? "1" : "2") +
+                    "\"\n     call_time=\"0.000002 s\"\n" + "     threadId=\"" + (isLong ? "1" : "2") +
                     "\">\n        <text>" + std::string(200, 'x') + "</text>\n" +
                     (isLong ? "" : "        <return_time>0.000002 s</return_time>\n") + "    </A>\n";
     }

@@ -42,6 +42,16 @@ TEST_F(Stats, GapsAreTheTimesInWhichAThreadDidNothing)
                                R"("timed":0,"total":null)"));
 }
 
+TEST_F(Stats, CountNoTimeAcrossAClockThatWasSetBack)
+{
+    Write("back.xml", LogOf(setBackSession));
+    const std::string out = Run({"stats", "--json", "--by", "log", "back.xml"}).out;
+    EXPECT_THAT(out, HasSubstr(R"("calls":3,"failed":0,"open":0,"timed":1,"total":0.1,)"));
+    // The gap before call 3 alone is one: 1.2 s to 1.3 s.
+    const std::string gaps = Run({"stats", "--gaps", "--json", "--by", "log", "back.xml"}).out;
+    EXPECT_THAT(gaps, HasSubstr(R"("timed":1,"total":0.1,)"));
+}
+
 TEST_F(Stats, AreAddedUpOverLogs)
 {
     EXPECT_THAT(Run({"stats", "run.xml", "run.xml"}).out,

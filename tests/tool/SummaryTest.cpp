@@ -66,6 +66,19 @@ TEST_F(Summary, TellsHowLongACallHasBeenRunning)
     EXPECT_THAT(out, HasSubstr(" in process " + std::to_string(getpid()) + ", which has the log open\n"));
 }
 
+TEST_F(Summary, TellsNotHowLongACallHasBeenRunningWhenTheClockWasSetBack)
+{
+    std::string log = CrashLogOf(getpid());
+    log.insert(log.rfind("</crash-"),
+               "    <A call_num=\"69\"\n     call_time=\"0.000001 s\"\n"
+               "     threadId=\"7\">\n        <return_time>0.000002 s</return_time>\n"
+               "    </A>\n");
+    Write("running.xml", log);
+    const std::ifstream open(Folder() + "/running.xml");
+    EXPECT_THAT(Run({"running.xml"}).out,
+                HasSubstr("\nCALL 68 RUNNING in process " + std::to_string(getpid())));
+}
+
 TEST_F(Summary, TellsALogThatWasEndedFromOneThatMayHaveBeenKilled)
 {
     Write("ended.xml", With("\n<!-- Log ended -->\n\n"));

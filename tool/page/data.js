@@ -89,7 +89,7 @@ class Model {
     this.failed = new Uint8Array(count);
     /** @type {(number | string | null)[]} */
     this.parent = [];
-    /** What few calls have. @type {Map<number, {occurrence: number, wrapped: boolean, returnWrapped: boolean, number: string}>} */
+    /** What few calls have. @type {Map<number, {occurrence: number, wrapped: boolean, returnWrapped: boolean, clockSetBack: boolean, number: string}>} */
     this.odd = new Map();
     /** @type {Map<number, Details>} */
     this.parsedDetails = new Map();
@@ -153,9 +153,9 @@ class Model {
       this.runs[row] = runs += rows.runs[i];
       this.parent.push(rows.parent[i]);
     }
-    for (const [i, occurrence, wrapped, returnWrapped, exact] of exceptions) {
-      this.odd.set(begin + i, {occurrence, wrapped, returnWrapped, number: String(exact)});
-      if (wrapped !== returnWrapped) this.took[begin + i] = NaN;
+    for (const [i, occurrence, wrapped, returnWrapped, clockSetBack, exact] of exceptions) {
+      this.odd.set(begin + i, {occurrence, wrapped, returnWrapped, clockSetBack, number: String(exact)});
+      if (wrapped !== returnWrapped || clockSetBack) this.took[begin + i] = NaN;
     }
     return begin + rows.number.length;
   }

@@ -21,6 +21,7 @@ function detailsOf(model, row, go) {
   fact('entered', Number.isNaN(model.entered[row]) ? 'its beginning is lost' : timeText(model.entered[row], odd?.wrapped) + ' s');
   if (!isOpen) fact('returned', timeText(model.returned[row], odd?.returnWrapped) + ' s');
   if (!Number.isNaN(model.took[row])) fact('took', durationText(model.took[row]));
+  if (odd?.clockSetBack) fact('clock', 'was set back meanwhile');
   if (odd?.wrapped || odd?.returnWrapped) fact('clock', 'had been set back: times with ! are before the log’s start');
   if (model.thread[row]) fact('thread', `T${model.thread[row]}, ${model.threadId(row)}`);
   const parent = model.parent[row];
