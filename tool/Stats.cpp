@@ -39,6 +39,7 @@ struct Group
     std::uint64_t failed = 0;
     std::uint64_t open = 0;
     Durations durations;
+    std::string log;  // that has the longest of them
 };
 
 /// The table, which grows with the number of its rows and no further.
@@ -58,8 +59,10 @@ public:
         return groups.back();
     }
 
-    void Add(Group& group, std::int64_t nanoseconds)
+    void Add(Group& group, std::int64_t nanoseconds, const std::string& log)
     {
+        if (group.durations.Count() == 0 || nanoseconds > group.durations.Largest())
+            group.log = log;
         const std::size_t before = group.durations.Kept();
         group.durations.Add(nanoseconds);
         kept += group.durations.Kept() - before;
@@ -207,11 +210,12 @@ private:
             if (!chosen.Matches(call))
                 return;
             Group& group = groups.At(Key(call, begun));
-            ++group.calls;
+            if (++group.calls == 1)
+                group.log = path;
             group.failed += call.Failed() ? 1u : 0u;
             group.open += call.Returned() ? 0u : 1u;
             if (const auto took = command.gaps ? begun.gap : call.Took())
-                groups.Add(group, *took);
+                groups.Add(group, *took, path);
         }
 
         void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
@@ -429,19 +433,21 @@ private:
     std::string Next(const std::vector<Group>& groups, Terminal& terminal) const
     {
         std::string text = "next: scrivel calls ";
-        const std::string name = Printable(Longest(groups).name);
-        if (by == "name")
+        const Group& longest = Longest(groups);
+        const std::string name = Printable(longest.name);
+        if (by == "name" && name != otherGroup)
             text += "-n " + ShellWord(name) + " ";
-        else if (by == "thread" && name != "(none)")
+        else if (by == "thread" && name.front() == 'T')
             text += "-t " + name.substr(0, name.find(' ')) + " ";
-        else
-            text += "--slower " + Limit(Longest(groups)) + " ";
-        return terminal.Styled(Style::Quiet, text + ShellWord(logs.Paths().front())) + "\n";
+        else if (!gaps && longest.durations.Largest() > 0)
+            text += "--slower " + Limit(longest.durations) + " ";
+        return terminal.Styled(Style::Quiet, text + ShellWord(longest.log)) + "\n";
     }
 
-    static std::string Limit(const Group& group)
+    /// What the slowest calls exceed, one at least.
+    static std::string Limit(const Durations& times)
     {
-        return std::to_string(group.durations.Quantile(0.95) / 1000) + "us";
+        return std::to_string(std::min(times.Quantile(0.95), times.Largest() - 1) / 1000) + "us";
     }
 
     // ---- JSON ---------------------------------------------------------------------------------------

@@ -52,6 +52,26 @@ TEST_F(Stats, CountNoTimeAcrossAClockThatWasSetBack)
     EXPECT_THAT(gaps, HasSubstr(R"("timed":1,"total":0.1,)"));
 }
 
+TEST_F(Stats, NameNextACommandThatFindsCalls)
+{
+    const auto next = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "stats");
+        const std::string out = Run(arguments).out;
+        return out.substr(out.rfind("next: "));
+    };
+    EXPECT_EQ(next({"--by", "status", "run.xml"}), "next: scrivel calls --slower 12532us run.xml\n");
+    EXPECT_EQ(Run({"calls", "--slower", "12532us", "run.xml"}).status, 0);
+    EXPECT_EQ(next({"--gaps", "--by", "status", "run.xml"}), "next: scrivel calls run.xml\n");
+
+    Write("quick.xml",
+          LogOf("    <A call_num=\"1\" call_time=\"0.1 s\"><return_time>0.1 s</return_time></A>\n"));
+    EXPECT_EQ(next({"--by", "status", "quick.xml"}), "next: scrivel calls quick.xml\n");
+    EXPECT_EQ(next({"--by", "parent", "quick.xml", "run.xml"}),
+              "next: scrivel calls --slower 12532us run.xml\n");
+    EXPECT_EQ(next({"--by", "thread", "quick.xml", "run.xml"}), "next: scrivel calls -t T1 run.xml\n");
+    EXPECT_EQ(next({"-n", "A", "run.xml", "quick.xml"}), "next: scrivel calls -n A quick.xml\n");
+}
+
 TEST_F(Stats, AreAddedUpOverLogs)
 {
     EXPECT_THAT(Run({"stats", "run.xml", "run.xml"}).out,
