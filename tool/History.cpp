@@ -88,6 +88,7 @@ public:
         bool trouble = false;
         bool found = false;
         bool incomplete = false;
+        bool leftOut = false;
         std::set<std::string> names;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         for (const std::string& path : paths) {
@@ -98,18 +99,22 @@ public:
                 log.Print(paths.size() > 1);
             found = found || log.Found();
             incomplete = incomplete || log.IsIncomplete();
+            leftOut = leftOut || log.LeftOut();
             names.insert(log.Names().begin(), log.Names().end());
         }
+        if (leftOut)
+            names.clear();  // the word was the right one
         if (!found && !trouble)
-            TellNothing(*asked, names, incomplete, terminal);
+            TellNothing(*asked, names, leftOut, incomplete, terminal);
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
 private:
-    static void TellNothing(const Asked& asked, const std::set<std::string>& names, bool incomplete,
-                            Terminal& terminal)
+    static void TellNothing(const Asked& asked, const std::set<std::string>& names, bool leftOut,
+                            bool incomplete, Terminal& terminal)
     {
-        std::string text = "no call reads or writes " +
+        std::string text = std::string("no call ") + (leftOut ? "that the filter leaves " : "") +
+                           "reads or writes " +
                            std::string(asked.isAddress ? "the address " : "the register ") + asked.text;
         if (!asked.isAddress)
             if (const std::string near = Nearest(asked.text, {names.begin(), names.end()}); !near.empty())
@@ -145,6 +150,8 @@ private:
         }
 
         bool Found() const { return found; }
+        /// The filter left out calls that read or write it.
+        bool LeftOut() const { return leftOut; }
         bool IsIncomplete() const { return known.IsIncomplete(); }
         const std::set<std::string>& Names() const { return names; }
 
@@ -183,11 +190,18 @@ private:
                    (access.number && asked.text == std::to_string(*access.number));
         }
 
+        bool Chooses(const Call& call)
+        {
+            const bool matches = chosen.Matches(call);
+            leftOut = leftOut || !matches;
+            return matches;
+        }
+
         void AddRegister(const Call& call, const RegisterAccess& access)
         {
             if (!access.name.empty() && names.size() < mostNames)
                 names.insert(access.name);
-            if (!IsAsked(access) || !chosen.Matches(call))
+            if (!IsAsked(access) || !Chooses(call))
                 return;
             const auto before = known.Find(access);
             const auto described =
@@ -222,7 +236,7 @@ private:
                 if (!isSpace || access.size == 0 || !beginsWithin)
                     return;
             }
-            if (!chosen.Matches(call))
+            if (!Chooses(call))
                 return;
             const std::uint64_t from = std::max(asked.address, access.address);
             const auto skipped = std::size_t(from - access.address);
@@ -337,6 +351,7 @@ private:
         std::size_t dropped = 0;
         std::uint64_t lastRuns = 0;
         bool found = false;
+        bool leftOut = false;
     };
 
     std::string what;

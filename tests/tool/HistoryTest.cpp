@@ -46,6 +46,16 @@ TEST_F(History, TellsTheNearestRegister)
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(History, TellsThatTheFilterLeavesNoneOfItsCalls)
+{
+    EXPECT_EQ(Run({"history", "pc", "-n", "CADIRegRead", "run-4243.xml"}).error,
+              "scrivel: no call that the filter leaves reads or writes the register pc\n");
+    EXPECT_EQ(Run({"history", "0x3000", "-n", "CADIRegRead", "run-4243.xml"}).error,
+              "scrivel: no call that the filter leaves reads or writes the address 0x3000\n");
+    EXPECT_EQ(Run({"history", "pcs", "-n", "CADIRegRead", "run-4243.xml"}).error,
+              "scrivel: no call reads or writes the register pcs; did you mean pc?\n");
+}
+
 TEST_F(History, RefusesWhatIsNoAddress)
 {
     const Outcome outcome = Run({"history", "0x30z", "run-4243.xml"});
