@@ -83,13 +83,15 @@ std::string BytesText(std::string_view bytes, const std::vector<std::optional<ch
     return text;
 }
 
+std::string NumberText(const Source& source)
+{
+    return std::to_string(source.call) +
+           (source.occurrence > 1 ? "#" + std::to_string(source.occurrence) : "");
+}
+
 std::string SourceText(const Source& source)
 {
-    std::string text = source.way == Way::Read ? "read #" : "wrote #";
-    text += std::to_string(source.call);
-    if (source.occurrence > 1)
-        text += "#" + std::to_string(source.occurrence);
-    return text;
+    return (source.way == Way::Read ? "read #" : "wrote #") + NumberText(source);
 }
 
 namespace

@@ -41,6 +41,8 @@ std::string BytesText(std::string_view bytes, const std::vector<std::optional<ch
 /// The bytes as two hexadecimal digits each, for JSON.
 std::string HexDigits(std::string_view bytes);
 
+/// 68, or 68#2 for the second call of that number.
+std::string NumberText(const ScrivelReader::Source& source);
 /// "read #65", "wrote #61".
 std::string SourceText(const ScrivelReader::Source& source);
 

@@ -286,7 +286,7 @@ std::string AboutMemory(const Knowledge& known, const MemoryAccess& memory)
     const auto last = std::max_element(touched.begin(), touched.end(), [](const auto& a, const auto& b) {
         return a.source.order < b.source.order;
     });
-    return text + "; last touched by #" + std::to_string(last->source.call) +
+    return text + "; last touched by #" + NumberText(last->source) +
            (last->source.way == Way::Read ? " (read" : " (wrote") +
            (last->source.succeeded ? ")" : ", failed)");
 }
@@ -305,7 +305,7 @@ std::string KnownItem(const Knowledge& known, const KnownRegister& item)
 {
     std::string text = RegisterName(item);
     if (!item.bytes.empty()) {
-        text += " " + ValueText(item.bytes) + " (#" + std::to_string(item.source.call);
+        text += " " + ValueText(item.bytes) + " (#" + NumberText(item.source);
         if (item.source.whileRunning)
             text += ", target was running";
         else if (known.IsStale(item.source))
@@ -315,7 +315,7 @@ std::string KnownItem(const Knowledge& known, const KnownRegister& item)
     if (item.refused)
         text += std::string(item.bytes.empty() ? "" : ",") +
                 (item.refused->way == Way::Wrote ? " write" : " read") + " refused (#" +
-                std::to_string(item.refused->call) + ")";
+                NumberText(*item.refused) + ")";
     return text;
 }
 

@@ -205,7 +205,7 @@ private:
                         rest += "  ";
                     rest += terminal.Styled(
                         Style::Failure, std::string(item.refused->way == Way::Wrote ? "write" : "read") +
-                                            " refused #" + std::to_string(item.refused->call));
+                                            " refused #" + NumberText(*item.refused));
                 }
                 while (!rest.empty() && rest.back() == ' ')
                     rest.pop_back();

@@ -79,6 +79,37 @@ TEST_F(Summary, TellsNotHowLongACallHasBeenRunningWhenTheClockWasSetBack)
                 HasSubstr("\nCALL 68 RUNNING in process " + std::to_string(getpid())));
 }
 
+TEST_F(Summary, TellsWhichOfTheCallsOfANumberAValueComesFrom)
+{
+    const auto read = [](const std::string& number, const std::string& status) {
+        return "    <R call_num=\"1\" call_time=\"0.1 s\">\n        <return_time>0.2 s</return_time>\n"
+               "        <x><regNumber>" +
+               number +
+               "</regNumber><bytes>00000000 00000000 00000000 00000055 </bytes></x>\n        <return>" +
+               status + "</return>\n    </R>\n";
+    };
+    Write("twice.xml", LogOf(read("5", "CADI_STATUS_OK") + read("6", "CADI_STATUS_OK") +
+                             read("7", "CADI_STATUS_GeneralError")));
+    const std::string summary = Run({"twice.xml"}).out;
+    EXPECT_THAT(summary, HasSubstr("x read refused (#1#3)"));
+    EXPECT_THAT(summary, HasSubstr("x 0x55 (#1#2)"));
+    EXPECT_THAT(summary, HasSubstr("x 0x55 (#1)"));
+    EXPECT_THAT(Run({"state", "twice.xml"}).out, HasSubstr("read refused #1#3"));
+}
+
+TEST_F(Summary, NamesWhichOfTheCallsOfANumberTouchedThePlaceLast)
+{
+    const auto write = [](const std::string& number, const std::string& rest) {
+        return "    <W call_num=\"" + number +
+               "\" call_time=\"0.1 s\">\n        <at><spaceId>1</spaceId><addr>0x10</addr></at>\n"
+               "        <data>\n            <value>0x01</value>\n        </data>\n" +
+               rest + "    </W>\n";
+    };
+    const std::string done = "        <return_time>0.2 s</return_time>\n";
+    Write("twice.xml", LogOf(write("1", done) + write("1", done) + write("2", "")));
+    EXPECT_THAT(Run({"twice.xml"}).out, HasSubstr("last touched by #1#2 (wrote)"));
+}
+
 TEST_F(Summary, TellsALogThatWasEndedFromOneThatMayHaveBeenKilled)
 {
     Write("ended.xml", With("\n<!-- Log ended -->\n\n"));
