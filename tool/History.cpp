@@ -261,7 +261,7 @@ private:
                  std::uint64_t size)
         {
             found = true;
-            lastCall = std::to_string(call.number);
+            lastCall = NumberText(call);
             const bool succeeded = Succeeded(call);
             const std::string verb = way == Way::Read ? "read" : "wrote";
             if (command.logs.Json()) {

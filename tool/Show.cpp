@@ -2,19 +2,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <deque>
-#include <limits>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <unistd.h>
 #include <vector>
 
 #include "CallLine.h"
+#include "CallNumber.h"
 #include "CallTree.h"
 #include "Command.h"
 #include "Json.h"
@@ -137,7 +135,8 @@ public:
 
     Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        if (!ParseNumber()) {
+        const auto asked = ParseCallNumber(text);
+        if (!asked) {
             terminal.Error("\"" + text +
                            "\" is no number of a call: 68, or 68#2 for the second one of it");
             return Exit::Trouble;
@@ -154,22 +153,22 @@ public:
             }
             const int descriptor = *input->Descriptor();
             const std::uint64_t size = input->Size().value_or(0);
-            Finder finder(number);
+            Finder finder(asked->number);
             // How many calls of its number came before it, only the whole log can tell; and a filter
             // which thread it is and what it is within.
-            const bool within =
-                !scan && !occurrence && chosen.MatchesAll() && FindNear(descriptor, size, finder);
+            const bool within = !scan && !asked->occurrence && chosen.MatchesAll() &&
+                                FindNear(descriptor, size, asked->number, finder);
             std::optional<Finder> second;
             if (!within) {
                 // Not laid out as the writer does it, or not there: only the whole log can tell.
-                second.emplace(number);
+                second.emplace(asked->number);
                 const auto end = ReadLog(*input, path, *second, {}, terminal);
                 trouble = trouble || !end;
             }
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
-                if (!chosen.Matches(call) || (occurrence && call.occurrence != *occurrence))
+                if (!chosen.Matches(call) || !asked->IsOf(call))
                     continue;
                 found = true;
                 if (xml)
@@ -186,31 +185,8 @@ public:
     }
 
 private:
-    /// 68, or 68#2
-    bool ParseNumber()
-    {
-        const std::size_t mark = text.find('#');
-        const auto first = ParseDecimal(text.substr(0, mark));
-        if (first)
-            number = *first;
-        if (mark == std::string::npos)
-            return first.has_value();
-        const auto second = ParseDecimal(text.substr(mark + 1));
-        if (second && *second <= std::numeric_limits<std::uint32_t>::max())
-            occurrence = std::uint32_t(*second);
-        return first && occurrence && *occurrence != 0;
-    }
-
-    static std::optional<std::uint64_t> ParseDecimal(std::string_view digits)
-    {
-        std::uint64_t found = 0;
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), found);
-        const bool isWhole = error == std::errc() && end == digits.data() + digits.size();
-        return isWhole ? std::make_optional(found) : std::nullopt;
-    }
-
     /// Reads the call and what surrounds it, without reading the log. False when the call isn't there.
-    bool FindNear(int descriptor, std::uint64_t size, Finder& finder) const
+    static bool FindNear(int descriptor, std::uint64_t size, std::uint64_t number, Finder& finder)
     {
         const auto place = FindCall(descriptor, size, number);
         if (!place)
@@ -341,8 +317,6 @@ private:
     }
 
     std::string text;
-    std::uint64_t number = 0;
-    std::optional<std::uint32_t> occurrence;
     bool xml = false;
     bool scan = false;
 };

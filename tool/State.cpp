@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "CallLine.h"
+#include "CallNumber.h"
 #include "Command.h"
 #include "Json.h"
 #include "KnownText.h"
@@ -28,7 +29,8 @@ class State final : public ReadingAction
 public:
     explicit State(Options& options)
     {
-        options.Option("--at", "N", at, "before this call; without it at the end of the log");
+        options.Option("--at", "N", text,
+                       "before this call, 68 or 68#2; without it at the end of the log");
         logs.AddTo(options);
         logs.AddJsonTo(options);
         filter.AddTo(options);
@@ -36,6 +38,12 @@ public:
 
     Exit Read(CallFilter chosen, Terminal& terminal) override
     {
+        const auto at = ParseCallNumber(text);
+        if (!at && !text.empty()) {
+            terminal.Error("\"" + text +
+                           "\" is no number of a call: 68, or 68#2 for the second one of it");
+            return Exit::Trouble;
+        }
         bool trouble = false;
         bool found = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
@@ -52,7 +60,7 @@ public:
                 log.Print(paths.size() > 1);
         }
         if (!found && !trouble)
-            terminal.Error("there is no call " + std::to_string(at.value_or(0)));
+            terminal.Error("there is no call " + text);
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
@@ -60,8 +68,8 @@ private:
     class OneLog final : public LogHandler
     {
     public:
-        OneLog(const std::optional<std::uint64_t>& itsAt, const CallFilter& itsFilter,
-               Terminal& itsTerminal, const std::string& itsPath)
+        OneLog(const std::optional<CallNumber>& itsAt, const CallFilter& itsFilter, Terminal& itsTerminal,
+               const std::string& itsPath)
             : at(itsAt), chosen(itsFilter), terminal(itsTerminal), path(itsPath)
         {
         }
@@ -70,11 +78,11 @@ private:
         {
             if (reached)
                 return;
-            if (at && call.number == *at) {
+            if (at && at->IsOf(call)) {
                 reached = true;
-                reachedBy = call.number;
+                reachedBy = call.entry;
+                number = NumberText(call);
                 name = call.name;
-
                 return;
             }
             known.Entered(call);
@@ -82,7 +90,7 @@ private:
         void TakenBack(const Call& call) override
         {
             // The element is damaged: what was known before it stands, but it is no call.
-            if (reached && call.number == reachedBy)
+            if (reached && call.entry == reachedBy)
                 isDamaged = true;
         }
         void Ended(Call& call) override
@@ -104,7 +112,10 @@ private:
         void PrintJson() const
         {
             const auto print = [&](Json item) {
-                Json object = {{"schema", jsonSchema}, {"log", path}, {"at", at ? Json(*at) : Json()}};
+                Json object = {
+                    {"schema", jsonSchema}, {"log", path}, {"at", at ? Json(at->number) : Json()}};
+                if (at && at->occurrence)
+                    object["at_occurrence"] = *at->occurrence;
                 object.update(item);
                 terminal.Print(JsonLine(object));
             };
@@ -150,8 +161,7 @@ private:
             }
             std::string text = "at the end";
             if (at)
-                text = "before call " +
-                       terminal.Styled(Style::Name, std::to_string(*at) + " " + Printable(name)) +
+                text = "before call " + terminal.Styled(Style::Name, number + " " + Printable(name)) +
                        (isDamaged ? " (damaged)" : "");
             if (toNameLog)
                 text += " in " + Printable(path);
@@ -259,11 +269,11 @@ private:
                 text += "calls ";
             text += ShellWord(path);
             if (at)
-                text += ", scrivel show " + std::to_string(*at) + " " + ShellWord(path);
+                text += ", scrivel show " + number + " " + ShellWord(path);
             return terminal.Styled(Style::Quiet, text) + "\n";
         }
 
-        const std::optional<std::uint64_t>& at;
+        const std::optional<CallNumber>& at;
         const CallFilter& chosen;
         Terminal& terminal;
         const std::string& path;
@@ -271,10 +281,11 @@ private:
         bool reached = false;
         bool isDamaged = false;
         std::uint64_t reachedBy = 0;
+        std::string number;
         std::string name;
     };
 
-    std::optional<std::uint64_t> at;
+    std::string text;
 };
 
 }  // namespace

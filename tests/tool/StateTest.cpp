@@ -49,6 +49,29 @@ TEST_F(State, KnowsFromEveryCallWhetherTheTargetRan)
     EXPECT_THAT(out, HasSubstr("\n  a0    0x00001002  read #34  stale: target ran (#46)\n"));
 }
 
+TEST_F(State, IsThatBeforeTheSecondCallOfANumberToo)
+{
+    const auto read = [](const std::string& digits) {
+        return "    <R call_num=\"1\" call_time=\"0.1 s\">\n        <return_time>0.2 s</return_time>\n"
+               "        <x><regNumber>5</regNumber><bytes>00000000 00000000 00000000 000000" +
+               digits + " </bytes></x>\n    </R>\n";
+    };
+    Write("twice.xml", LogOf(read("11") + read("22") + read("33")));
+    EXPECT_EQ(Run({"state", "--at", "1#3", "twice.xml"}).out,
+              "before call 1#3 R: 1 register, 0 bytes\nregisters\n  x  0x00000022  read #1#2\n"
+              "next: scrivel history x twice.xml, scrivel show 1#3 twice.xml\n");
+    EXPECT_THAT(Run({"state", "--at", "1#2", "--json", "twice.xml"}).out,
+                HasSubstr(R"("at":1,"at_occurrence":2,"kind":"register")"));
+    EXPECT_THAT(Run({"state", "--at", "1", "twice.xml"}).out, HasSubstr("before call 1 R: nothing "));
+    EXPECT_THAT(Run({"history", "x", "twice.xml"}).out,
+                HasSubstr("next: scrivel show 1#3 twice.xml, scrivel state --at 1#3 twice.xml\n"));
+    EXPECT_EQ(Run({"state", "--at", "1#4", "twice.xml"}).error, "scrivel: there is no call 1#4\n");
+    const Outcome unclear = Run({"state", "--at", "1#0", "twice.xml"});
+    EXPECT_EQ(unclear.error,
+              "scrivel: \"1#0\" is no number of a call: 68, or 68#2 for the second one of it\n");
+    EXPECT_EQ(unclear.status, 2);
+}
+
 TEST_F(State, TellsThatACallIsntThere)
 {
     const Outcome outcome = Run({"state", "--at", "99", "crash-4242.xml"});

@@ -1,0 +1,31 @@
+// A call as the command line names it: 68, or 68#2 for the second call of that number.
+
+#ifndef SCRIVEL_TOOL_CALLNUMBER_H
+#define SCRIVEL_TOOL_CALLNUMBER_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "scrivel/Call.h"
+
+namespace ScrivelTool
+{
+
+struct CallNumber
+{
+    std::uint64_t number = 0;
+    std::optional<std::uint32_t> occurrence;  ///< any of them without one
+
+    bool IsOf(const ScrivelReader::Call& call) const
+    {
+        return call.number == number && (!occurrence || call.occurrence == *occurrence);
+    }
+};
+
+/// Nothing for any other text.
+std::optional<CallNumber> ParseCallNumber(std::string_view text);
+
+}  // namespace ScrivelTool
+
+#endif
