@@ -115,6 +115,11 @@ Json ToJson(const Call& call)
 
 std::string JsonLine(const Call& call, const Json& more)
 {
+    return JsonLine(HeadOf(call), call, more);
+}
+
+std::string JsonLine(const Json& head, const Call& call, const Json& more)
+{
     std::string text = "{";
     // A large text would be there twice while it grows.
     constexpr std::size_t rest = 512;
@@ -126,7 +131,6 @@ std::string JsonLine(const Call& call, const Json& more)
         text.append(",\"").append(name).append("\":");
         AddElements(text, tree.Top());
     };
-    const Json head = HeadOf(call);
     for (const auto& [name, value] : head.items()) {
         // The trees stand in the middle.
         if (name == "occurrence") {

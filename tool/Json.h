@@ -26,6 +26,8 @@ Json ToJson(const ScrivelReader::Call& call);
 /// A call on a line of its own, with the members that a command adds. Of a large one there is its text in
 /// memory, and no object.
 std::string JsonLine(const ScrivelReader::Call& call, const Json& more);
+/// The same with what is left of its head.
+std::string JsonLine(const Json& head, const ScrivelReader::Call& call, const Json& more);
 /// Seconds, or null.
 Json ToJson(const std::optional<ScrivelReader::Time>& time);
 

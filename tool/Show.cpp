@@ -236,11 +236,16 @@ private:
 
     static void PrintJson(const Call& call, const std::string& path, bool isPart, Terminal& terminal)
     {
+        Json head = HeadOf(call);
         Json more = {{"log", path}};
         if (isPart) {
+            // Null would say that it was made in no call, which the calls around it don't tell.
+            if (!call.Parent()) {
+                head.erase("parent");
+            }
             more["scanned"] = false;
         }
-        terminal.Print(JsonLine(call, more));
+        terminal.Print(JsonLine(head, call, more));
     }
 
     static void Print(const Call& call, const std::string& path, const Finder& finder, bool isPart,

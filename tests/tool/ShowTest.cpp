@@ -7,6 +7,7 @@
 
 using namespace ScrivelTest;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace
 {
@@ -150,7 +151,36 @@ TEST_F(Show, TellsOfALongLogWhatOnlyTheWholeOfItTells)
 
     const std::string scanned = Run({"show", "4000", "--scan", "long.xml"}).out;
     EXPECT_THAT(scanned, HasSubstr("\n  thread    T1, 2\n  log       long.xml:"));
-    EXPECT_THAT(scanned, testing::Not(HasSubstr("--scan")));
+    EXPECT_THAT(scanned, Not(HasSubstr("--scan")));
+}
+
+/// The same, in which another call was entered before one of them, and never returned.
+std::string LongLogWith(const std::string& open, int before)
+{
+    std::string log = LongLog(5000, 100);
+    log.insert(log.find("    <A call_num=\"" + std::to_string(before) + "\""),
+               "    <B call_num=\"" + open +
+                   "\"\n     call_time=\"0.000001 s\"\n     threadId=\"2\">\n    </B>\n");
+    return log;
+}
+
+TEST_F(Show, ClaimsNoParentWhenOnlyTheWholeLogTells)
+{
+    Write("long.xml", LongLogWith("0", 1));
+    const std::string near = Run({"show", "4000", "--json", "long.xml"}).out;
+    EXPECT_THAT(near, HasSubstr("\"scanned\":false"));
+    EXPECT_THAT(near, Not(HasSubstr("\"parent\"")));
+    const std::string scanned = Run({"show", "4000", "--json", "--scan", "long.xml"}).out;
+    EXPECT_THAT(scanned, HasSubstr("\"parent\":0,"));
+    EXPECT_THAT(scanned, Not(HasSubstr("\"scanned\"")));
+}
+
+TEST_F(Show, NamesAParentThatIsNear)
+{
+    Write("long.xml", LongLogWith("3999", 4000));
+    const std::string near = Run({"show", "4000", "--json", "long.xml"}).out;
+    EXPECT_THAT(near, HasSubstr("\"parent\":3999,"));
+    EXPECT_THAT(near, HasSubstr("\"scanned\":false"));
 }
 
 TEST_F(Show, FindsEveryCallOfANumberByScanning)
