@@ -38,7 +38,9 @@ public:
         const uInt given = stream.avail_in;
         const uInt room = stream.avail_out;
         const int result = inflate(&stream, Z_NO_FLUSH);
-        if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
+        // What came before the damage is good; the next step meets it again.
+        const bool isGood = result == Z_OK || result == Z_STREAM_END || result == Z_BUF_ERROR;
+        if (!isGood && stream.avail_out == room)
             return {};
         memberEnded = result == Z_STREAM_END;
         return Step{given - stream.avail_in, room - stream.avail_out};

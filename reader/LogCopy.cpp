@@ -84,7 +84,7 @@ public:
             reader.Feed({bytes.data(), got});
             at += got;
         }
-        return reader.Finish();
+        return reader.Finish(log.CutOff());
     }
 
     char Last() const { return last; }

@@ -38,7 +38,9 @@ bool BeginsWith(const std::string& bytes, const unsigned char (&magic)[size])
 class FileInput final : public LogInput
 {
 public:
-    FileInput(int itsDescriptor, bool itsToClose) : descriptor(itsDescriptor), toClose(itsToClose)
+    /// When more was to come than the file holds, why it didn't.
+    FileInput(int itsDescriptor, bool itsToClose, std::string itsCutOff = {})
+        : descriptor(itsDescriptor), toClose(itsToClose), cutOff(std::move(itsCutOff)), error(cutOff)
     {
         struct stat status
         {
@@ -109,10 +111,12 @@ public:
         }
         const std::optional<std::size_t> got = ReadOnce(buffer, count);
         consumed += got.value_or(0);
-        return got;
+        const bool isAtEnd = got && *got == 0;
+        return isAtEnd && IsCutOff() ? std::nullopt : got;
     }
 
     std::string Error() const override { return error; }
+    bool IsCutOff() const override { return !cutOff.empty() && error == cutOff; }
     std::optional<int> Descriptor() const override
     {
         return isFile && atStart ? std::make_optional(descriptor) : std::nullopt;
@@ -139,6 +143,7 @@ private:
 
     int descriptor;
     bool toClose;
+    std::string cutOff;
     bool isFile = false;
     bool isPipe = false;
     bool atStart = false;
@@ -170,34 +175,40 @@ public:
                 fileEnded = *got == 0;
             }
             const auto step = decompressor->Decompress(buffer.data() + from, to - from, out, size);
-            if (!step) {
-                error = "the compressed data are damaged";
-                return {};
-            }
+            if (!step)
+                return CutOff("the compressed data are damaged");
             from += step->consumed;
             if (step->produced != 0)
                 return step->produced;
             if (fileEnded && step->consumed == 0) {
                 if (decompressor->AtEnd())
                     return 0;
-                error = "the compressed data end too early";
-                return {};
+                return CutOff("the compressed data end too early");
             }
         }
     }
 
     std::string Error() const override { return error; }
+    bool IsCutOff() const override { return isCutOff; }
     std::optional<int> Descriptor() const override { return {}; }
     std::uint64_t Consumed() const override { return file->Consumed(); }
     std::optional<std::uint64_t> Size() const override { return file->Size(); }
 
 private:
+    std::nullopt_t CutOff(std::string_view why)
+    {
+        error = why;
+        isCutOff = true;
+        return std::nullopt;
+    }
+
     std::unique_ptr<FileInput> file;
     std::unique_ptr<Decompressor> decompressor;
     std::vector<char> buffer;
     std::size_t from = 0;
     std::size_t to = 0;
     bool fileEnded = false;
+    bool isCutOff = false;
     std::string error;
 };
 
@@ -265,13 +276,13 @@ std::unique_ptr<LogInput> OpenLogAnywhere(const std::string& path, std::string& 
     std::vector<char> buffer(64 * 1024);
     while (true) {
         const std::optional<std::size_t> got = input->Read(buffer.data(), buffer.size());
-        if (!got) {
+        if (!got && !input->IsCutOff()) {
             error = input->Error();
             break;
         }
-        if (*got == 0) {
+        if (!got || *got == 0) {
             lseek(descriptor, 0, SEEK_SET);
-            return std::make_unique<FileInput>(descriptor, true);
+            return std::make_unique<FileInput>(descriptor, true, input->Error());
         }
         std::size_t written = 0;
         while (written < *got) {

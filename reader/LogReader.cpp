@@ -179,7 +179,7 @@ public:
         }
     }
 
-    LogEnd Finish()
+    LogEnd Finish(std::string_view cutOff)
     {
         while (state == State::Parsing) {
             if (parser->Finish())
@@ -187,15 +187,19 @@ public:
             current = {};
             currentFrom = received;
             Hold({});
-            FoundDamage(parser->Error(), base + parser->ErrorPosition(), parser->ErrorLine());
+            FoundDamage(cutOff.empty() ? std::string_view(parser->Error()) : cutOff,
+                        base + parser->ErrorPosition(), parser->ErrorLine());
             if (state == State::Over)
                 break;
             Search(true);
             if (state == State::Parsing)
                 ParseHeld();
         }
+        if (!cutOff.empty())
+            FoundCut(cutOff);
         CloseDamage(received);
         end.whole = judge == nullptr ? !damaged : judge->Finish();
+        end.whole = end.whole && cutOff.empty();
         end.size = received;
         for (const auto& left : std::exchange(open, {}))
             handler.Ended(*left);
@@ -237,6 +241,8 @@ private:
                 ParseHeld();
             break;
         case State::Over:
+            held.append(piece);
+            Forget(held.size());
             break;
         }
     }
@@ -344,6 +350,21 @@ private:
         broken = false;
         resumed = true;
         depth = 0;
+    }
+
+    /// The log was cut off where it ends, unless that was seen as damage already.
+    void FoundCut(std::string_view why)
+    {
+        end.empty = false;
+        if (hasDamage && damage.what == why)
+            return;
+        CloseDamage(received);
+        hasDamage = true;
+        ++end.damages;
+        damage = Damage{};
+        damage.what = why;
+        damage.offset = damage.lostFrom = received;
+        damage.line = heldLine + Lines(held);
     }
 
     /// A name that XML doesn't allow and that the parser met there.
@@ -952,9 +973,9 @@ void LogReader::Feed(std::string_view bytes)
     impl->Feed(bytes);
 }
 
-LogEnd LogReader::Finish()
+LogEnd LogReader::Finish(std::string_view cutOff)
 {
-    return impl->Finish();
+    return impl->Finish(cutOff);
 }
 
 }  // namespace ScrivelReader

@@ -2,6 +2,8 @@
 
 #include "Decompressor.h"
 
+#include <algorithm>
+
 #include <zstd.h>
 
 namespace ScrivelReader
@@ -13,7 +15,11 @@ namespace
 class Zstd final : public Decompressor
 {
 public:
-    Zstd() : stream(ZSTD_createDStream()) {}
+    Zstd()
+        : stream(ZSTD_createDStream()), firstWanted(stream == nullptr ? 0 : ZSTD_initDStream(stream)),
+          wanted(firstWanted)
+    {
+    }
     ~Zstd() override { ZSTD_freeDStream(stream); }
     Zstd(const Zstd&) = delete;
     Zstd& operator=(const Zstd&) = delete;
@@ -23,11 +29,13 @@ public:
     {
         if (stream == nullptr)
             return {};
-        ZSTD_inBuffer input{in, inSize, 0};
+        // By one block at a time: of those that come before damage in one step nothing would be had.
+        ZSTD_inBuffer input{in, std::min(inSize, wanted), 0};
         ZSTD_outBuffer output{out, outSize, 0};
         const std::size_t result = ZSTD_decompressStream(stream, &output, &input);
         if (ZSTD_isError(result) != 0)
             return {};
+        wanted = result == 0 ? firstWanted : result;
         if (input.pos != 0 || output.pos != 0)
             frameEnded = result == 0;
         return Step{input.pos, output.pos};
@@ -37,6 +45,8 @@ public:
 
 private:
     ZSTD_DStream* stream;
+    const std::size_t firstWanted;  // of a frame
+    std::size_t wanted;
     bool frameEnded = false;
 };
 

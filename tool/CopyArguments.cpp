@@ -84,7 +84,7 @@ std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& term
         return {};
     }
 
-    FileBytes log(*input->Descriptor(), Log(), terminal);
+    FileBytes log(*input, Log(), terminal);
     auto copied = copying(
         log, [&](std::string_view bytes) { return file->Write(bytes); }, error);
     terminal.EndProgress();

@@ -11,6 +11,8 @@
 namespace ScrivelTool
 {
 
+using namespace ScrivelReader;
+
 FileBytes::FileBytes(int itsDescriptor, const std::string& itsPath, Terminal& itsTerminal)
     : descriptor(itsDescriptor), path(itsPath), terminal(itsTerminal)
 {
@@ -20,6 +22,12 @@ FileBytes::FileBytes(int itsDescriptor, const std::string& itsPath, Terminal& it
     if (fstat(descriptor, &status) == 0) {
         size = std::uint64_t(status.st_size);
     }
+}
+
+FileBytes::FileBytes(const LogInput& input, const std::string& itsPath, Terminal& itsTerminal)
+    : FileBytes(*input.Descriptor(), itsPath, itsTerminal)
+{
+    cutOff = input.IsCutOff() ? input.Error() : "";
 }
 
 std::optional<std::size_t> FileBytes::ReadAt(std::uint64_t offset, char* buffer, std::size_t count)

@@ -104,9 +104,10 @@ std::optional<LogEnd> ReadToEnd(LogInput& input, const std::string& path, LogHan
 {
     LogReader reader(handler, options);
     const bool isRead = Feed(reader, input, path, terminal);
-    const LogEnd end = reader.Finish();
+    // What was had of a compressed log that is cut short or damaged is read as a log that was cut there.
+    const LogEnd end = reader.Finish(!isRead && input.IsCutOff() ? input.Error() : "");
     terminal.EndProgress();
-    if (isRead)
+    if (isRead || input.IsCutOff())
         return end;
     terminal.Error(path, {}, input.Error());
     return {};

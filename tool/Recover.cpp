@@ -44,10 +44,11 @@ public:
         if (first->call) {
             text += " in call " + std::to_string(*first->call);
         }
+        text += ": " + first->what;
         if (copied->end.damages > 1) {
-            text += " and at " + CountText(copied->end.damages - 1, "other place");
+            text += "; and at " + CountText(copied->end.damages - 1, "other place");
         }
-        terminal.Print(text + "; " + CountText(copied->elements, "element") + " of " +
+        terminal.Print(text + "\n  " + CountText(copied->elements, "element") + " of " +
                        CountText(copied->calls, "call") + " kept, " + CountText(copied->dropped, "byte") +
                        " dropped with a comment\n");
         return copied->calls == 0 ? Exit::Nothing : Exit::Found;

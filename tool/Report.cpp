@@ -237,7 +237,7 @@ private:
         const auto input = OpenLogAnywhere(path, error);
         if (!filter || input == nullptr)
             return true;
-        FileBytes bytes(*input->Descriptor(), path, terminal);
+        FileBytes bytes(*input, path, terminal);
         // What is hidden lies within a line.
         std::string begun;
         const auto take = [&](std::string_view text) {

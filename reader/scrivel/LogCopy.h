@@ -27,6 +27,8 @@ public:
     /// How many bytes were read; 0 at the end; nothing when reading failed, and Error() says why.
     virtual std::optional<std::size_t> ReadAt(std::uint64_t offset, char* buffer, std::size_t size) = 0;
     virtual std::string Error() const = 0;
+    /// Why the log ends there though more of it was to come; empty when that is all of it.
+    virtual std::string CutOff() const { return {}; }
 };
 
 /// Where the copy goes. False ends copying.

@@ -15,7 +15,8 @@ namespace ScrivelReader
 {
 
 /// One log, opened for reading from its first byte to its last. Whether it is compressed is seen from
-/// its first bytes, not from its name. An end of a compressed file that is missing is an error of Read.
+/// its first bytes, not from its name. A compressed file that is cut short or damaged is read up to
+/// there; then that is an error of Read.
 class LogInput
 {
 public:
@@ -24,6 +25,8 @@ public:
     /// How many bytes were read; 0 at the end; nothing when reading failed, and Error() says why.
     virtual std::optional<std::size_t> Read(char* buffer, std::size_t size) = 0;
     virtual std::string Error() const = 0;
+    /// Whether Error() is that a compressed file is cut short or damaged: LogReader::Finish takes it.
+    virtual bool IsCutOff() const = 0;
 
     /// A file that can be read at any place, and isn't compressed: its descriptor. It stays the input's.
     virtual std::optional<int> Descriptor() const = 0;
@@ -35,7 +38,8 @@ public:
 /// "-" is standard input. Null when the file can't be read, and error says why.
 std::unique_ptr<LogInput> OpenLog(const std::string& path, std::string& error);
 
-/// The same, decompressed into a file without a name when it can't be read at any place.
+/// The same, decompressed into a file without a name when it can't be read at any place. When
+/// that one is cut off, IsCutOff() is true from the beginning.
 std::unique_ptr<LogInput> OpenLogAnywhere(const std::string& path, std::string& error);
 
 /// A file for reading and writing that is gone when it is closed, in TMPDIR or /tmp. -1 when there is no

@@ -76,8 +76,9 @@ public:
     LogReader& operator=(const LogReader&) = delete;
 
     void Feed(std::string_view bytes);
-    /// The log ends here: hands out the calls that have not returned.
-    LogEnd Finish();
+    /// The log ends here: hands out the calls that have not returned. When more of it was to come, why it
+    /// can't be read is given: that is damage, wherever it ends.
+    LogEnd Finish(std::string_view cutOff = {});
 
 private:
     class Impl;

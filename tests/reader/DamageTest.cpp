@@ -114,7 +114,7 @@ TEST(Damage, OfAHeaderEndsReadingAtTheEndTagOfTheRoot)
 {
     std::string log = LogOf(Elements(1));
     log.erase(0, log.find("    <CADIReset"));
-    for (const std::string after : {"", "<", "\n    <CADIReset call_num=\"2\""}) {
+    for (const std::string& after : {"", "<", "\n    <CADIReset call_num=\"2\""}) {
         const Copy copy = RecoveredFrom(log.substr(0, log.rfind('>')) + after);
         EXPECT_TRUE(IsDocument(copy.bytes)) << copy.bytes;
         EXPECT_EQ(Numbers(ReadBytes(copy.bytes)), "1");
@@ -156,6 +156,59 @@ TEST(Damage, OfALogThatWasCutShortIsItsEnd)
         ASSERT_EQ(reading.damages.size(), 1u);
         EXPECT_EQ(reading.damages.front().what, "the document ends too early") << last;
     }
+}
+
+TEST(Damage, OfALogThatIsCutOffIsThereAlone)
+{
+    const std::string log = LogOf(Elements(3));
+    const std::string torn = log.substr(0, log.rfind("</level"));
+    const Reading reading = ReadBytes(torn, {}, 1 << 20, "it is cut off");
+    EXPECT_EQ(Numbers(reading), "1 2");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().what, "it is cut off");
+    EXPECT_EQ(reading.damages.front().call, 3u);
+    EXPECT_EQ(reading.end.damages, 1u);
+    EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, IsThereWhereAWholeDocumentIsCutOff)
+{
+    std::string log = LogOf(Elements(3));
+    for (const std::string end : {"", "\n\n", "<!-- after it -->\n"}) {
+        const std::string whole = log + end;
+        const Reading reading = ReadBytes(whole, {}, 1000, "it is cut off");
+        EXPECT_EQ(Numbers(reading), "1 2 3");
+        ASSERT_EQ(reading.damages.size(), 1u);
+        EXPECT_EQ(reading.damages.front().what, "it is cut off");
+        EXPECT_EQ(reading.damages.front().offset, whole.size());
+        EXPECT_EQ(reading.damages.front().line,
+                  1 + std::uint64_t(std::count(whole.begin(), whole.end(), '\n')));
+        EXPECT_FALSE(reading.end.whole);
+    }
+}
+
+TEST(Damage, IsToldBesidesWhereALogIsCutOff)
+{
+    std::string log = LogOf(Elements(2));
+    for (const std::string after : {std::string("x\n"), "<b/>\n" + std::string(1000, '\n')}) {
+        const std::string broken = log + after;
+        const Reading reading = ReadBytes(broken, {}, 100, "it is cut off");
+        ASSERT_EQ(reading.damages.size(), 2u);
+        EXPECT_NE(reading.damages.front().what, "it is cut off");
+        EXPECT_EQ(reading.damages.back().what, "it is cut off");
+        EXPECT_EQ(reading.damages.back().line,
+                  1 + std::uint64_t(std::count(broken.begin(), broken.end(), '\n')));
+        EXPECT_EQ(reading.end.damages, 2u);
+    }
+}
+
+TEST(Damage, IsThereWhenNothingCameBeforeTheLogWasCutOff)
+{
+    const Reading reading = ReadBytes("", {}, 1, "it is cut off");
+    ASSERT_EQ(reading.damages.size(), 1u);
+    EXPECT_EQ(reading.damages.front().what, "it is cut off");
+    EXPECT_FALSE(reading.end.empty);
+    EXPECT_FALSE(reading.end.isLog);
 }
 
 TEST(Damage, IsWhatIsNotInTheDeclaredEncoding)

@@ -97,6 +97,49 @@ TEST_F(LogInputs, AreCompressedFilesWhateverTheirNames)
               " error: the compressed data are damaged");
 }
 
+/// What of a text is read until it can't be read on for that reason.
+std::size_t SizeUntil(const std::string& why, LogInput& input)
+{
+    std::vector<char> buffer(1024 * 1024);
+    std::string bytes;
+    while (const auto got = input.Read(buffer.data(), buffer.size())) {
+        if (*got == 0)
+            break;
+        bytes.append(buffer.data(), *got);
+    }
+    EXPECT_TRUE(input.IsCutOff());
+    EXPECT_EQ(input.Error(), why);
+    const std::string text = LongText();
+    return std::size_t(std::mismatch(bytes.begin(), bytes.end(), text.begin(), text.end()).first -
+                       bytes.begin());
+}
+
+TEST_F(LogInputs, AreReadUpToWhereTheCompressedDataAreDamaged)
+{
+    Write("a.xml", LongText());
+    for (const std::string program : {"gzip", "zstd"}) {
+        if (!Compress(program + " -q -c a.xml >b"))
+            continue;
+        std::ifstream file(Path("b"), std::ios::binary);
+        std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        const std::size_t damagedAt = bytes.size() - bytes.size() / 4;
+        Write("early", bytes.substr(0, damagedAt));
+        bytes[damagedAt] = char(~bytes[damagedAt]);
+        Write("damaged", bytes);
+        for (const auto open : {&OpenLog, &OpenLogAnywhere}) {
+            std::string error;
+            const auto early = open(Path("early"), error);
+            ASSERT_NE(early, nullptr) << program << " " << error;
+            const std::size_t size = SizeUntil("the compressed data end too early", *early);
+            EXPECT_GT(size, LongText().size() / 3) << program;
+            const auto damaged = open(Path("damaged"), error);
+            ASSERT_NE(damaged, nullptr) << program << " " << error;
+            constexpr std::size_t around = 1000;
+            EXPECT_GT(SizeUntil("the compressed data are damaged", *damaged) + around, size) << program;
+        }
+    }
+}
+
 TEST_F(LogInputs, AreFilesCompressedByZstd)
 {
     Write("a.xml", LongText());

@@ -49,14 +49,15 @@ std::string ElementsShown(Tree::Elements elements)
 
 }  // namespace
 
-Reading ReadBytes(std::string_view bytes, const ReadOptions& options, std::size_t piece)
+Reading ReadBytes(std::string_view bytes, const ReadOptions& options, std::size_t piece,
+                  std::string_view cutOff)
 {
     Reading reading;
     Recorder recorder(reading);
     LogReader reader(recorder, options);
     for (std::size_t at = 0; at < bytes.size(); at += piece)
         reader.Feed(bytes.substr(at, piece));
-    reading.end = reader.Finish();
+    reading.end = reader.Finish(cutOff);
     return reading;
 }
 

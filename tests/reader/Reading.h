@@ -22,9 +22,10 @@ struct Reading
     ScrivelReader::LogEnd end;
 };
 
-/// Reads bytes that are handed to the reader in pieces of a size.
+/// Reads bytes that are handed to the reader in pieces of a size, and why no more come if they are cut
+/// off.
 Reading ReadBytes(std::string_view bytes, const ScrivelReader::ReadOptions& options = {},
-                  std::size_t piece = 1 << 20);
+                  std::size_t piece = 1 << 20, std::string_view cutOff = {});
 
 /// name(a=1 b{c=2} d[0aff]): the names and texts of a tree; bytes stand in brackets.
 std::string Shown(const ScrivelReader::Tree& tree);

@@ -59,6 +59,22 @@ TEST_F(Check, TellsWhatCantBeRead)
     EXPECT_EQ(empty.status, 1);
 }
 
+TEST_F(Check, TellsOnceThatCompressedDataEndTooEarly)
+{
+    for (const int missing : {8, 40}) {
+        const std::string command =
+            "gzip -c run.xml | head -c -" + std::to_string(missing) + " >cut.xml.gz";
+        ASSERT_EQ(std::system(("cd " + Quoted(Folder()) + " && " + command).c_str()), 0);
+        const Outcome outcome = Run({"check", "cut.xml.gz"});
+        EXPECT_THAT(outcome.out, testing::MatchesRegex("cut.xml.gz: not whole, damaged at line [0-9]+, "
+                                                       "byte [0-9]+: the compressed data end too early\n"
+                                                       "  [12] calls?(, 1 failed)?\n"));
+        EXPECT_THAT(outcome.error, testing::MatchesRegex("scrivel: cut.xml.gz:[0-9]+: the compressed "
+                                                         "data end too early \\(byte [0-9]+.*\\)\n"));
+        EXPECT_EQ(outcome.status, 1);
+    }
+}
+
 TEST_F(Check, TellsWhatIsOddInAWholeLog)
 {
     Write("odd.xml", LogOf(std::string(returned) + R"(    <CADIReset call_num="1" call_time="0.010000 s">

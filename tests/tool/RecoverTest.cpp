@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include <gmock/gmock.h>
 
@@ -50,8 +51,8 @@ TEST_F(Recover, WritesAWholeLog)
 {
     const Outcome outcome = Run({"recover", "torn.xml", "-o", "fixed.xml"});
     EXPECT_EQ(outcome.out,
-              "torn.xml: damage at byte 400 in call 2; 1 element of 1 call kept, 83 bytes dropped "
-              "with a comment\n");
+              "torn.xml: damage at byte 400 in call 2: the document ends too early\n"
+              "  1 element of 1 call kept, 83 bytes dropped with a comment\n");
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_TRUE(IsDocument(Read("fixed.xml")));
@@ -61,6 +62,52 @@ TEST_F(Recover, WritesAWholeLog)
               "fixed.xml: whole; copied as it is, with 1 call\n");
     EXPECT_EQ(Read("again.xml"), Read("fixed.xml"));
     EXPECT_EQ(Files(), 4u);
+}
+
+/// A compressed log of so many calls, of which the end is missing.
+void WriteCutGzip(const std::string& folder, int count)
+{
+    std::string elements;
+    for (int number = 1; number <= count; ++number) {
+        const std::string text = std::to_string(number);
+        elements += "    <A call_num=\"" + text + "\"\n     call_time=\"0.000001 s\">\n        <n>" +
+                    std::to_string(number * 7919 % 10007) +
+                    "</n>\n        <return_time>0.000002 s</return_time>\n    </A>\n";
+    }
+    std::ofstream(folder + "/long.xml") << LogOf(elements);
+    const std::string command = "gzip -c long.xml >whole.gz && "
+                                "head -c $(($(wc -c <whole.gz) / 2)) whole.gz >cut.xml.gz";
+    ASSERT_EQ(std::system(("cd " + Quoted(folder) + " && " + command).c_str()), 0);
+}
+
+TEST_F(Recover, KeepsWhatCanBeDecompressed)
+{
+    constexpr int count = 2000;
+    WriteCutGzip(Folder(), count);
+    const Outcome outcome = Run({"recover", "cut.xml.gz", "-o", "fixed.xml"});
+    EXPECT_EQ(outcome.error, "");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.out, testing::StartsWith("cut.xml.gz: damage at byte "));
+    EXPECT_THAT(outcome.out, HasSubstr(": the compressed data end too early\n  "));
+    const std::string fixed = Read("fixed.xml");
+    EXPECT_THAT(fixed, HasSubstr(": the compressed data end too early -->\n</run-4242>\n"));
+    const std::vector<std::string> numbers = XPath(fixed, "/*/*/@call_num");
+    EXPECT_GT(numbers.size(), std::size_t(count / 4));
+    EXPECT_LT(numbers.size(), std::size_t(count));
+    EXPECT_EQ(numbers.back(), std::to_string(numbers.size()));
+}
+
+TEST_F(Recover, LeavesAWholeDocumentWholeWhoseCompressedDataEndTooEarly)
+{
+    ASSERT_EQ(
+        std::system(("cd " + Quoted(Folder()) + " && gzip -c run.xml | head -c -8 >run.xml.gz").c_str()),
+        0);
+    EXPECT_EQ(Run({"recover", "run.xml.gz", "-o", "fixed.xml"}).out,
+              "run.xml.gz: damage at byte " + std::to_string(LogOf(calls).size()) +
+                  ": the compressed data end too early\n"
+                  "  2 elements of 2 calls kept, 0 bytes dropped with a comment\n");
+    EXPECT_TRUE(IsDocument(Read("fixed.xml")));
+    EXPECT_THAT(Read("fixed.xml"), testing::StartsWith(LogOf(calls)));
 }
 
 TEST_F(Recover, ReadsStandardInput)

@@ -157,6 +157,7 @@ nlohmann::json DataOf(const std::string& log, std::optional<std::uint64_t> aroun
     {
         std::optional<std::size_t> Read(char*, std::size_t) override { return 0; }
         std::string Error() const override { return ""; }
+        bool IsCutOff() const override { return false; }
         std::optional<int> Descriptor() const override { return {}; }
         std::uint64_t Consumed() const override { return 0; }
         std::optional<std::uint64_t> Size() const override { return {}; }
