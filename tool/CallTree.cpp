@@ -64,8 +64,10 @@ void AddElements(Tree::Elements elements, std::size_t depth, const Terminal& ter
                     HexDump(element.Text(), indent + "  ");
             break;
         case Tree::Kind::Elements:
-            text += element.Children().Empty() ? gap + "(none)\n" : "\n";
+            text += !element.Children().Empty() ? "\n" : gap + (element.IsCut() ? "...\n" : "(none)\n");
             AddElements(element.Children(), depth + 1, terminal, text);
+            if (element.IsCut() && !element.Children().Empty())
+                text += indent + "  ...\n";
             break;
         }
     }

@@ -65,6 +65,8 @@ void AddElements(std::string& out, Tree::Elements elements)
             AddElements(out, element.Children());
             break;
         }
+        if (element.IsCut())
+            out += ",\"cut\":true";
         out += '}';
     }
     out += ']';

@@ -81,6 +81,40 @@ TEST_F(Show, FindsACallInALogThatWasReformatted)
               "\n");
 }
 
+/// A log of one call, with an element within an element, so many of them.
+std::string DeepLog(int depth, const std::string& beside)
+{
+    std::string begin;
+    std::string end;
+    for (int i = 0; i < depth; ++i) {
+        begin += "<a>";
+        end.insert(0, i + 1 == depth ? beside + "</a>" : "</a>");
+    }
+    return LogOf("    <A call_num=\"1\"\n     call_time=\"0.000001 s\">" + begin + end + "</A>\n");
+}
+
+TEST_F(Show, MarksElementsThatLieTooDeep)
+{
+    Write("deep.xml", DeepLog(300, ""));
+    EXPECT_THAT(Run({"show", "1", "deep.xml"}).out, testing::EndsWith(" a  ...\n"));
+    const std::string json = Run({"show", "1", "--json", "deep.xml"}).out;
+    EXPECT_THAT(json, HasSubstr(R"({"name":"a","children":[],"cut":true}]})"));
+    EXPECT_EQ(Run({"calls", "--json", "deep.xml"}).out, json);
+
+    Write("flat.xml", DeepLog(10, "<b>\n</b>"));
+    EXPECT_THAT(Run({"show", "1", "flat.xml"}).out, testing::EndsWith(" b  (none)\n"));
+    EXPECT_THAT(Run({"show", "1", "--json", "flat.xml"}).out, Not(HasSubstr("cut")));
+}
+
+TEST_F(Show, MarksWhatIsLeftOutBesideOtherElements)
+{
+    Write("deep.xml", DeepLog(256, "text<b>1</b>"));
+    EXPECT_THAT(Run({"show", "1", "deep.xml"}).out,
+                testing::ContainsRegex("\n +a\n( +)#text  text\n +\\.\\.\\.\n$"));
+    EXPECT_THAT(Run({"show", "1", "--json", "deep.xml"}).out,
+                HasSubstr(R"("children":[{"name":"#text","value":"text"}],"cut":true}]})"));
+}
+
 TEST_F(Show, TellsThatACallIsntThere)
 {
     const Outcome outcome = Run({"show", "99", "run.xml"});
