@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "KnownText.h"
 #include "scrivel/CallFilter.h"
 
 namespace ScrivelTool
@@ -223,21 +224,6 @@ std::uint64_t Rounded(std::uint64_t number, std::uint64_t unit)
     return (number + unit / 2) / unit;
 }
 
-/// How many columns a text takes: every byte of a UTF-8 character but the first takes none.
-std::size_t Columns(std::string_view text)
-{
-    // Nearly all text is ASCII, and its bytes are looked at many at once.
-    char all = 0;
-    for (const char c : text) {
-        all = char(all | c);
-    }
-    if ((static_cast<unsigned char>(all) & 0x80) == 0) {
-        return text.size();
-    }
-    return std::size_t(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
-}
-
 /// Moves what the text has from there on to the right end of so many columns.
 void AlignRight(std::string& text, std::size_t begin, std::size_t columns)
 {
@@ -426,14 +412,19 @@ std::string CallLine(const Call& call, const Terminal& terminal)
         line.append(std::min<std::size_t>(call.ancestors.size(), 8) * 2 - 1, ' ').append("└ ");
     end(Style::Plain);
 
+    constexpr std::size_t leastRoom = 5;
+    const std::string status = Clipped(StatusText(call), terminal.Width() / 3);
+    const std::size_t after = status.empty() ? 0 : Columns(status) + 2;
+    const std::size_t others = columns + leastRoom + after;
+    const std::size_t mostOfName =
+        std::max(terminal.Width() / 5, terminal.Width() - std::min(terminal.Width(), others));
     line += call.name;
     MakePrintable(line, begin);
+    if (line.size() - begin > mostOfName)
+        line.replace(begin, std::string::npos, Clipped(line.substr(begin), mostOfName));
     end(Style::Name);
 
     constexpr std::string_view arrow = " -> ";
-    const std::string status = StatusText(call);
-    const std::size_t after = status.empty() ? 0 : status.size() + 2;
-    constexpr std::size_t leastRoom = 12;
     const std::size_t room =
         std::max(terminal.Width() - std::min(terminal.Width(), columns + after), leastRoom);
     line += '(';
@@ -461,7 +452,7 @@ std::string CallLine(const Call& call, const Terminal& terminal)
     if (!status.empty()) {
         const bool isBad = call.Failed() || !call.Returned();
         const std::size_t column =
-            terminal.Width() > columns + after ? terminal.Width() - status.size() : columns + 2;
+            terminal.Width() > columns + after ? terminal.Width() - Columns(status) : columns + 2;
         line.append(column - columns, ' ');
         begin = line.size();
         line += status;

@@ -1,5 +1,6 @@
 // scrivel check: whole or not, and what else is odd about a log. Tested by tests/tool/CheckTest.cpp.
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "CopyArguments.h"
 #include "JUnit.h"
 #include "Json.h"
+#include "KnownText.h"
 #include "LogArguments.h"
 #include "Options.h"
 #include "OutputFile.h"
@@ -256,8 +258,12 @@ private:
         }
         for (std::size_t i = 1; i < suite.cases.size(); ++i) {
             if (!suite.cases[i].failure.empty()) {
-                terminal.Print("  " + terminal.Styled(Style::Failure, "--" + suite.cases[i].name) + ": " +
-                               suite.cases[i].failure + "\n");
+                const std::string name = "--" + suite.cases[i].name;
+                constexpr std::size_t around = 4;  // columns: two before the name, two after it
+                const std::size_t room =
+                    terminal.Width() - std::min(terminal.Width(), name.size() + around);
+                terminal.Print("  " + terminal.Styled(Style::Failure, name) + ": " +
+                               Clipped(suite.cases[i].failure, room) + "\n");
             }
         }
     }

@@ -280,16 +280,23 @@ private:
             lastRuns = known.Runs();
 
             const std::string number = "#" + NumberText(call);
-            std::string line = std::string(6 - std::min<std::size_t>(6, number.size()), ' ') + number +
-                               terminal.Styled(Style::Quiet, "  " + TimeText(call.callTime)) + "  " +
-                               (way == Way::Read ? "read " : "wrote") + " ";
-            if (!place.empty())
-                line += place + " ";
-            line += BytesText(bytes.substr(0, bytesInALine), earlier, terminal);
-            if (size > bytesInALine || bytes.size() < size)
-                line += (bytes.empty() ? "" : " ... ") + ("(" + std::to_string(size) + " bytes)");
+            const std::string time = "  " + TimeText(call.callTime);
+            const std::string before =
+                std::string(6 - std::min<std::size_t>(6, number.size()), ' ') + number;
+            const std::string what =
+                (way == Way::Read ? "  read  " : "  wrote ") + (place.empty() ? "" : place + " ");
+            const std::string status = succeeded ? "" : StatusText(call);
+            const std::string count = "(" + std::to_string(size) + " bytes)";
+            const std::size_t used =
+                Columns(before + time + what) + (succeeded ? 0 : Columns(status) + 2);
+            const std::size_t shown = BytesToShow(bytes.size(), size, used, Columns(count));
+
+            std::string line = before + terminal.Styled(Style::Quiet, time) + what;
+            line += BytesText(bytes.substr(0, shown), earlier, terminal);
+            if (size > shown)
+                line += (bytes.empty() ? "" : " ... ") + count;
             if (!succeeded)
-                line += "  " + terminal.Styled(Style::Failure, StatusText(call));
+                line += "  " + terminal.Styled(Style::Failure, status);
             Keep(line + "\n");
 
             if (succeeded) {
@@ -300,6 +307,21 @@ private:
             } else if (now.empty()) {
                 now = "no access to it succeeded";
             }
+        }
+
+        /// How many bytes fit into a line of which so much is used, with their count if that isn't all.
+        std::size_t BytesToShow(std::size_t known, std::uint64_t size, std::size_t used,
+                                std::size_t count) const
+        {
+            constexpr std::size_t perByte = 3;
+            constexpr std::string_view dots = " ... ";
+            const std::size_t most = std::min(known, bytesInALine);
+            const bool isAll = most == size;
+            if (isAll && used + perByte * most <= terminal.Width())
+                return most;
+            used += dots.size() + count;
+            const std::size_t room = terminal.Width() - std::min(terminal.Width(), used);
+            return std::min(most, std::max<std::size_t>(room / perByte, 1));
         }
 
         void Keep(std::string line)

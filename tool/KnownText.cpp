@@ -156,6 +156,15 @@ std::string ShellWord(const std::string& path)
 
 std::size_t Columns(std::string_view text)
 {
+    // Every byte of a UTF-8 character but the first takes none. Nearly all text is ASCII, and its bytes
+    // are looked at many at once.
+    char all = 0;
+    for (const char c : text) {
+        all = char(all | c);
+    }
+    if ((static_cast<unsigned char>(all) & 0x80) == 0) {
+        return text.size();
+    }
     return std::size_t(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
 }
@@ -163,13 +172,15 @@ std::size_t Columns(std::string_view text)
 std::string Clipped(std::string text, std::size_t columns)
 {
     constexpr std::string_view dots = "...";
-    if (Columns(text) <= columns || columns <= dots.size())
+    if (columns <= dots.size() || Columns(text) <= columns)
         return text;
-    while (Columns(text) > columns - dots.size()) {
-        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xc0) == 0x80)
-            text.pop_back();
-        text.pop_back();
+    std::size_t end = 0;
+    for (std::size_t used = 0; end < text.size(); ++end) {
+        const bool isFirst = (static_cast<unsigned char>(text[end]) & 0xc0) != 0x80;
+        if (isFirst && ++used > columns - dots.size())
+            break;
     }
+    text.resize(end);
     return text.append(dots);
 }
 

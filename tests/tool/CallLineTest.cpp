@@ -48,6 +48,24 @@ Tree Record(const std::string& name, const std::vector<std::pair<std::string, st
     return tree;
 }
 
+TEST(CallLines, AreNoWiderThanTheTerminalWhateverNamesAreLike)
+{
+    std::string sink;
+    const Terminal terminal(sink);
+    Call call;
+    call.returnTime = Time{};
+    call.name = std::string(5000, 'n');
+    call.status = "CADI_STATUS_" + std::string(200, 's');
+    std::string line = CallLine(call, terminal);
+    EXPECT_EQ(line.size(), terminal.Width() + 1);
+    EXPECT_NE(line.find("n...()  "), std::string::npos) << line;
+    EXPECT_NE(line.find("s...\n"), std::string::npos) << line;
+    call.name = "CADIRegGetFloatFormat";
+    line = CallLine(call, terminal);
+    EXPECT_NE(line.find(" CADIRegGetFloatFormat()"), std::string::npos) << line;
+    EXPECT_EQ(line.size(), terminal.Width() + 1);
+}
+
 TEST(CallLines, LetNoControlCharacterReachTheTerminal)
 {
     EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");

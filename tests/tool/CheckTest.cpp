@@ -118,6 +118,19 @@ TEST_F(Check, MakesASessionATest)
     EXPECT_EQ(Run({"check", "--max-took", "soon", "run.xml"}).status, 2);
 }
 
+TEST_F(Check, NamesAsManyCallsAsALineHolds)
+{
+    std::string many;
+    for (int i = 0; i < 9; ++i) {
+        many += "    <A call_num=\"" + std::to_string(i) +
+                "\" call_time=\"0.000000 s\"><return_time>0.012000 s</return_time></A>\n";
+    }
+    Write("many.xml", LogOf(many));
+    EXPECT_THAT(Run({"check", "--max-took", "5ms", "many.xml"}).out,
+                testing::EndsWith("\n  --max-took 5ms: 9 calls took longer: #0 12.00 ms #1 12.00 ms #2 "
+                                  "12.00 ms #3...\n"));
+}
+
 TEST_F(Check, WantsEveryCallToReturn)
 {
     Write("open.xml", LogOf("    <A call_num=\"1\" call_time=\"0.000001 s\">\n    </A>\n"));

@@ -24,8 +24,7 @@ TEST_F(History, FindsARegisterByItsNumberToo)
 TEST_F(History, FindsAccessesThatAnAddressLiesIn)
 {
     EXPECT_THAT(Run({"history", "0x1004", "run-4243.xml"}).out,
-                HasSubstr("read  Memory:0x1004  71 75 69 63 6b 20 62 72 6f 77 6e 20 66 6f 78 20 ... "
-                          "(39 bytes)\n"));
+                HasSubstr("read  Memory:0x1004  71 75 69 63 6b 20 62 72 6f ... (39 bytes)\n"));
     EXPECT_THAT(Run({"history", "1:0xff0+17", "run-4243.xml"}).out, HasSubstr("Memory:0x1000  54 68 "));
     EXPECT_EQ(Run({"history", "0xff0+16", "run-4243.xml"}).status, 1);
     EXPECT_EQ(Run({"history", "2:0x1000", "run-4243.xml"}).status, 1);
