@@ -370,6 +370,11 @@ private:
             Fail("the document ends too early");
             return;
         }
+        // What libxml2 calls empty begins with something else than a tag.
+        if (what.code == XML_ERR_DOCUMENT_EMPTY) {
+            Fail("this is no XML document");
+            return;
+        }
         std::string_view text = what.message == nullptr ? "not well-formed" : what.message;
         while (!text.empty() && (text.back() == '\n' || text.back() == ' '))
             text.remove_suffix(1);

@@ -100,6 +100,13 @@ TEST(XmlParser, DoesNotAnnounceATagThatIsCutShort)
     EXPECT_EQ(Events("<a><b c='1'").substr(0, 14), "<a@0:1> error ");
 }
 
+TEST(XmlParser, SaysOfWhatBeginsWithNoTagThatItIsNoDocument)
+{
+    for (const std::string& bytes :
+         {std::string(5000, '\0'), std::string("PK\x03\x04 and more"), std::string("text")})
+        EXPECT_EQ(Events(bytes), " error at 1: this is no XML document");
+}
+
 TEST(XmlParser, TellsADocumentThatEndsTooEarlyFromOneThatGoesOnTooLong)
 {
     EXPECT_EQ(Events(""), " error at 1: the document ends too early");
