@@ -626,16 +626,20 @@ private:
         handler.Header(header);
     }
 
-    /// How much of a start tag is left where the parser has read all but its > or />.
-    std::uint64_t ClosingAt(std::uint64_t offset) const
+    /// A byte that is held or that the parser is being given; 0 for any other.
+    char ByteAt(std::uint64_t offset) const
     {
         const bool isCurrent = offset >= currentFrom;
         const std::string_view text = isCurrent ? current : std::string_view(held);
         const std::uint64_t at = offset - (isCurrent ? currentFrom : heldFrom);
-        if (at >= text.size() || (text[std::size_t(at)] != '>' && text[std::size_t(at)] != '/')) {
-            return 0;
-        }
-        return text[std::size_t(at)] == '>' ? 1 : 2;
+        return at < text.size() ? text[std::size_t(at)] : '\0';
+    }
+
+    /// How much of a start tag is left where the parser has read all but its > or />.
+    std::uint64_t ClosingAt(std::uint64_t offset) const
+    {
+        const char next = ByteAt(offset);
+        return next == '>' ? 1 : next == '/' ? 2 : 0;
     }
 
     /// An element with a number, as deep as the contents of another call, but in a call's place: the end
@@ -646,18 +650,9 @@ private:
             return false;
         constexpr std::string_view indent = "\n    ";
         const XmlParser::Place tag = parser->TagBegin();
-        XmlParser::Place place = tag;
-        place.offset += base;
-        std::string_view text = held;
-        std::uint64_t from = heldFrom;
-        if (place.offset >= currentFrom + indent.size()) {
-            text = current;
-            from = currentFrom;
-        }
-        // A line end and the indent may lie in two pieces; such a call is found a little later.
-        if (place.offset < from + indent.size() || place.offset > from + text.size() ||
-            text.substr(std::size_t(place.offset - from) - indent.size(), indent.size()) != indent)
-            return false;
+        for (std::size_t i = 0; i < indent.size(); ++i)
+            if (ByteAt(base + tag.offset - indent.size() + i) != indent[i])
+                return false;
         Break(tag);
         return true;
     }

@@ -52,6 +52,20 @@ TEST(Damage, ACutAnywhereLosesOnlyTheElementThatIsCut)
     }
 }
 
+TEST(Damage, ByACallWithinAnotherIsTheSameWhateverThePieces)
+{
+    std::string log = LogOf(Elements(3));
+    log.erase(log.find("    </CADIReset>"), sizeof "    </CADIReset>");
+    const Reading whole = ReadBytes(log);
+    EXPECT_EQ(Numbers(whole), "2 3");
+    for (std::size_t piece = 1; piece < log.size(); ++piece) {
+        const Reading reading = ReadBytes(log, {}, piece);
+        EXPECT_EQ(Numbers(reading), "2 3") << piece;
+        ASSERT_EQ(reading.damages.size(), 1u) << piece;
+        EXPECT_EQ(reading.damages.front().offset, whole.damages.front().offset) << piece;
+    }
+}
+
 TEST(Damage, InOneElementLosesThatElement)
 {
     std::string log = LogOf(Elements(5));
@@ -114,7 +128,7 @@ TEST(Damage, OfAHeaderEndsReadingAtTheEndTagOfTheRoot)
 {
     std::string log = LogOf(Elements(1));
     log.erase(0, log.find("    <CADIReset"));
-    for (const std::string& after : {"", "<", "\n    <CADIReset call_num=\"2\""}) {
+    for (const char* const after : {"", "<", "\n    <CADIReset call_num=\"2\""}) {
         const Copy copy = RecoveredFrom(log.substr(0, log.rfind('>')) + after);
         EXPECT_TRUE(IsDocument(copy.bytes)) << copy.bytes;
         EXPECT_EQ(Numbers(ReadBytes(copy.bytes)), "1");
@@ -190,7 +204,7 @@ TEST(Damage, IsThereWhereAWholeDocumentIsCutOff)
 TEST(Damage, IsToldBesidesWhereALogIsCutOff)
 {
     std::string log = LogOf(Elements(2));
-    for (const std::string after : {std::string("x\n"), "<b/>\n" + std::string(1000, '\n')}) {
+    for (const std::string& after : {std::string("x\n"), "<b/>\n" + std::string(1000, '\n')}) {
         const std::string broken = log + after;
         const Reading reading = ReadBytes(broken, {}, 100, "it is cut off");
         ASSERT_EQ(reading.damages.size(), 2u);
