@@ -310,12 +310,12 @@ private:
         }
 
         /// How many bytes fit into a line of which so much is used, with their count if that isn't all.
-        std::size_t BytesToShow(std::size_t known, std::uint64_t size, std::size_t used,
+        std::size_t BytesToShow(std::size_t had, std::uint64_t size, std::size_t used,
                                 std::size_t count) const
         {
             constexpr std::size_t perByte = 3;
             constexpr std::string_view dots = " ... ";
-            const std::size_t most = std::min(known, bytesInALine);
+            const std::size_t most = std::min(had, bytesInALine);
             const bool isAll = most == size;
             if (isAll && used + perByte * most <= terminal.Width())
                 return most;

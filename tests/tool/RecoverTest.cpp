@@ -50,9 +50,8 @@ protected:
 TEST_F(Recover, WritesAWholeLog)
 {
     const Outcome outcome = Run({"recover", "torn.xml", "-o", "fixed.xml"});
-    EXPECT_EQ(outcome.out,
-              "torn.xml: damage at byte 400 in call 2: the document ends too early\n"
-              "  1 element of 1 call kept, 83 bytes dropped with a comment\n");
+    EXPECT_EQ(outcome.out, "torn.xml: damage at byte 400 in call 2: the document ends too early\n"
+                           "  1 element of 1 call kept, 83 bytes dropped with a comment\n");
     EXPECT_EQ(outcome.error, "");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_TRUE(IsDocument(Read("fixed.xml")));
