@@ -88,7 +88,9 @@ std::uint32_t Tree::EndOfItem(const Record& record, std::uint32_t item) const
 
 void Tree::Grow(std::size_t size)
 {
-    pool.resize(std::max(used + size, 2 * pool.size()));
+    // Room that is not needed yet has been written to: of a large tree a little of it is enough.
+    constexpr std::size_t mostRoom = 64 * 1024;
+    pool.resize(used + size + std::min(used, mostRoom));
 }
 
 inline void Tree::Append(std::string_view more)

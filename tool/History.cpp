@@ -283,15 +283,15 @@ private:
             const std::string time = "  " + TimeText(call.callTime);
             const std::string before =
                 std::string(6 - std::min<std::size_t>(6, number.size()), ' ') + number;
-            const std::string what =
+            const std::string access =
                 (way == Way::Read ? "  read  " : "  wrote ") + (place.empty() ? "" : place + " ");
             const std::string status = succeeded ? "" : StatusText(call);
             const std::string count = "(" + std::to_string(size) + " bytes)";
             const std::size_t used =
-                Columns(before + time + what) + (succeeded ? 0 : Columns(status) + 2);
+                Columns(before + time + access) + (succeeded ? 0 : Columns(status) + 2);
             const std::size_t shown = BytesToShow(bytes.size(), size, used, Columns(count));
 
-            std::string line = before + terminal.Styled(Style::Quiet, time) + what;
+            std::string line = before + terminal.Styled(Style::Quiet, time) + access;
             line += BytesText(bytes.substr(0, shown), earlier, terminal);
             if (size > shown)
                 line += (bytes.empty() ? "" : " ... ") + count;
