@@ -90,7 +90,7 @@ private:
         void PrintLast()
         {
             for (const Shown& line : kept)
-                terminal.Print(line.afterGap && &line != &kept.front() ? "--\n" + line.text : line.text);
+                Print(line.text, line.afterGap && &line != &kept.front());
         }
 
     private:
@@ -131,7 +131,7 @@ private:
             const bool afterGap = std::exchange(gap, false) && shown && !command.logs.Json();
             shown = true;
             if (!command.last) {
-                terminal.Print(afterGap ? "--\n" + text : text);
+                Print(text, afterGap);
                 return;
             }
             if (*command.last == 0)
@@ -139,6 +139,13 @@ private:
             kept.push_back({std::move(text), isChosen, afterGap});
             if (isChosen && ++chosenKept > *command.last)
                 DropFirst();
+        }
+
+        void Print(const std::string& text, bool afterGap)
+        {
+            if (afterGap)
+                terminal.Print("--\n");
+            terminal.Print(text);
         }
 
         /// Lets go of the first call that was chosen: it, and those around it, may still be context of
