@@ -29,7 +29,7 @@ class State final : public ReadingAction
 public:
     explicit State(Options& options)
     {
-        options.Option("--at", "N", text,
+        options.Option("--at", "N", asked,
                        "before this call, 68 or 68#2; without it at the end of the log");
         logs.AddTo(options);
         logs.AddJsonTo(options);
@@ -38,9 +38,9 @@ public:
 
     Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        const auto at = ParseCallNumber(text);
-        if (!at && !text.empty()) {
-            terminal.Error("\"" + text +
+        const auto at = ParseCallNumber(asked);
+        if (!at && !asked.empty()) {
+            terminal.Error("\"" + asked +
                            "\" is no number of a call: 68, or 68#2 for the second one of it");
             return Exit::Trouble;
         }
@@ -60,7 +60,7 @@ public:
                 log.Print(paths.size() > 1);
         }
         if (!found && !trouble)
-            terminal.Error("there is no call " + text);
+            terminal.Error("there is no call " + asked);
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 
@@ -285,7 +285,7 @@ private:
         std::string name;
     };
 
-    std::string text;
+    std::string asked;
 };
 
 }  // namespace
