@@ -148,8 +148,8 @@ public:
             fed += piece.size();
             xmlParseChunk(context, piece.data(), int(piece.size()), 0);
             RefuseWhatEndedParsing();
-            // It may have come to its end. Two of it: what was fed so far is over then, and the parser
-            // forgets it. The document is as well-formed as it was.
+            // Unless it has come to its end two are made of it: what was fed so far is over then, and the
+            // parser forgets it. The document is as well-formed as it was.
             if (error.empty() && place != 0 && Pending() > longestUndivided)
                 Insert(std::string(open->end).append(open->begin));
             if (error.empty() && Pending() > longestMarkup)

@@ -241,8 +241,10 @@ private:
                 ParseHeld();
             break;
         case State::Over:
-            held.append(piece);
+            // Where the log is cut off is told by its line.
             Forget(held.size());
+            heldLine += Lines(piece);
+            heldFrom += piece.size();
             break;
         }
     }
@@ -332,11 +334,7 @@ private:
         damaged = true;
         // Where nothing was read since the damage before, there is still that one.
         if (!hasDamage) {
-            hasDamage = true;
-            ++end.damages;
-            damage = Damage{};
-            damage.ordinal = end.damages;
-            damage.what = what;
+            BeginDamage(what);
             if (const std::string_view name = NameAt(offset); !broken && !name.empty()) {
                 damage.what = "\"" + std::string(name) + "\" is no name that XML allows";
             }
@@ -352,6 +350,14 @@ private:
         depth = 0;
     }
 
+    void BeginDamage(std::string_view what)
+    {
+        hasDamage = true;
+        damage = Damage{};
+        damage.ordinal = ++end.damages;
+        damage.what = what;
+    }
+
     /// The log was cut off where it ends, unless that was seen as damage already.
     void FoundCut(std::string_view why)
     {
@@ -359,10 +365,7 @@ private:
         if (hasDamage && damage.what == why)
             return;
         CloseDamage(received);
-        hasDamage = true;
-        ++end.damages;
-        damage = Damage{};
-        damage.what = why;
+        BeginDamage(why);
         damage.offset = damage.lostFrom = received;
         damage.line = heldLine + Lines(held);
     }

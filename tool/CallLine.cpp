@@ -233,12 +233,12 @@ void AlignRight(std::string& text, std::size_t begin, std::size_t columns)
     }
 }
 
-void AddNumberOf(std::string& text, const Call& call)
+void AddNumberOf(std::string& text, std::uint64_t number, std::uint32_t occurrence)
 {
-    AddNumber(text, call.number);
-    if (call.occurrence > 1) {
+    AddNumber(text, number);
+    if (occurrence > 1) {
         text += '#';
-        AddNumber(text, call.occurrence);
+        AddNumber(text, occurrence);
     }
 }
 
@@ -354,11 +354,16 @@ std::string StatusText(const Call& call)
     return Printable(call.status.substr(StartsWith(call.status, prefix) ? prefix.size() : 0));
 }
 
-std::string NumberText(const Call& call)
+std::string NumberText(std::uint64_t number, std::uint32_t occurrence)
 {
     std::string text;
-    AddNumberOf(text, call);
+    AddNumberOf(text, number, occurrence);
     return text;
+}
+
+std::string NumberText(const Call& call)
+{
+    return NumberText(call.number, call.occurrence);
 }
 
 std::string TimeText(const std::optional<Time>& time)
@@ -387,7 +392,7 @@ std::string CallLine(const Call& call, const Terminal& terminal)
         terminal.StyleFrom(begin, style, line);
         begin = line.size();
     };
-    AddNumberOf(line, call);
+    AddNumberOf(line, call.number, call.occurrence);
     AlignRight(line, 0, 4);
     end(Style::Plain);
 

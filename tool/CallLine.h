@@ -22,6 +22,7 @@ std::string ElementsText(const ScrivelReader::Tree& tree, bool results);
 /// OK, PermissionDenied, NOT RETURNED or nothing.
 std::string StatusText(const ScrivelReader::Call& call);
 /// 68, or 68#2 for the second call of that number.
+std::string NumberText(std::uint64_t number, std::uint32_t occurrence);
 std::string NumberText(const ScrivelReader::Call& call);
 /// 0.016720, with a mark when the clock had been set back.
 std::string TimeText(const std::optional<ScrivelReader::Time>& time);

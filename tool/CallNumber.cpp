@@ -3,6 +3,7 @@
 #include "CallNumber.h"
 
 #include <charconv>
+#include <string_view>
 #include <system_error>
 
 namespace ScrivelTool
@@ -20,9 +21,7 @@ std::optional<Number> ParseDecimal(std::string_view digits)
     return isWhole ? std::make_optional(found) : std::nullopt;
 }
 
-}  // namespace
-
-std::optional<CallNumber> ParseCallNumber(std::string_view text)
+std::optional<CallNumber> Parse(std::string_view text)
 {
     const std::size_t mark = text.find('#');
     const auto number = ParseDecimal<std::uint64_t>(text.substr(0, mark));
@@ -34,6 +33,16 @@ std::optional<CallNumber> ParseCallNumber(std::string_view text)
     if (!occurrence || *occurrence == 0)
         return {};
     return CallNumber{*number, occurrence};
+}
+
+}  // namespace
+
+std::optional<CallNumber> ParseCallNumber(const std::string& text, Terminal& terminal)
+{
+    const auto number = Parse(text);
+    if (!number)
+        terminal.Error("\"" + text + "\" is no number of a call: 68, or 68#2 for the second one of it");
+    return number;
 }
 
 }  // namespace ScrivelTool

@@ -5,8 +5,9 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
+#include <string>
 
+#include "Terminal.h"
 #include "scrivel/Call.h"
 
 namespace ScrivelTool
@@ -23,8 +24,8 @@ struct CallNumber
     }
 };
 
-/// Nothing for any other text.
-std::optional<CallNumber> ParseCallNumber(std::string_view text);
+/// Nothing for any other text, which is told.
+std::optional<CallNumber> ParseCallNumber(const std::string& text, Terminal& terminal);
 
 }  // namespace ScrivelTool
 

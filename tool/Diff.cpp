@@ -563,7 +563,7 @@ private:
     {
         if (!times.empty()) {
             const auto least = ParseDuration(times);
-            if (!least) {
+            if (!least || *least < 0) {
                 terminal.Error("--times: \"" + times + "\" is no time; 1ms is one");
                 return false;
             }

@@ -85,8 +85,7 @@ std::string BytesText(std::string_view bytes, const std::vector<std::optional<ch
 
 std::string NumberText(const Source& source)
 {
-    return std::to_string(source.call) +
-           (source.occurrence > 1 ? "#" + std::to_string(source.occurrence) : "");
+    return NumberText(source.call, source.occurrence);
 }
 
 std::string SourceText(const Source& source)

@@ -135,12 +135,9 @@ public:
 
     Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        const auto asked = ParseCallNumber(text);
-        if (!asked) {
-            terminal.Error("\"" + text +
-                           "\" is no number of a call: 68, or 68#2 for the second one of it");
+        const auto asked = ParseCallNumber(text, terminal);
+        if (!asked)
             return Exit::Trouble;
-        }
         bool trouble = false;
         bool found = false;
         for (const std::string& path : logs.Logs(terminal, trouble)) {

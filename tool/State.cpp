@@ -38,12 +38,9 @@ public:
 
     Exit Read(CallFilter chosen, Terminal& terminal) override
     {
-        const auto at = ParseCallNumber(asked);
-        if (!at && !asked.empty()) {
-            terminal.Error("\"" + asked +
-                           "\" is no number of a call: 68, or 68#2 for the second one of it");
+        const auto at = asked.empty() ? std::nullopt : ParseCallNumber(asked, terminal);
+        if (!at && !asked.empty())
             return Exit::Trouble;
-        }
         bool trouble = false;
         bool found = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);

@@ -210,6 +210,7 @@ TEST(Damage, IsToldBesidesWhereALogIsCutOff)
         ASSERT_EQ(reading.damages.size(), 2u);
         EXPECT_NE(reading.damages.front().what, "it is cut off");
         EXPECT_EQ(reading.damages.back().what, "it is cut off");
+        EXPECT_EQ(reading.damages.back().ordinal, 2u);
         EXPECT_EQ(reading.damages.back().line,
                   1 + std::uint64_t(std::count(broken.begin(), broken.end(), '\n')));
         EXPECT_EQ(reading.end.damages, 2u);

@@ -194,6 +194,7 @@ TEST_F(CommandLine, TakesNothingButNumbersForNumbers)
                                                {"state", "--at", "-1"},
                                                {"calls", "--slower", "-1ms"},
                                                {"check", "--max-took", "-1ms"},
+                                               {"diff", "--times", "-1ms", "run.xml"},
                                                {"calls", "-n", ""},
                                                {"calls", "-w", ""}}) {
         std::vector<std::string> arguments = line;
