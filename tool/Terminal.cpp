@@ -62,6 +62,27 @@ bool IsThere(std::string_view command)
     });
 }
 
+// Controls beyond ASCII that a question mark takes the place of, too: those that begin a sequence which
+// terminals obey, and those that turn the direction of a text, so that it reads otherwise than it stands.
+struct Controls
+{
+    std::string_view first;
+    std::string_view last;
+};
+constexpr Controls controls[] = {
+    {"\u0080", "\u009f"}, {"\u061c", "\u061c"}, {"\u200e", "\u200f"},
+    {"\u202a", "\u202e"}, {"\u2066", "\u2069"},
+};
+
+/// Of the control that a text begins with; 0 if it begins with none.
+std::size_t LengthOfControl(std::string_view text)
+{
+    for (const auto& [first, last] : controls)
+        if (const std::string_view own = text.substr(0, first.size()); first <= own && own <= last)
+            return own.size();
+    return 0;
+}
+
 }  // namespace
 
 Terminal::Terminal()
@@ -264,7 +285,7 @@ void Terminal::Progress(std::string_view file, std::uint64_t done, std::optional
         return;
     progressAt = now;
     progressShown = true;
-    std::string text = "\r\x1b[K" + std::string(file) + "  ";
+    std::string text = "\r\x1b[K" + Printable(std::string(file)) + "  ";
     if (size && *size != 0) {
         constexpr std::uint64_t cells = 20;
         const std::uint64_t filled = std::min(cells, cells * done / *size);
@@ -283,18 +304,20 @@ void Terminal::EndProgress()
     progressShown = false;
 }
 
-// A question mark takes the place of each control character: those of ASCII, and U+0080 to U+009F, some
-// of which begin a sequence that terminals obey.
 void MakePrintable(std::string& text, std::size_t from)
 {
+    unsigned char all = 0;
     const auto begin = text.begin() + std::ptrdiff_t(from);
-    std::transform(begin, text.end(), begin,
-                   [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f ? '?' : c; });
-    while ((from = text.find('\xc2', from)) != std::string::npos) {
-        if (from + 1 < text.size() && static_cast<unsigned char>(text[from + 1]) < 0xa0)
-            text.replace(from, 2, "?");
-        ++from;
-    }
+    std::transform(begin, text.end(), begin, [&](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        all |= byte;
+        return byte < ' ' || byte == 0x7f ? '?' : c;
+    });
+    if (all < 0x80)
+        return;
+    for (std::size_t at = from; at < text.size(); ++at)
+        if (const std::size_t size = LengthOfControl(std::string_view(text).substr(at)); size != 0)
+            text.replace(at, size, "?");
 }
 
 std::string Printable(std::string text)

@@ -71,6 +71,9 @@ TEST(CallLines, LetNoControlCharacterReachTheTerminal)
     EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");
     EXPECT_EQ(Printable("a\u009b31m\u0080\u00a0\u00e9b\u009f"), "a?31m?\u00a0\u00e9b?");
     EXPECT_EQ(Printable("\xc2"), "\xc2");
+    EXPECT_EQ(Printable("a\u202egnp.exe\u202c \u2066\u2069\u061c\u200f\u200e"), "a?gnp.exe? ?????");
+    EXPECT_EQ(Printable("\u200d\u2010\u2029\u202f\u2065\u206a\u061b\u061d"),
+              "\u200d\u2010\u2029\u202f\u2065\u206a\u061b\u061d");
     Call call;
     call.returnTime = Time{};
     call.status = "CADI_STATUS_\u009b\x7f";
