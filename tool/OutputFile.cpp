@@ -68,6 +68,11 @@ int OpenUnnamed(const std::string& path)
 std::unique_ptr<OutputFile> OutputFile::Make(const std::string& path, Existing existing,
                                              std::string& error)
 {
+    // Elsewhere a hyphen is a stream; the messages of those who write a file have standard output.
+    if (path == "-") {
+        error = "what is written is a file; ./- if it shall bear that name";
+        return nullptr;
+    }
     struct stat status
     {
     };

@@ -101,6 +101,13 @@ TEST_F(OutputFiles, KeepAFileThatCameMeanwhile)
     EXPECT_THAT(Names(), ElementsAre("small.xml"));
 }
 
+TEST_F(OutputFiles, AreNoStreams)
+{
+    std::string error;
+    EXPECT_EQ(OutputFile::Make("-", Existing::Replace, error), nullptr);
+    EXPECT_EQ(error, "what is written is a file; ./- if it shall bear that name");
+}
+
 TEST_F(OutputFiles, HaveTheRightsOfNewFiles)
 {
     const mode_t before = umask(027);
