@@ -199,7 +199,7 @@ private:
         const std::string file = " " + ShellWord(path);
         std::string text = "next: ";
         if (!open.empty()) {
-            const std::string number = std::to_string(open.front()->number);
+            const std::string number = NumberText(*open.front());
             text += "scrivel show " + number + file + ", scrivel state --at " + number + file;
         } else if (!log.end.whole) {
             text += "scrivel check" + file + ", scrivel recover" + file + " -o fixed.xml";

@@ -110,6 +110,17 @@ TEST_F(Summary, NamesWhichOfTheCallsOfANumberTouchedThePlaceLast)
     EXPECT_THAT(Run({"twice.xml"}).out, HasSubstr("last touched by #1#2 (wrote)"));
 }
 
+TEST_F(Summary, NamesWhichOfTheCallsOfANumberToLookAtNext)
+{
+    Write("twice.xml", LogOf("    <A call_num=\"1\" call_time=\"0.1 s\">\n"
+                             "        <return_time>0.2 s</return_time>\n    </A>\n"
+                             "    <A call_num=\"1\" call_time=\"0.3 s\">\n    </A>\n"));
+    EXPECT_THAT(Run({"twice.xml"}).out,
+                HasSubstr("\nnext: scrivel show 1#2 twice.xml, scrivel state --at 1#2 twice.xml\n"));
+    EXPECT_THAT(Run({"show", "1#2", "twice.xml"}).out,
+                testing::StartsWith("call 1#2  A  NOT RETURNED\n"));
+}
+
 TEST_F(Summary, TellsALogThatWasEndedFromOneThatMayHaveBeenKilled)
 {
     Write("ended.xml", With("\n<!-- Log ended -->\n\n"));
