@@ -104,6 +104,7 @@ void Options::Option(const char* names, const char* type, std::vector<std::strin
     parser->Add(names, type, values, help)
         ->check(RefuseNothing)
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 

@@ -82,6 +82,14 @@ TEST_F(Diff, LeavesOutWhatItIsTold)
     EXPECT_EQ(RunDiff({"--ignore", "result.zero"}).status, 1);
 }
 
+TEST_F(Diff, TakesOnePathAfterEachIgnore)
+{
+    Change("00000001", "00000004");
+    EXPECT_EQ(Run({"diff", "--ignore", "arg.zero", "a.xml", "b.xml"}).status, 0);
+    EXPECT_EQ(Run({"diff", "--ignore=arg.other", "--ignore", "arg.zero", "a.xml", "b.xml"}).status, 0);
+    EXPECT_EQ(Run({"diff", "a.xml", "--ignore", "result.zero", "b.xml"}).status, 1);
+}
+
 TEST_F(Diff, ComparesTheCallsThatTheFilterLeaves)
 {
     Change("00000001", "00000004");
