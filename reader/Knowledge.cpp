@@ -115,6 +115,8 @@ Knowledge::Knowledge(const Limits& itsLimits)
 void Knowledge::LetRun(std::uint64_t call)
 {
     ++runs;
+    if (lastRun != call)
+        ++starts;
     lastRun = call;
 }
 

@@ -163,7 +163,9 @@ private:
             if (toNameLog)
                 text += " in " + Printable(path);
             text += ": " + now;
-            if (succeededAt && known.IsStale(*succeededAt))
+            if (seen && seen->whileRunning)
+                text += "; target was running";
+            else if (seen && known.IsStale(*seen))
                 text += "; target ran since (#" + std::to_string(*known.LastRun()) + ")";
             text += "\n";
             if (dropped != 0)
@@ -222,8 +224,8 @@ private:
                     earlier[i] = before->bytes[before->bytes.size() - bytes.size() + i];
             const std::string place =
                 access.offset128 == 0 ? "" : "[" + std::to_string(access.offset128) + "]";
-            Add(call, access.way, place, bytes, earlier,
-                access.bytes.empty() ? "" : ValueText(access.bytes), bytes.size());
+            Add(call, {access.way, place, access.offset128, bytes, earlier,
+                       access.bytes.empty() ? "" : ValueText(access.bytes), bytes.size()});
         }
 
         void AddMemory(const Call& call, const MemoryAccess& access)
@@ -248,28 +250,43 @@ private:
                     earlier[std::size_t(part.address - from) + i] = part.bytes[i];
             const std::string space = access.spaceName.empty() ? access.space : access.spaceName;
             if (title.empty()) {
-                title = PlaceText(space, asked.address);
+                titleSpace = access.space;
+                titlePlace = PlaceText(space, asked.address);
+                title = titlePlace + (asked.size > 1 ? "+" + std::to_string(asked.size) : "");
                 if (const auto block = known.BlockAt(access.space, asked.address))
                     title += " in block " + block->name;
+            } else if (access.space != titleSpace) {
+                title = asked.text;
+                titlePlace.clear();
             }
-            Add(call, access.way, PlaceText(space, from), bytes, earlier,
-                HexDigits(bytes.substr(0, 4)) + (bytes.size() > 4 ? "..." : ""), access.size - skipped);
+            Add(call,
+                {access.way, PlaceText(space, from), 0, bytes, earlier,
+                 HexDigits(bytes.substr(0, 4)) + (bytes.size() > 4 ? "..." : ""), access.size - skipped});
         }
 
-        void Add(const Call& call, Way way, const std::string& place, std::string_view bytes,
-                 const std::vector<std::optional<char>>& earlier, const std::string& value,
-                 std::uint64_t size)
+        /// What a call read or wrote of what was asked for.
+        struct Touch
+        {
+            Way way;
+            std::string place;  // within the register, or in memory
+            std::uint64_t offset128;
+            std::string_view bytes;
+            std::vector<std::optional<char>> earlier;
+            std::string value;
+            std::uint64_t size;
+        };
+
+        void Add(const Call& call, const Touch& touch)
         {
             found = true;
             lastCall = NumberText(call);
             const bool succeeded = Succeeded(call);
-            const std::string verb = way == Way::Read ? "read" : "wrote";
             if (command.logs.Json()) {
-                PrintJson(call, verb, place, bytes, earlier, size);
+                PrintJson(call, touch);
                 return;
             }
-            if (lastRuns != known.Runs() && !lines.empty()) {
-                const std::uint64_t times = known.Runs() - lastRuns;
+            if (lastStarts != known.Starts() && !lines.empty()) {
+                const std::uint64_t times = known.Starts() - lastStarts;
                 Keep(terminal.Styled(Style::Quiet,
                                      "        target ran" +
                                          (times == 1 ? std::string(" ")
@@ -277,33 +294,35 @@ private:
                                          "(#" + std::to_string(*known.LastRun()) + ")") +
                      "\n");
             }
-            lastRuns = known.Runs();
+            lastStarts = known.Starts();
 
             const std::string number = "#" + NumberText(call);
             const std::string time = "  " + TimeText(call.callTime);
             const std::string before =
                 std::string(6 - std::min<std::size_t>(6, number.size()), ' ') + number;
-            const std::string access =
-                (way == Way::Read ? "  read  " : "  wrote ") + (place.empty() ? "" : place + " ");
+            const std::string access = (touch.way == Way::Read ? "  read  " : "  wrote ") +
+                                       (touch.place.empty() ? "" : touch.place + " ");
             const std::string status = succeeded ? "" : StatusText(call);
-            const std::string count = "(" + std::to_string(size) + " bytes)";
+            const std::string count = "(" + std::to_string(touch.size) + " bytes)";
             const std::size_t used =
                 Columns(before + time + access) + (succeeded ? 0 : Columns(status) + 2);
-            const std::size_t shown = BytesToShow(bytes.size(), size, used, Columns(count));
+            const std::size_t shown = BytesToShow(touch.bytes.size(), touch.size, used, Columns(count));
 
             std::string line = before + terminal.Styled(Style::Quiet, time) + access;
-            line += BytesText(bytes.substr(0, shown), earlier, terminal);
-            if (size > shown)
-                line += (bytes.empty() ? "" : " ... ") + count;
+            line += BytesText(touch.bytes.substr(0, shown), touch.earlier, terminal);
+            if (touch.size > shown)
+                line += (touch.bytes.empty() ? "" : " ... ") + count;
             if (!succeeded)
                 line += "  " + terminal.Styled(Style::Failure, status);
             Keep(line + "\n");
 
             if (succeeded) {
-                succeededAt.emplace();
-                succeededAt->runs = known.Runs();
-                now = value + (value.empty() ? "" : ", ") + (way == Way::Read ? "read" : "written") +
-                      " by #" + NumberText(call);
+                seen.emplace();
+                seen->runs = known.Runs();
+                seen->whileRunning = known.IsRunning();
+                now = touch.place == titlePlace ? "" : touch.place + " ";
+                now += touch.value + (touch.value.empty() ? "" : ", ") +
+                       (touch.way == Way::Read ? "read by #" : "written by #") + NumberText(call);
             } else if (now.empty()) {
                 now = "no access to it succeeded";
             }
@@ -333,29 +352,30 @@ private:
             }
         }
 
-        void PrintJson(const Call& call, const std::string& verb, const std::string& place,
-                       std::string_view bytes, const std::vector<std::optional<char>>& earlier,
-                       std::uint64_t size)
+        void PrintJson(const Call& call, const Touch& touch)
         {
             Json changed = Json::array();
-            for (std::size_t i = 0; i < bytes.size(); ++i)
-                if (earlier[i] && *earlier[i] != bytes[i])
+            for (std::size_t i = 0; i < touch.bytes.size(); ++i)
+                if (touch.earlier[i] && *touch.earlier[i] != touch.bytes[i])
                     changed.push_back(i);
             const auto ran = known.LastRun();
-            terminal.Print(JsonLine({{"schema", jsonSchema},
-                                     {"log", path},
-                                     {"call", call.number},
-                                     {"occurrence", call.occurrence},
-                                     {"name", call.name},
-                                     {"call_time", ToJson(call.callTime)},
-                                     {"what", asked.isAddress ? place : title},
-                                     {"way", verb},
-                                     {"bytes", size},
-                                     {"value", bytes.empty() ? Json() : Json(HexDigits(bytes))},
-                                     {"changed", std::move(changed)},
-                                     {"succeeded", Succeeded(call)},
-                                     {"status", call.status.empty() ? Json() : Json(call.status)},
-                                     {"ran_last_in", ran ? Json(*ran) : Json()}}));
+            Json object = {{"schema", jsonSchema},
+                           {"log", path},
+                           {"call", call.number},
+                           {"occurrence", call.occurrence},
+                           {"name", call.name},
+                           {"call_time", ToJson(call.callTime)},
+                           {"what", asked.isAddress ? touch.place : title},
+                           {"way", touch.way == Way::Read ? "read" : "wrote"},
+                           {"bytes", touch.size},
+                           {"value", touch.bytes.empty() ? Json() : Json(HexDigits(touch.bytes))},
+                           {"changed", std::move(changed)},
+                           {"succeeded", Succeeded(call)},
+                           {"status", call.status.empty() ? Json() : Json(call.status)},
+                           {"ran_last_in", ran ? Json(*ran) : Json()}};
+            if (!asked.isAddress)
+                object["offset128"] = touch.offset128;
+            terminal.Print(JsonLine(object));
         }
 
         const History& command;
@@ -366,12 +386,14 @@ private:
         Knowledge known;
         std::set<std::string> names;  // of registers, for "did you mean"
         std::string title;
-        std::optional<Source> succeededAt;
-        std::string now;  // the last access that succeeded
+        std::string titleSpace;
+        std::string titlePlace;      // of which the title speaks
+        std::string now;             // the last access that succeeded
+        std::optional<Source> seen;  // by it
         std::string lastCall;
         std::deque<std::string> lines;
         std::size_t dropped = 0;
-        std::uint64_t lastRuns = 0;
+        std::uint64_t lastStarts = 0;
         bool found = false;
         bool leftOut = false;
     };

@@ -39,7 +39,7 @@ struct Source
     std::uint32_t occurrence = 1;
     Way way = Way::Read;
     bool succeeded = true;
-    std::uint64_t runs = 0;  ///< how often the target had been let run by then
+    std::uint64_t runs = 0;  ///< Knowledge::Runs() by then
     bool whileRunning = false;
     std::uint64_t order = 0;  ///< rises from one call to the next
 };
@@ -149,7 +149,10 @@ public:
     bool IsStale(const Source& source) const;
     /// The call that let the target run last.
     std::optional<std::uint64_t> LastRun() const { return lastRun; }
+    /// Rises whenever the target may have changed what was seen, also twice in one call.
     std::uint64_t Runs() const { return runs; }
+    /// How many calls let the target run, one after another.
+    std::uint64_t Starts() const { return starts; }
     /// As far as the log tells.
     bool IsRunning() const { return running; }
 
@@ -172,6 +175,7 @@ private:
     bool full = false;
 
     std::uint64_t runs = 0;
+    std::uint64_t starts = 0;
     std::uint64_t order = 0;
     bool running = false;
     std::optional<std::uint64_t> lastRun;

@@ -108,6 +108,14 @@ TEST(Knowledge, IsStaleOnceTheTargetHasRun)
     EXPECT_TRUE(told.IsStale(told.Registers()[1].source));
 }
 
+TEST(Knowledge, CountsTheCallsThatLetTheTargetRun)
+{
+    const std::string reset = CallOf(1, "CADIExecReset", "");
+    EXPECT_EQ(After(reset).Starts(), 1u);
+    EXPECT_EQ(After(reset + CallOf(2, "CADIExecReset", "")).Starts(), 2u);
+    EXPECT_EQ(After(CallOf(3, "W", Register("a0", 10, "00000001"))).Starts(), 0u);
+}
+
 TEST(Knowledge, IsStaleWhenTheTargetRanAsItWasSeen)
 {
     const Knowledge known = After(CallOf(1, "modeChange", "<m>CADI_EXECMODE_Run</m>") +

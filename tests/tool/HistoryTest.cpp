@@ -55,6 +55,61 @@ TEST_F(History, TellsThatTheFilterLeavesNoneOfItsCalls)
               "scrivel: no call reads or writes the register pcs; did you mean pc?\n");
 }
 
+std::string Wrote(int number, const std::string& arguments)
+{
+    return "    <W call_num=\"" + std::to_string(number) + "\" call_time=\"0.000001 s\">" + arguments +
+           "<return_time>0.000002 s</return_time><return>CADI_STATUS_OK</return></W>\n";
+}
+
+std::string Memory(const std::string& space, const std::string& address, const std::string& byte)
+{
+    return "<at><spaceId>" + space + "</spaceId><addr>" + address + "</addr></at><data><value>0x" + byte +
+           "</value><value>0x" + byte + "</value></data>";
+}
+
+std::string Register(const std::string& part, const std::string& value)
+{
+    return "<reg><v0><regNumber>7</regNumber><bytes>00000000 00000000 00000000 " + value +
+           " </bytes><offset128>" + part + "</offset128></v0></reg>";
+}
+
+TEST_F(History, SaysOfWhichPlaceTheLastValueIs)
+{
+    Write("spaces.xml", LogOf(Wrote(1, Memory("1", "0x10", "01")) + Wrote(2, Memory("2", "0x10", "09")) +
+                              Wrote(3, Memory("1", "0x12", "05"))));
+    EXPECT_THAT(Run({"history", "0x10", "spaces.xml"}).out,
+                testing::StartsWith("0x10: 2:0x10 0909, written by #2\n"));
+    EXPECT_THAT(Run({"history", "1:0x10", "spaces.xml"}).out,
+                testing::StartsWith("1:0x10: 0101, written by #1\n"));
+    EXPECT_THAT(Run({"history", "1:0x10+4", "spaces.xml"}).out,
+                testing::StartsWith("1:0x10+4: 1:0x12 0505, written by #3\n"));
+    Write("parts.xml", LogOf(Wrote(1, Register("0", "00000001")) + Wrote(2, Register("1", "00000002"))));
+    EXPECT_THAT(Run({"history", "v0", "parts.xml"}).out,
+                testing::StartsWith("v0 (register 7): [1] 0x2, written by #2\n"));
+    EXPECT_THAT(Run({"history", "v0", "--json", "parts.xml"}).out,
+                testing::MatchesRegex(".*\"offset128\":0}\n.*\"offset128\":1}\n"));
+}
+
+TEST_F(History, MarksAValueThatWasSeenAsTheTargetRan)
+{
+    Write("running.xml", LogOf("    <modeChange call_num=\"1\" call_time=\"0.000001 s\">"
+                               "<newMode>CADI_EXECMODE_Run</newMode>"
+                               "<return_time>0.000001 s</return_time></modeChange>\n" +
+                               Wrote(2, Register("0", "00000001"))));
+    EXPECT_THAT(Run({"history", "v0", "running.xml"}).out,
+                testing::StartsWith("v0 (register 7): 0x1, written by #2; target was running\n"));
+}
+
+TEST_F(History, CountsTheCallsThatLetTheTargetRun)
+{
+    Write("reset.xml",
+          LogOf(Wrote(1, Register("0", "00000001")) +
+                "    <CADIExecReset call_num=\"2\" call_time=\"0.000001 s\">"
+                "<return_time>0.000002 s</return_time><return>CADI_STATUS_OK</return></CADIExecReset>\n" +
+                Wrote(3, Register("0", "00000001"))));
+    EXPECT_THAT(Run({"history", "v0", "reset.xml"}).out, HasSubstr("\n        target ran (#2)\n"));
+}
+
 TEST_F(History, RefusesWhatIsNoAddress)
 {
     const Outcome outcome = Run({"history", "0x30z", "run-4243.xml"});
