@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <iterator>
 #include <sys/stat.h>
 #include <utility>
@@ -22,7 +23,6 @@ namespace
 {
 
 constexpr std::size_t mostRemembered = 64;  // calls that have returned
-constexpr std::size_t mostBefore = 3;       // of them that are shown
 constexpr std::size_t mostNumbers = 10;
 constexpr std::size_t mostOpenKept = 256;
 
@@ -69,6 +69,13 @@ void Overview::Entered(const Call& call)
     threads = std::max(threads, call.thread);
     Passed(call.callTime);
     known.Entered(call);
+    before.emplace(call.entry, LastBefore(call.entry));
+}
+
+void Overview::TakenBack(const Call& call)
+{
+    --entered;
+    before.erase(call.entry);
 }
 
 void Overview::Ended(Call& call, const Access& access)
@@ -78,6 +85,9 @@ void Overview::Ended(Call& call, const Access& access)
     Passed(call.returnTime);
     if (call.Returned())
         known.Ended(call, access);
+    const auto entry = before.find(call.entry);
+    const LastOnes itsBefore = entry == before.end() ? LastOnes() : std::move(entry->second);
+    before.erase(call.entry);
     if (!chosen.Matches(call))
         return;
     ++calls;
@@ -87,12 +97,13 @@ void Overview::Ended(Call& call, const Access& access)
             failures.push_back(NumberText(call));
     }
     if (!call.Returned()) {
-        KeepOpen(call);
+        KeepOpen(call, itsBefore);
         return;
     }
-    recent.push_back(std::move(call));
+    last = std::make_shared<const Call>(std::move(call));
+    recent.emplace(last->entry, last);
     if (recent.size() > mostRemembered)
-        recent.pop_front();
+        recent.erase(recent.begin());
 }
 
 void Overview::Damaged(const Damage& damage)
@@ -113,23 +124,40 @@ void Overview::Finish(const LogEnd& itsEnd, const LogInput& input)
 std::vector<const Call*> Overview::Innermost() const
 {
     std::vector<const Call*> found;
-    for (const auto& [thread, call] : innermost)
-        found.push_back(&call);
+    for (const auto& [thread, its] : innermost)
+        found.push_back(&its.call);
     std::sort(found.begin(), found.end(),
               [](const Call* a, const Call* b) { return a->entry > b->entry; });
     return found;
 }
 
+Overview::LastOnes Overview::LastBefore(std::uint64_t entry) const
+{
+    LastOnes found;
+    auto at = recent.lower_bound(entry);
+    for (Kept& one : found)
+        if (at != recent.begin())
+            one = (--at)->second;
+    return found;
+}
+
 std::vector<const Call*> Overview::Before(const Call& call) const
 {
-    std::vector<const Call*> found;
-    for (const Call& other : recent)
-        if (other.entry < call.entry)
-            found.push_back(&other);
-    std::sort(found.begin(), found.end(),
-              [](const Call* a, const Call* b) { return a->entry > b->entry; });
-    found.resize(std::min(found.size(), mostBefore));
-    return found;
+    // Those that had returned by then may be forgotten, others have returned since.
+    std::map<std::uint64_t, const Call*, std::greater<>> found;
+    const auto add = [&](const LastOnes& some) {
+        for (const Kept& one : some)
+            if (one != nullptr)
+                found.emplace(one->entry, one.get());
+    };
+    add(LastBefore(call.entry));
+    if (const auto its = innermost.find(call.thread); its != innermost.end())
+        add(its->second.before);
+    std::vector<const Call*> latest;
+    for (const auto& [entry, one] : found)
+        if (latest.size() < LastOnes().size())
+            latest.push_back(one);
+    return latest;
 }
 
 std::string Overview::OpenName(std::uint64_t number) const
@@ -154,14 +182,14 @@ void Overview::Passed(const std::optional<Time>& time)
         lastTime = time;
 }
 
-void Overview::KeepOpen(Call& call)
+void Overview::KeepOpen(Call& call, const LastOnes& itsBefore)
 {
     ++open;
     if (openNames.size() < mostOpenKept)
         openNames.emplace(call.number, call.name);
     const auto found = innermost.find(call.thread);
-    if (found == innermost.end() || found->second.entry < call.entry)
-        innermost.insert_or_assign(call.thread, std::move(call));
+    if (found == innermost.end() || found->second.call.entry < call.entry)
+        innermost.insert_or_assign(call.thread, Open{std::move(call), itsBefore});
 }
 
 // ---- Words --------------------------------------------------------------------------------------

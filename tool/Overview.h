@@ -3,11 +3,13 @@
 #ifndef SCRIVEL_TOOL_OVERVIEW_H
 #define SCRIVEL_TOOL_OVERVIEW_H
 
+#include <array>
 #include <cstdint>
-#include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "scrivel/CallFilter.h"
@@ -20,7 +22,8 @@ namespace ScrivelTool
 {
 
 /// One log, read to its end. It tells of the calls that the filter leaves; what is known of the target
-/// comes from all. It keeps the calls that are open, the last ones that returned, and no others.
+/// comes from all. It keeps the calls that are open, the last ones that returned, and those that had when
+/// an open one was entered, and no others.
 class Overview final : public ScrivelReader::LogHandler
 {
 public:
@@ -29,7 +32,7 @@ public:
 
     void Header(const ScrivelReader::LogHeader& itsHeader) override { header = itsHeader; }
     void Entered(const ScrivelReader::Call& call) override;
-    void TakenBack(const ScrivelReader::Call&) override { --entered; }
+    void TakenBack(const ScrivelReader::Call& call) override;
     void Ended(ScrivelReader::Call& call) override { Ended(call, known.AccessBy(call)); }
     void Damaged(const ScrivelReader::Damage& damage) override;
 
@@ -45,7 +48,8 @@ public:
     /// An open call as it is named in a line: #55 CADIExecContinue.
     std::string OpenName(std::uint64_t number) const;
     bool IsFiltered() const { return !chosen.MatchesAll(); }
-    const ScrivelReader::Call* LastCall() const { return recent.empty() ? nullptr : &recent.back(); }
+    /// That returned.
+    const ScrivelReader::Call* LastCall() const { return last.get(); }
     bool WasEnded() const;
     /// The file that the log goes on in.
     std::string ContinuedIn() const;
@@ -66,14 +70,27 @@ public:
     std::optional<std::int64_t> sinceLastTime;  ///< nanoseconds since the file changed
 
 private:
+    using Kept = std::shared_ptr<const ScrivelReader::Call>;
+    using LastOnes = std::array<Kept, 3>;  // the latest first, null when there are no more
+
     void Passed(const std::optional<ScrivelReader::Time>& time);
-    void KeepOpen(ScrivelReader::Call& call);
+    void KeepOpen(ScrivelReader::Call& call, const LastOnes& itsBefore);
+    /// Of the calls that have returned.
+    LastOnes LastBefore(std::uint64_t entry) const;
+
+    struct Open
+    {
+        ScrivelReader::Call call;
+        LastOnes before;
+    };
 
     const ScrivelReader::CallFilter& chosen;
-    std::uint64_t contentEnd = 0;                            // after the last element of a call
-    std::map<std::uint32_t, ScrivelReader::Call> innermost;  // of the open calls, by thread
+    std::uint64_t contentEnd = 0;             // after the last element of a call
+    std::map<std::uint32_t, Open> innermost;  // of the open calls, by thread
     std::map<std::uint64_t, std::string> openNames;
-    std::deque<ScrivelReader::Call> recent;
+    std::map<std::uint64_t, Kept> recent;                // by entry
+    std::unordered_map<std::uint64_t, LastOnes> before;  // by entry, as a call was entered
+    Kept last;
 };
 
 /// What became of a call that had not returned, as far as anyone can know.

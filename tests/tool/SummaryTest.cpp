@@ -110,6 +110,26 @@ TEST_F(Summary, NamesWhichOfTheCallsOfANumberTouchedThePlaceLast)
     EXPECT_THAT(Run({"twice.xml"}).out, HasSubstr("last touched by #1#2 (wrote)"));
 }
 
+TEST_F(Summary, TellsWhatCameBeforeACallThatManyWereMadeIn)
+{
+    const auto call = [](int number, const std::string& name, const std::string& rest) {
+        return "    <" + name + " call_num=\"" + std::to_string(number) +
+               "\" call_time=\"0.000001 s\" threadId=\"7\">" + rest + "</" + name + ">\n";
+    };
+    const std::string done = "<return_time>0.000002 s</return_time>";
+    std::string calls;
+    for (int number = 1; number <= 4; ++number)
+        calls += call(number, "Before", done);
+    calls += call(5, "Go", "");
+    for (int number = 6; number < 200; ++number)
+        calls += call(number, "Within", done);
+    Write("many.xml", LogOf(calls));
+    EXPECT_THAT(Run({"many.xml"}).out, HasSubstr("\nbefore it  #4 Before   #3 Before   #2 Before\n"));
+    EXPECT_THAT(
+        Run({"many.xml", "--json"}).out,
+        testing::ContainsRegex(R"("before":\[\{.*"call":4,.*"call":3,.*"call":2,.*\],"registers")"));
+}
+
 TEST_F(Summary, NamesWhichOfTheCallsOfANumberToLookAtNext)
 {
     Write("twice.xml", LogOf("    <A call_num=\"1\" call_time=\"0.1 s\">\n"
