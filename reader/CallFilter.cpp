@@ -283,7 +283,9 @@ private:
         if (field == "name")
             return [=](const Call& call) { return CompareTexts(call.name, comparison, value); };
         if (field == "status")
-            return [=](const Call& call) { return CompareTexts(call.status, comparison, value); };
+            return [=](const Call& call) {
+                return !call.status.empty() && CompareTexts(call.status, comparison, value);
+            };
         if (field == "address")
             return [=](const Call& call) {
                 return !call.disassemblerAddress.empty() &&

@@ -63,7 +63,8 @@ void FilterArguments::AddTo(Options& options, const char* toName)
     options.Option(toName, "SECONDS", text.to, "calls entered until then");
     options.Option("--slower", "1ms", text.slower, "calls that took longer");
     options.Option("--inside", "N", text.inside, "calls made within call N");
-    options.Option("--grep", "TEXT", text.grep, "calls with this text in name, status or a value");
+    options.Option("--grep", "TEXT", text.grep,
+                   "calls with this text in name, status, an element's name or its text");
     options.Option("-w,--where", "EXPRESSION", text.where,
                    "'name ~ Mem and took > 1ms and arg.bytes = 4'");
 }

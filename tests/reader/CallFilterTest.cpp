@@ -143,7 +143,9 @@ TEST(CallFilter, ComparesFields)
     EXPECT_EQ(Where("name ~ Mem"), "3 5");
     EXPECT_EQ(Where("name !~ Mem and not open"), "2 1 4");
     EXPECT_EQ(Where("name = MemRead"), "3");
-    EXPECT_EQ(Where("status != CADI_STATUS_OK and returned"), "2 4");
+    EXPECT_EQ(Where("status != CADI_STATUS_OK"), "4");
+    EXPECT_EQ(Where("status !~ OK"), "4");
+    EXPECT_EQ(Where("not status = CADI_STATUS_OK and returned"), "2 4");
     EXPECT_EQ(Where("number>=4"), "4 5");
     EXPECT_EQ(Where("thread = T2 or thread = 80"), "4");
     EXPECT_EQ(Where("took > 1ms"), "2 1");

@@ -232,9 +232,9 @@ class Expression {
     switch (field) {
       case 'name':
       case 'status': {
-        // There are few names and statuses: each is compared once.
+        // There are few names and statuses: each is compared once. A call may have no status.
         const holds = textTest(comparison, value);
-        const found = (field === 'name' ? model.names : model.statuses).map(holds);
+        const found = (field === 'name' ? model.names : model.statuses).map((text) => text !== '' && holds(text));
         const column = field === 'name' ? model.name : model.status;
         return (row) => found[column[row]];
       }
