@@ -291,7 +291,7 @@ void AddElements(std::string& text, const Tree& tree, bool results)
     for (Tree::Element element : tree.Top()) {
         const std::string_view value = element.Text();
         if (results &&
-            (StartsWith(value, "CADI_STATUS_") || StartsWith(value, "Invalid return type: "))) {
+            (StartsWith(value, "CADI_STATUS_") || StartsWith(value, "Invalid return type: 0x"))) {
             continue;
         }
         if (element.Name() == "regCount" && value == "1") {

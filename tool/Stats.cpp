@@ -408,7 +408,9 @@ private:
                            std::to_string(failed) + " failed, " + std::to_string(open) +
                            " not returned; ";
         const Group& longest = Longest(groups);
-        text += gaps ? "most time before " : "most time in ";
+        text += by == "parent"         ? "most time within "
+                : gaps && by == "name" ? "most time before "
+                                       : "most time in ";
         text += Printable(longest.name) + ", " + ShortDuration(longest.durations.Total());
         return Clipped(text, terminal.Width()) + "\n";
     }

@@ -66,6 +66,23 @@ TEST(CallLines, AreNoWiderThanTheTerminalWhateverNamesAreLike)
     EXPECT_EQ(line.size(), terminal.Width() + 1);
 }
 
+TEST(CallLines, LeaveOutOfTheResultsWhatTheLineEndsWith)
+{
+    EXPECT_EQ(ElementsText(Record("r", {{"return", "CADI_STATUS_OK"}}), true),
+              "r={return=CADI_STATUS_OK}");
+    const auto result = [](const std::string& text) {
+        const Tree::Limits limits;
+        Tree tree;
+        tree.Begin("return", limits);
+        tree.AddText(text, limits);
+        tree.End(limits);
+        return ElementsText(tree, true);
+    };
+    EXPECT_EQ(result("CADI_STATUS_OK"), "");
+    EXPECT_EQ(result("Invalid return type: 0x63"), "");
+    EXPECT_EQ(result("Invalid return type: 99"), "return=Invalid return type: 99");
+}
+
 TEST(CallLines, LetNoControlCharacterReachTheTerminal)
 {
     EXPECT_EQ(Printable("a\x1b[31m\nb\x7f"), "a?[31m?b?");

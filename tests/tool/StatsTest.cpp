@@ -72,6 +72,20 @@ TEST_F(Stats, NameNextACommandThatFindsCalls)
     EXPECT_EQ(next({"-n", "A", "run.xml", "quick.xml"}), "next: scrivel calls -n A quick.xml\n");
 }
 
+TEST_F(Stats, SayWhatTheirRowsAre)
+{
+    const auto answer = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {"stats", "run.xml"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const std::string out = Run(arguments).out;
+        return out.substr(0, out.find('\n'));
+    };
+    EXPECT_THAT(answer({"--by", "parent"}), HasSubstr("; most time within (none), "));
+    EXPECT_THAT(answer({"--by", "parent", "--gaps"}), HasSubstr("; most time within "));
+    EXPECT_THAT(answer({"--by", "thread", "--gaps"}), HasSubstr("; most time in T"));
+    EXPECT_THAT(answer({"--gaps"}), HasSubstr("; most time before "));
+}
+
 TEST_F(Stats, AreAddedUpOverLogs)
 {
     EXPECT_THAT(Run({"stats", "run.xml", "run.xml"}).out,
