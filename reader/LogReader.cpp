@@ -32,6 +32,8 @@ constexpr std::size_t longestStatus = 256;
 constexpr std::size_t mostOthers = 256;  // lines without a number in front of a call
 constexpr std::size_t mostThreads = 64 * 1024;
 constexpr std::size_t mostAncestors = 64;  // of one call; where no call returns they would be all
+constexpr std::size_t mostAttempts = 64;   // to read on from a call, when all end at the same damage
+constexpr std::size_t longestIndent = 64;
 
 std::optional<std::uint64_t> ParseNumber(std::string_view text)
 {
@@ -348,6 +350,16 @@ private:
         broken = false;
         resumed = true;
         depth = 0;
+        PassOverHopeless(offset);
+    }
+
+    /// Where calls begin within each other and none ends, each of them leads to the same damage.
+    void PassOverHopeless(std::uint64_t offset)
+    {
+        attempts = offset == attemptsEndAt ? attempts + 1 : 1;
+        attemptsEndAt = offset;
+        if (attempts > mostAttempts && offset > heldFrom)
+            Forget(std::min(std::size_t(offset - heldFrom), held.size()));
     }
 
     void BeginDamage(std::string_view what)
@@ -651,13 +663,30 @@ private:
     {
         if (!IsCall(attributes, count))
             return false;
-        constexpr std::string_view indent = "\n    ";
         const XmlParser::Place tag = parser->TagBegin();
         for (std::size_t i = 0; i < indent.size(); ++i)
             if (ByteAt(base + tag.offset - indent.size() + i) != indent[i])
                 return false;
         Break(tag);
         return true;
+    }
+
+    /// Takes what is in front of a call's tag for the indent of all calls, if it stands in a line of its
+    /// own.
+    void LearnIndent(std::uint64_t tag)
+    {
+        std::string its;
+        while (its.size() < longestIndent) {
+            const char c = ByteAt(tag - its.size() - 1);
+            if (c != ' ' && c != '\t' && c != '\n')
+                return;
+            its.insert(its.begin(), c);
+            if (c == '\n')
+                break;
+        }
+        knowsIndent = its.size() > 1;
+        if (knowsIndent)
+            indent = its;
     }
 
     static bool IsCall(const XmlAttribute* attributes, std::size_t count)
@@ -721,6 +750,8 @@ private:
                 contents->Begin(name, options.limits);
             return;
         }
+        if (!knowsIndent)
+            LearnIndent(childBegin.offset);
         end.isLog = true;
         child = Child::Call;
         call = callTime == nullptr ? FindOpen(*number, name) : nullptr;
@@ -928,6 +959,12 @@ private:
     bool broken = false;  // a call begins within another one
     std::uint64_t brokenAt = 0;
     std::uint64_t brokenLine = 0;
+
+    std::string indent = "\n    ";  // of calls, with the line end before it
+    bool knowsIndent = false;
+
+    std::size_t attempts = 0;  // to read on from a call, that all ended at the same place
+    std::uint64_t attemptsEndAt = 0;
 
     bool damaged = false;
     bool hasDamage = false;

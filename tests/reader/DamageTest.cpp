@@ -1,6 +1,7 @@
 // What is kept of a damaged log, and what is said of it.
 
 #include <algorithm>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -91,6 +92,39 @@ TEST(Damage, OfAnEndTagLosesOneElementOnly)
     ASSERT_EQ(reading.damages.size(), 1u);
     EXPECT_EQ(reading.damages.front().what, "a call begins within another call's element");
     EXPECT_FALSE(reading.end.whole);
+}
+
+TEST(Damage, OfAnEndTagLosesOneElementOnlyHoweverTheLogIsIndented)
+{
+    for (const std::string indent : {"  ", "   ", "\t", "\t\t"}) {
+        std::string log = std::regex_replace(LogOf(Elements(5)), std::regex("\n    "), "\n" + indent);
+        log.erase(log.find("</CADIReset>", log.find("<level>3")), 13);
+        for (const std::size_t piece : {std::size_t(1), std::size_t(7), log.size()}) {
+            const Reading reading = ReadBytes(log, {}, piece);
+            EXPECT_EQ(Numbers(reading), "1 2 4 5") << '"' << indent << "\" in pieces of " << piece;
+            EXPECT_EQ(reading.damages.at(0).what, "a call begins within another call's element");
+        }
+    }
+}
+
+TEST(Damage, OfCallsWithinEachOtherIsNotReadFromEachOfThem)
+{
+    class Entries : public LogHandler
+    {
+    public:
+        void Entered(const Call&) override { ++count; }
+        std::size_t count = 0;
+    };
+    std::string calls = "    <A call_num=\"1\" call_time=\"0.000001 s\">\n";
+    for (int i = 0; i < 1000; ++i)
+        calls += "<B call_num=\"2\">\n";
+    Entries entries;
+    LogReader reader(entries);
+    reader.Feed(LogOf(calls + "<<\n" + Elements(3)));
+    EXPECT_FALSE(reader.Finish().whole);
+    EXPECT_LT(entries.count, 100u);
+    EXPECT_EQ(Numbers(ReadBytes(LogOf(calls + "<<\n" + Elements(3)))), "1 2 3");
+    EXPECT_EQ(Numbers(ReadBytes(LogOf(calls + "<![CDATA[\n" + Elements(3)))), "");
 }
 
 TEST(Damage, IsNotWhatAStrictParserAccepts)
