@@ -14,12 +14,6 @@ namespace
 
 constexpr std::string_view modeRun = "Run";
 
-std::uint64_t LastOf(std::uint64_t address, std::uint64_t size)
-{
-    const std::uint64_t last = address + (size - 1);
-    return last < address ? ~std::uint64_t(0) : last;
-}
-
 }  // namespace
 
 // ---- Places in memory -----------------------------------------------------------------------------
@@ -66,7 +60,7 @@ void MemoryPlaces::Put(const std::string& space, std::uint64_t address, std::uin
 {
     if (size == 0)
         return;
-    const std::uint64_t last = LastOf(address, size);
+    const std::uint64_t last = LastAddress(address, size);
     Clear(space, address, last);
     Add(space, address, {last, std::string(known.substr(0, std::size_t(last - address) + 1)), source});
 }
@@ -77,7 +71,7 @@ std::vector<KnownMemory> MemoryPlaces::Within(const std::string& space, std::uin
     std::vector<KnownMemory> found;
     if (size == 0)
         return found;
-    const std::uint64_t last = LastOf(address, size);
+    const std::uint64_t last = LastAddress(address, size);
     auto at = places.upper_bound({space, address});
     if (at != places.begin()) {
         const auto before = std::prev(at);

@@ -2,8 +2,6 @@
 
 #include "CopyArguments.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 #include "FileBytes.h"
@@ -17,19 +15,6 @@ using namespace ScrivelReader;
 
 namespace
 {
-
-bool IsSameFile(const std::string& log, const std::string& output)
-{
-    struct stat one
-    {
-    };
-    struct stat other
-    {
-    };
-    const bool isThere = log == "-" ? fstat(STDIN_FILENO, &one) == 0 : stat(log.c_str(), &one) == 0;
-    return isThere && stat(output.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
-           one.st_ino == other.st_ino;
-}
 
 /// Whether a strict parser accepts what was written.
 bool IsWhole(const OutputFile& file, const std::string& path, Terminal& terminal)

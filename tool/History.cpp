@@ -233,12 +233,10 @@ private:
             const bool isSpace = asked.space.empty() || asked.space == access.space ||
                                  asked.space == access.spaceName ||
                                  asked.space == known.SpaceName(access.space);
-            if (!isSpace || access.size == 0 || asked.address - access.address >= access.size) {
-                const bool beginsWithin = access.address - asked.address < asked.size;
-                if (!isSpace || access.size == 0 || !beginsWithin)
-                    return;
-            }
-            if (!Chooses(call))
+            const bool meet = access.size != 0 &&
+                              access.address <= LastAddress(asked.address, asked.size) &&
+                              asked.address <= LastAddress(access.address, access.size);
+            if (!isSpace || !meet || !Chooses(call))
                 return;
             const std::uint64_t from = std::max(asked.address, access.address);
             const auto skipped = std::size_t(from - access.address);

@@ -65,6 +65,19 @@ int OpenUnnamed(const std::string& path)
 
 }  // namespace
 
+bool IsSameFile(const std::string& log, const std::string& output)
+{
+    struct stat one
+    {
+    };
+    struct stat other
+    {
+    };
+    const bool isThere = log == "-" ? fstat(STDIN_FILENO, &one) == 0 : stat(log.c_str(), &one) == 0;
+    return isThere && stat(output.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
+
 std::unique_ptr<OutputFile> OutputFile::Make(const std::string& path, Existing existing,
                                              std::string& error)
 {

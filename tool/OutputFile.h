@@ -17,6 +17,9 @@ enum class Existing
     Replace
 };
 
+/// Whether what is to be written is the very log that is read, - being standard input.
+bool IsSameFile(const std::string& log, const std::string& output);
+
 /// Until it is finished, the file has no name, so nothing is left of it when the process is killed. Where
 /// the file system has no such files, it has a hidden name beside its own. What is there already and is
 /// no file, as a pipe or /dev/null, is written to as it is.

@@ -52,6 +52,13 @@ struct MemoryAccess
     std::string bytes;       ///< them, as far as the reader's limits kept them; empty when none came
 };
 
+/// The last address of so many bytes, one at least; none lies beyond the end of the address space.
+inline std::uint64_t LastAddress(std::uint64_t address, std::uint64_t size)
+{
+    const std::uint64_t last = address + (size - 1);
+    return last < address ? ~std::uint64_t(0) : last;
+}
+
 struct MemoryBlock
 {
     std::string name;

@@ -90,6 +90,18 @@ TEST_F(History, SaysOfWhichPlaceTheLastValueIs)
                 testing::MatchesRegex(".*\"offset128\":0}\n.*\"offset128\":1}\n"));
 }
 
+TEST_F(History, FindsAccessesAtTheEndOfTheAddresses)
+{
+    Write("end.xml",
+          LogOf(Wrote(1, Memory("1", "0x0", "01")) + Wrote(2, Memory("1", "0xffffffffffffffff", "09"))));
+    EXPECT_THAT(
+        Run({"history", "1:0xfffffffffffffff0+32", "end.xml"}).out,
+        testing::MatchesRegex("1:0xfffffffffffffff0.32: 1:0xffffffffffffffff 0909, written by #2\n"
+                              "    #2 .*\nnext: .*\n"));
+    EXPECT_THAT(Run({"history", "1:0x1+4", "end.xml"}).out,
+                testing::MatchesRegex("1:0x1.4: 01, written by #1\n    #1 .*\nnext: .*\n"));
+}
+
 TEST_F(History, MarksAValueThatWasSeenAsTheTargetRan)
 {
     Write("running.xml", LogOf("    <modeChange call_num=\"1\" call_time=\"0.000001 s\">"
