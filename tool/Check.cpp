@@ -337,7 +337,8 @@ public:
         bool trouble = false;
         bool passed = true;
         std::vector<JUnitSuite> suites;
-        for (const std::string& path : logs.Logs(terminal, trouble)) {
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        for (const std::string& path : paths) {
             OneLog log(bounds, chosen, path, logs.Json(), terminal);
             const auto end = ReadFile(path, log, options, terminal);
             suites.push_back({path, {}});
@@ -348,17 +349,22 @@ public:
                 trouble = true;
             }
         }
-        if (!junit.empty() && !WriteJUnit(suites, terminal)) {
+        if (!junit.empty() && !WriteJUnit(suites, paths, terminal)) {
             trouble = true;
         }
         return trouble ? Exit::Trouble : passed ? Exit::Found : Exit::Nothing;
     }
 
 private:
-    bool WriteJUnit(const std::vector<JUnitSuite>& suites, Terminal& terminal) const
+    bool WriteJUnit(const std::vector<JUnitSuite>& suites, const std::vector<std::string>& read,
+                    Terminal& terminal) const
     {
+        if (!MayBecomeJUnit(junit)) {
+            terminal.Error(junit, {}, "there is such a file already, and it is no JUnit report");
+            return false;
+        }
         std::string error;
-        const auto file = OutputFile::Make(junit, Existing::Replace, error);
+        const auto file = OutputFile::Make(junit, Existing::Replace, read, error);
         if (file == nullptr || !file->Write(JUnitText(suites)) || !file->Finish()) {
             terminal.Error(junit, {}, file == nullptr ? error : file->Error());
             return false;

@@ -52,10 +52,6 @@ std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& term
         terminal.Error("one log at a time");
         return {};
     }
-    if (IsSameFile(Log(), output)) {
-        terminal.Error(output, {}, "a log is never written in place; name another file");
-        return {};
-    }
     std::string error;
     const std::unique_ptr<LogInput> input = OpenLogAnywhere(Log(), error);
     if (input == nullptr) {
@@ -63,7 +59,7 @@ std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& term
         return {};
     }
     const std::unique_ptr<OutputFile> file =
-        OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, error);
+        OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, {Log()}, error);
     if (file == nullptr) {
         terminal.Error(output, {}, error);
         return {};

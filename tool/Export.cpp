@@ -248,7 +248,7 @@ public:
         std::unique_ptr<OutputFile> file;
         if (!output.empty()) {
             std::string error;
-            file = OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, error);
+            file = OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, paths, error);
             if (file == nullptr) {
                 terminal.Error(output, {}, error);
                 return Exit::Trouble;

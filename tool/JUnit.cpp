@@ -3,6 +3,9 @@
 #include "JUnit.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
 #include "Json.h"
 
@@ -47,6 +50,16 @@ std::string CountOf(const JUnitSuite& suite, Is is)
 }
 
 }  // namespace
+
+bool MayBecomeJUnit(const std::string& path)
+{
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored))
+        return true;
+    std::string begin(1024, '\0');
+    begin.resize(std::size_t(std::ifstream(path, std::ios::binary).read(begin.data(), 1024).gcount()));
+    return begin.empty() || begin.find("<testsuite") != std::string::npos;
+}
 
 std::string JUnitText(const std::vector<JUnitSuite>& suites)
 {

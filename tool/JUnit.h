@@ -23,6 +23,9 @@ struct JUnitSuite
     std::vector<JUnitCase> cases;
 };
 
+/// Whether nothing is lost when the document takes the place of what the path names: a report of this
+/// kind, nothing, or no file.
+bool MayBecomeJUnit(const std::string& path);
 /// The document.
 std::string JUnitText(const std::vector<JUnitSuite>& suites);
 

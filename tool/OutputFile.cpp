@@ -3,6 +3,7 @@
 
 #include "OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -63,8 +64,6 @@ int OpenUnnamed(const std::string& path)
     return descriptor;
 }
 
-}  // namespace
-
 bool IsSameFile(const std::string& log, const std::string& output)
 {
     struct stat one
@@ -78,12 +77,19 @@ bool IsSameFile(const std::string& log, const std::string& output)
            one.st_ino == other.st_ino;
 }
 
+}  // namespace
+
 std::unique_ptr<OutputFile> OutputFile::Make(const std::string& path, Existing existing,
-                                             std::string& error)
+                                             const std::vector<std::string>& logs, std::string& error)
 {
     // Elsewhere a hyphen is a stream; the messages of those who write a file have standard output.
     if (path == "-") {
         error = "what is written is a file; ./- if it shall bear that name";
+        return nullptr;
+    }
+    if (std::any_of(logs.begin(), logs.end(),
+                    [&](const std::string& log) { return IsSameFile(log, path); })) {
+        error = "a log is never written in place; name another file";
         return nullptr;
     }
     struct stat status

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ScrivelTool
 {
@@ -17,18 +18,16 @@ enum class Existing
     Replace
 };
 
-/// Whether what is to be written is the very log that is read, - being standard input.
-bool IsSameFile(const std::string& log, const std::string& output);
-
 /// Until it is finished, the file has no name, so nothing is left of it when the process is killed. Where
 /// the file system has no such files, it has a hidden name beside its own. What is there already and is
 /// no file, as a pipe or /dev/null, is written to as it is.
 class OutputFile
 {
 public:
-    /// Null when there is such a file and it is to be kept, or when none can be made; error says why.
+    /// Null when there is such a file and it is to be kept, when it is one of the logs that are read (-
+    /// is standard input), or when none can be made; error says why.
     static std::unique_ptr<OutputFile> Make(const std::string& path, Existing existing,
-                                            std::string& error);
+                                            const std::vector<std::string>& logs, std::string& error);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;

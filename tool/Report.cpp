@@ -259,7 +259,7 @@ private:
     {
         std::string error;
         const std::string path = folder + "/" + name;
-        const auto file = OutputFile::Make(path, force ? Existing::Replace : Existing::Keep, error);
+        const auto file = OutputFile::Make(path, force ? Existing::Replace : Existing::Keep, {}, error);
         if (file == nullptr || !write(*file) || !file->Finish()) {
             terminal.Error(path, {}, file == nullptr ? error : file->Error());
             return false;

@@ -39,7 +39,8 @@ public:
         bool trouble = false;
         const std::vector<std::string> paths = logs.Logs(terminal, trouble);
         std::string error;
-        const auto file = OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, error);
+        const auto file =
+            OutputFile::Make(output, force ? Existing::Replace : Existing::Keep, paths, error);
         if (file == nullptr) {
             terminal.Error(output, {}, error);
             return Exit::Trouble;

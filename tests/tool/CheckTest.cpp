@@ -155,6 +155,23 @@ TEST_F(Check, WritesJUnit)
                                         "it can't be read"}));
 }
 
+TEST_F(Check, WritesJUnitOverNoLog)
+{
+    const std::string log = Read("run.xml");
+    EXPECT_EQ(Run({"check", "--junit", "run.xml", "run.xml"}).status, 2);
+    EXPECT_EQ(Read("run.xml"), log);
+    Write("other.xml", log);
+    const Outcome outcome = Run({"check", "--junit", "other.xml", "run.xml"});
+    EXPECT_EQ(outcome.error,
+              "scrivel: other.xml: there is such a file already, and it is no JUnit report\n");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(Read("other.xml"), log);
+    Write("empty.xml", "");
+    EXPECT_EQ(Run({"check", "--junit", "empty.xml", "run.xml"}).status, 0);
+    EXPECT_EQ(Run({"check", "--junit", "empty.xml", "run.xml"}).status, 0);
+    EXPECT_EQ(XPath(Read("empty.xml"), "//testsuite/@name"), std::vector<std::string>{"run.xml"});
+}
+
 TEST_F(Check, IsJsonOneObjectALine)
 {
     const std::string cut = LogOf(returned).substr(0, 400);

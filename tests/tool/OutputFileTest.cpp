@@ -38,7 +38,7 @@ protected:
     std::unique_ptr<OutputFile> Make(Existing existing = Existing::Keep) const
     {
         std::string error;
-        auto file = OutputFile::Make(Path(), existing, error);
+        auto file = OutputFile::Make(Path(), existing, {}, error);
         EXPECT_EQ(error, "");
         return file;
     }
@@ -101,10 +101,19 @@ TEST_F(OutputFiles, KeepAFileThatCameMeanwhile)
     EXPECT_THAT(Names(), ElementsAre("small.xml"));
 }
 
+TEST_F(OutputFiles, AreNoneOfTheLogs)
+{
+    std::ofstream(Path()) << "log";
+    std::string error;
+    const std::string alias = Folder() + "/./small.xml";
+    EXPECT_EQ(OutputFile::Make(Path(), Existing::Replace, {"other.xml", alias}, error), nullptr);
+    EXPECT_EQ(error, "a log is never written in place; name another file");
+}
+
 TEST_F(OutputFiles, AreNoStreams)
 {
     std::string error;
-    EXPECT_EQ(OutputFile::Make("-", Existing::Replace, error), nullptr);
+    EXPECT_EQ(OutputFile::Make("-", Existing::Replace, {}, error), nullptr);
     EXPECT_EQ(error, "what is written is a file; ./- if it shall bear that name");
 }
 

@@ -108,7 +108,7 @@ TEST_F(View, NamesNoHostAndNoFolderWhenAnonymous)
 {
     std::string error;
     const std::string path = Folder() + "/page.html";
-    const auto file = OutputFile::Make(path, Existing::Replace, error);
+    const auto file = OutputFile::Make(path, Existing::Replace, {}, error);
     ASSERT_NE(file, nullptr) << error;
     Terminal terminal;
     PageOptions options;
