@@ -1,10 +1,11 @@
-// The start of a log from its header and its file. Tested by tests/tool/ExportTest.cpp and, for the page,
-// by tests/page.
+// The start of a log from its header and its file. Tested by tests/tool/LogStartTest.cpp, ExportTest.cpp
+// and, for the page, by tests/page.
 
 #include "LogStart.h"
 
 #include <algorithm>
 #include <ctime>
+#include <limits>
 #include <sys/stat.h>
 
 namespace ScrivelTool
@@ -25,7 +26,12 @@ std::optional<LogStart> StartOf(const std::string& headerTime,
     if (strptime(headerTime.c_str(), "%Y-%m-%d %H:%M:%S", &local) == nullptr)
         return {};
     local.tm_isdst = -1;
-    LogStart start{std::int64_t(std::mktime(&local)) * second, false};
+    // Nanoseconds reach to the year 2262.
+    constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max() / second - 1;
+    const std::int64_t seconds = std::mktime(&local);
+    if (seconds < 0 || seconds > latest)
+        return {};
+    LogStart start{seconds * second, false};
     struct stat file
     {
     };

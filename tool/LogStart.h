@@ -21,7 +21,8 @@ struct LogStart
 
 /// Of a log whose header has this time, whose last time is that, and which stands there. The last change
 /// of the file minus the last time in it is the start to a millisecond, unless the file is a copy: then
-/// it isn't within the header's second. Nothing when the header has no time.
+/// it isn't within the header's second. Nothing when the header has no time that nanoseconds since 1970
+/// can tell.
 std::optional<LogStart> StartOf(const std::string& headerTime,
                                 const std::optional<ScrivelReader::Time>& lastTime,
                                 const std::string& path);
