@@ -727,10 +727,11 @@ private:
         std::optional<std::uint64_t> threadId;
         const std::string_view* callTime = nullptr;
         std::string_view address;
+        const std::string_view* numberText = nullptr;
         for (std::size_t i = 0; i < count; ++i) {
             const auto& [key, value] = attributes[i];
             if (key == Words::callNumber)
-                number = ParseNumber(value);
+                numberText = &value;
             else if (key == Words::callTime)
                 callTime = &value;
             else if (key == Words::threadId)
@@ -738,8 +739,15 @@ private:
             else if (key == Words::disassemblerAddress)
                 address = value;
         }
+        if (numberText != nullptr)
+            number = ParseNumber(*numberText);
         if (!number) {
             child = Child::Other;
+            misnumbered = numberText != nullptr;
+            if (misnumbered) {
+                otherName = name;
+                otherNumber = *numberText;
+            }
             call = nullptr;
             if (++othersBefore > mostOthers) {
                 othersBefore = 0;
@@ -874,7 +882,10 @@ private:
                 Recycle(std::size_t(open.rend() - at) - 1);
             }
         } else {
-            handler.Other({childBegin.offset, restart, childBegin.line});
+            const Part place{childBegin.offset, restart, childBegin.line};
+            if (misnumbered)
+                handler.Misnumbered(otherName, otherNumber, place);
+            handler.Other(place);
         }
         call = nullptr;
         contents = nullptr;
@@ -982,6 +993,9 @@ private:
     Tree::Mark resultsMark{};
     Tree before;
     std::size_t othersBefore = 0;
+    bool misnumbered = false;  // the child, which is no call for that
+    std::string otherName;
+    std::string otherNumber;
 
     std::string direct;
     bool directIsLeaf = false;

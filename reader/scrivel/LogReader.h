@@ -50,6 +50,9 @@ public:
     virtual void Comment(std::string_view /*text*/, const Part&) {}
     /// A whole element without a number, between calls.
     virtual void Other(const Part&) {}
+    /// Before Other, of an element that bears something else than a number where a call has its own:
+    /// <CADIReset call_num="1x">. No call comes of it.
+    virtual void Misnumbered(std::string_view /*name*/, std::string_view /*number*/, const Part&) {}
     virtual void Damaged(const Damage&) {}
 };
 

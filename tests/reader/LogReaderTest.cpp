@@ -135,6 +135,30 @@ TEST(LogReader, TellsANumberThatBeginsAgainAndABeginningThatIsLost)
     EXPECT_TRUE(reading.calls[2].beginningLost);
 }
 
+TEST(LogReader, TellsOfWhatBearsNoNumberInItsPlace)
+{
+    class Told : public LogHandler
+    {
+    public:
+        void Misnumbered(std::string_view name, std::string_view number, const Part& place) override
+        {
+            text +=
+                std::string(name) + " " + std::string(number) + " " + std::to_string(place.line) + "\n";
+        }
+        void Other(const Part& place) override { text += std::to_string(place.line) + "\n"; }
+        std::string text;
+    };
+    std::string log = LogOf("");
+    log.insert(log.find("</"), "    <A call_num=\"1x\" call_time=\"0.1 s\">\n    </A>\n    <B/>\n"
+                               "    <C call_num=\"18446744073709551616\"/>\n    <D call_num=\"\"/>\n"
+                               "    <E call_num=\"18446744073709551615\"/>\n");
+    Told told;
+    LogReader reader(told);
+    reader.Feed(log);
+    EXPECT_TRUE(reader.Finish().whole);
+    EXPECT_EQ(told.text, "A 1x 7\n7\n9\nC 18446744073709551616 10\n10\nD  11\n11\n");
+}
+
 TEST(LogReader, KeepsWhatStandsBeforeACall)
 {
     const Reading reading =
