@@ -82,10 +82,7 @@ struct ChromeTrace::Head
     std::uint32_t thread;
 };
 
-ChromeTrace::ChromeTrace(std::function<void(std::string_view)> itsWrite) : write(std::move(itsWrite))
-{
-    write("{\"displayTimeUnit\":\"ns\",\"traceEvents\":[\n");
-}
+ChromeTrace::ChromeTrace(std::function<void(std::string_view)> itsWrite) : write(std::move(itsWrite)) {}
 
 void ChromeTrace::Finish()
 {
@@ -94,7 +91,7 @@ void ChromeTrace::Finish()
 
 void ChromeTrace::Write(const std::string& event)
 {
-    write(isFirst ? "" : ",\n");
+    write(isFirst ? "{\"displayTimeUnit\":\"ns\",\"traceEvents\":[\n" : ",\n");
     isFirst = false;
     write(event);
 }

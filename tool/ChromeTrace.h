@@ -22,6 +22,7 @@ namespace ScrivelTool
 class ChromeTrace
 {
 public:
+    /// Nothing is written before the first log begins.
     explicit ChromeTrace(std::function<void(std::string_view)> itsWrite);
 
     /// A log that began so many nanoseconds after the first one.
@@ -30,6 +31,7 @@ public:
     std::string Keep(const ScrivelReader::Call& call) const;
     /// Writes the event of a call that was kept. Calls come in order of entry.
     void Take(const std::string& kept);
+    /// After one log at least.
     void Finish();
 
 private:

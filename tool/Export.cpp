@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "CallLine.h"
@@ -32,7 +33,7 @@ using namespace ScrivelReader;
 namespace
 {
 
-/// How one format writes logs.
+/// How one format writes logs. Nothing is written before the first of them begins.
 class Format
 {
 public:
@@ -45,6 +46,7 @@ public:
     /// What is kept of a call until its turn has come.
     virtual std::string Keep(const Call& call) = 0;
     virtual void Take(const std::string& kept) = 0;
+    /// After one log at least.
     virtual void Finish() {}
 };
 
@@ -67,13 +69,15 @@ private:
 class CsvLines final : public Format
 {
 public:
-    explicit CsvLines(Writing itsWrite) : write(std::move(itsWrite))
-    {
-        write(CsvLine({"log", "call", "occurrence", "name", "thread", "call_time", "return_time",
-                       "status", "parent", "parts", "offset", "arguments", "results"}));
-    }
+    explicit CsvLines(Writing itsWrite) : write(std::move(itsWrite)) {}
 
-    void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override { path = itsPath; }
+    void BeginLog(const std::string& itsPath, const LogHeader&, std::int64_t) override
+    {
+        path = itsPath;
+        if (std::exchange(isFirst, false))
+            write(CsvLine({"log", "call", "occurrence", "name", "thread", "call_time", "return_time",
+                           "status", "parent", "parts", "offset", "arguments", "results"}));
+    }
     std::string Keep(const Call& call) override
     {
         const Json object = HeadOf(call);
@@ -96,6 +100,7 @@ public:
 
 private:
     Writing write;
+    bool isFirst = true;
     std::string path;
 };
 
@@ -144,8 +149,7 @@ public:
     }
     void Entered(const Call&) override
     {
-        if (!hasBegun)
-            Header({});
+        BeginWithoutHeader();
         order.Entered();
     }
     void TakenBack(const Call&) override { order.TakenBack(); }
@@ -158,6 +162,13 @@ public:
         order.Ended(call.entry, std::move(line));
     }
     void Damaged(const Damage& damage) override { TellDamage(terminal, path, damage); }
+
+    /// Once it is known that this is a log: what has none of its own may have lost it.
+    void BeginWithoutHeader()
+    {
+        if (!hasBegun)
+            Header({});
+    }
 
     bool Found() const { return found; }
     const std::string& Error() const { return order.Error(); }
@@ -282,7 +293,8 @@ private:
             terminal.Error(error);
             return false;
         }
-        trouble = !FillTables(*database, paths, chosen, terminal) || trouble;
+        if (FillTables(*database, paths, chosen, terminal, trouble) == 0)
+            return false;
         if (!database->Save(
                 [&](std::string_view bytes) {
                     write(bytes);
@@ -308,17 +320,24 @@ private:
             }
         }
         const std::vector<std::int64_t> since = SinceTheFirst(starts);
+        std::size_t read = 0;
         for (std::size_t i = 0; i < paths.size(); ++i) {
             const std::string& path = paths[i];
             OneLog log(*format, chosen, terminal, path, since[i]);
             LogInput* const again = timed.empty() ? nullptr : timed[i]->Input();
             const auto end = again == nullptr ? ReadLog(path, log, format->Reading(), terminal)
                                               : ReadLog(*again, path, log, format->Reading(), terminal);
+            if (end) {
+                log.BeginWithoutHeader();
+                ++read;
+            }
             if (!log.Error().empty())
                 terminal.Error(path, {}, log.Error());
             trouble = trouble || !end || !log.Error().empty();
             found = found || log.Found();
         }
+        if (read == 0)
+            return false;
         format->Finish();
         return true;
     }

@@ -46,24 +46,26 @@ private:
 
 }  // namespace
 
-bool FillTables(Database& database, const std::vector<std::string>& paths, const CallFilter& chosen,
-                Terminal& terminal)
+std::size_t FillTables(Database& database, const std::vector<std::string>& paths,
+                       const CallFilter& chosen, Terminal& terminal, bool& trouble)
 {
-    bool isGood = true;
+    std::size_t read = 0;
     for (const std::string& path : paths) {
         OneLog log(database, chosen, terminal, path);
         ReadOptions options;
         options.contents = chosen.NeedsContents() || database.NeedsValues();
         const auto end = ReadLog(path, log, options, terminal);
-        if (end)
+        trouble = trouble || !end;
+        if (end) {
             log.End(*end);
-        isGood = isGood && end;
+            ++read;
+        }
     }
     if (!database.Error().empty()) {
         terminal.Error(database.Error());
-        isGood = false;
+        trouble = true;
     }
-    return isGood;
+    return read;
 }
 
 }  // namespace ScrivelTool

@@ -3,6 +3,7 @@
 #ifndef SCRIVEL_TOOL_LOGTABLES_H
 #define SCRIVEL_TOOL_LOGTABLES_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,10 @@
 namespace ScrivelTool
 {
 
-/// The calls that the filter leaves. False when a log couldn't be read, or not be kept, which was told.
-bool FillTables(Database& database, const std::vector<std::string>& paths,
-                const ScrivelReader::CallFilter& chosen, Terminal& terminal);
+/// The calls that the filter leaves; how many logs were read. Has trouble when one couldn't be read, or
+/// not be kept, which was told.
+std::size_t FillTables(Database& database, const std::vector<std::string>& paths,
+                       const ScrivelReader::CallFilter& chosen, Terminal& terminal, bool& trouble);
 
 }  // namespace ScrivelTool
 

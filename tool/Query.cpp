@@ -73,7 +73,8 @@ public:
             return Exit::Trouble;
         bool trouble = false;
         paths = LogArguments::LogsAt(paths, terminal, trouble);
-        trouble = !FillTables(*database, paths, *chosen, terminal) || trouble;
+        if (FillTables(*database, paths, *chosen, terminal, trouble) == 0)
+            return Exit::Trouble;
 
         Table table(*this, *database, terminal);
         if (!database->Answer([&](const Database::Row& row) { return table.Take(row); }, error)) {

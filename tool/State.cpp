@@ -48,7 +48,7 @@ public:
             OneLog log(at, chosen, terminal, path);
             const auto end = ReadLog(path, log, OptionsForKnowledge(), terminal);
             trouble = trouble || !end;
-            if (!log.Reached())
+            if (!end || !log.Reached())
                 continue;
             found = true;
             if (logs.Json())

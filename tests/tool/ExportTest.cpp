@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <map>
 #include <regex>
 #include <set>
@@ -286,6 +287,39 @@ TEST_F(Export, NeedsAFormat)
     EXPECT_EQ(Run({"export", "run.xml"}).error,
               "scrivel: --to is missing: chrome, jsonl, csv or sqlite\n");
     EXPECT_EQ(Run({"export", "--to", "pdf", "run.xml"}).status, 2);
+}
+
+TEST_F(Export, WritesNothingWhenNoLogCanBeRead)
+{
+    Write("none.xml", "");
+    const bool hasSqlite =
+        Run({"query", "run.xml", "select 1"}).error != "scrivel: this build has no SQLite\n";
+    for (const char* const format : {"csv", "chrome", "jsonl", "sqlite"}) {
+        if (format == std::string("sqlite") && !hasSqlite)
+            continue;
+        const Outcome outcome = Run({"export", "--to", format, "nosuch.xml", "none.xml", "-o", "new"});
+        EXPECT_EQ(outcome.error,
+                  "scrivel: nosuch.xml: No such file or directory\nscrivel: none.xml:1: the document "
+                  "ends too early (byte 0)\nscrivel: none.xml: the log is empty\n")
+            << format;
+        EXPECT_EQ(outcome.status, 2) << format;
+        EXPECT_FALSE(std::filesystem::exists(Folder() + "/new")) << format;
+
+        Write("old", "kept");
+        Run({"export", "--to", format, "nosuch.xml", "-o", "old", "--force"});
+        EXPECT_EQ(Read("old"), "kept") << format;
+    }
+    for (const char* const format : {"csv", "chrome", "jsonl"})
+        EXPECT_EQ(Run({"export", "--to", format, "nosuch.xml", "none.xml"}).out, "") << format;
+}
+
+TEST_F(Export, HasItsHeadOfALogWithoutCalls)
+{
+    Write("none.xml", LogOf(""));
+    EXPECT_EQ(Run({"export", "--to", "csv", "none.xml"}).out,
+              "log,call,occurrence,name,thread,call_time,return_time,status,parent,parts,offset,"
+              "arguments,results\n");
+    EXPECT_TRUE(Json::parse(Run({"export", "--to", "chrome", "none.xml"}).out).contains("traceEvents"));
 }
 
 }  // namespace

@@ -136,6 +136,23 @@ TEST_F(Query, TellsWhatIsWrongWithIt)
     EXPECT_EQ(Run({"query", "select 1"}).status, 2);
 }
 
+TEST_F(Query, IsNotAnsweredWhenNoLogCanBeRead)
+{
+    Write("none.xml", "");
+    for (const char* const option : {"--csv", "--json", "--color=never"}) {
+        const Outcome outcome =
+            Run({"query", option, "nosuch.xml", "none.xml", "select count(*) from calls"});
+        EXPECT_EQ(outcome.error,
+                  "scrivel: nosuch.xml: No such file or directory\nscrivel: none.xml:1: the document "
+                  "ends too early (byte 0)\nscrivel: none.xml: the log is empty\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, 2);
+    }
+    const Outcome some = Run({"query", "--csv", "nosuch.xml", "run.xml", "select count(*) from calls"});
+    EXPECT_EQ(some.out, "count(*)\n4\n");
+    EXPECT_EQ(some.status, 2);
+}
+
 TEST_F(Query, WithoutAnAnswerIsNotFound)
 {
     EXPECT_EQ(Run({"query", "run.xml", "select call from calls where call > 99"}).status, 1);

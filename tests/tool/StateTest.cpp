@@ -79,6 +79,22 @@ TEST_F(State, TellsThatACallIsntThere)
     EXPECT_EQ(outcome.status, 1);
 }
 
+TEST_F(State, IsNotToldOfALogThatCantBeRead)
+{
+    Write("none.xml", "");
+    for (const char* const option : {"--json", "--color=never"}) {
+        const Outcome outcome = Run({"state", option, "nosuch.xml", "none.xml"});
+        EXPECT_EQ(outcome.error,
+                  "scrivel: nosuch.xml: No such file or directory\nscrivel: none.xml:1: the document "
+                  "ends too early (byte 0)\nscrivel: none.xml: the log is empty\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, 2);
+    }
+    const Outcome some = Run({"state", "none.xml", "crash-4242.xml"});
+    EXPECT_THAT(some.out, testing::StartsWith("at the end in crash-4242.xml: "));
+    EXPECT_EQ(some.status, 2);
+}
+
 TEST_F(State, TellsThatMoreWasSeenThanThereIsRoomFor)
 {
     std::string registers;
