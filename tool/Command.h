@@ -50,6 +50,7 @@ struct Command
     std::string_view summary;   ///< half a line for --help
     std::string_view examples;  ///< two lines, each beginning with "scrivel"
     std::unique_ptr<Action> (*make)(Options& options);
+    std::string_view note = {};  ///< what else is to be known, in front of the examples
 };
 
 /// The table of tool/main.cpp, for completions and the man page.

@@ -21,6 +21,7 @@ struct CommandText
 {
     std::string name;  // empty for what runs without a command
     std::string summary;
+    std::string note;
     std::vector<std::string> examples;
     std::vector<std::string> arguments;  // "N", "LOG..."
     std::vector<OptionText> options;
@@ -45,8 +46,8 @@ CommandText TextOf(const Command& command)
 {
     Options options({}, {}, {});
     const std::unique_ptr<Action> action = command.make(options);
-    return {std::string(command.name), std::string(command.summary), Split(command.examples, '\n'),
-            options.Arguments(), options.All()};
+    return {std::string(command.name),     std::string(command.summary), std::string(command.note),
+            Split(command.examples, '\n'), options.Arguments(),          options.All()};
 }
 
 std::vector<CommandText> TextOf(const Commands& commands)
@@ -269,6 +270,8 @@ std::string CommandsForMan(const std::vector<CommandText>& commands)
     for (const CommandText& command : commands) {
         text += ".SS " + (command.name.empty() ? "Without a command" : ForMan(command.name)) + "\n" +
                 UseForMan(command) + ".PP\n" + ForMan(command.summary) + ".\n";
+        if (!command.note.empty())
+            text += ".PP\n" + ForMan(command.note) + "\n";
         bool hasFilter = false;
         for (const OptionText& option : command.options) {
             hasFilter = hasFilter || IsFilter(option);

@@ -1,9 +1,11 @@
 // scrivel query: questions in SQL. Tested by tests/tool/QueryTest.cpp.
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CallLine.h"
@@ -40,6 +42,13 @@ std::vector<std::string> Members(std::vector<std::string> columns)
     return columns;
 }
 
+/// JSON has no infinity.
+Json NumberOrNull(const std::string& text)
+{
+    Json number = Json::parse(text, nullptr, false);
+    return number.is_discarded() ? Json() : number;
+}
+
 class Query final : public Action
 {
 public:
@@ -55,7 +64,12 @@ public:
     {
         logs.Prepare(terminal);
         std::vector<std::string> paths = logs.Paths();
-        if (paths.size() < 2) {
+        if (csv && logs.Json()) {
+            terminal.Error("--csv or --json, not both");
+            return Exit::Trouble;
+        }
+        std::error_code ignored;
+        if (paths.size() < 2 || std::filesystem::exists(paths.back(), ignored)) {
             terminal.Error("the question stands after the logs: scrivel query run-4242.xml "
                            "'select name, took from calls'");
             return Exit::Trouble;
@@ -170,7 +184,7 @@ private:
                     object[members[i]] = Json();
                     break;
                 case Database::Cell::Type::Number:
-                    object[members[i]] = Json::parse(row[i].text, nullptr, false);
+                    object[members[i]] = NumberOrNull(row[i].text);
                     break;
                 case Database::Cell::Type::Text:
                     object[members[i]] = row[i].text;

@@ -122,8 +122,11 @@ public:
             why = sqlite3_errmsg(database.get());
             return false;
         }
-        if (made == nullptr ||
-            !std::all_of(rest, rest + std::char_traits<char>::length(rest), [](char c) {
+        if (made == nullptr) {
+            why = "the question is empty";
+            return false;
+        }
+        if (!std::all_of(rest, rest + std::char_traits<char>::length(rest), [](char c) {
                 return std::isspace(static_cast<unsigned char>(c)) != 0 || c == ';';
             })) {
             why = "one question at a time";

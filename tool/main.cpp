@@ -58,7 +58,9 @@ constexpr Command commands[] = {
     {"query", "questions in SQL",
      "scrivel query run-4242.xml 'select name, took from calls order by took desc limit 5'\n"
      "scrivel query --csv logs/ 'select path, count(*) from failed join logs using (log) group by path'",
-     MakeQuery},
+     MakeQuery,
+     "The question stands after the logs.\n"
+     "Its tables are logs, calls, arguments and results, its views failed, open and durations."},
     {"export", "logs in formats that other programs read",
      "scrivel export --to chrome run-4242.xml -o trace.json\nscrivel export --to sqlite logs/ -o logs.db",
      MakeExport},
@@ -129,8 +131,9 @@ std::string VersionText()
 
 Exit Run(const Command& command, const std::vector<std::string>& arguments, Terminal& terminal)
 {
+    const std::string note = command.note.empty() ? "" : std::string(command.note) + "\n\n";
     Options options(command.name.empty() ? "scrivel" : "scrivel " + std::string(command.name),
-                    command.summary, "Examples:\n  " + InLines(command.examples));
+                    command.summary, note + "Examples:\n  " + InLines(command.examples));
     const std::unique_ptr<Action> action = command.make(options);
     switch (options.Read(arguments)) {
     case Request::Help:

@@ -1,9 +1,12 @@
 // Questions in SQL, and what is answered.
 
+#include <gmock/gmock.h>
+
 #include "tool/Program.h"
 #include "tool/Session.h"
 
 using namespace ScrivelTest;
+using testing::HasSubstr;
 
 namespace
 {
@@ -132,8 +135,42 @@ TEST_F(Query, TellsWhatIsWrongWithIt)
 {
     EXPECT_EQ(Refusal("select x from calls"), "scrivel: no such column: x\n");
     EXPECT_EQ(Refusal("select 1; select 2"), "scrivel: one question at a time\n");
-    EXPECT_EQ(Refusal(""), "scrivel: one question at a time\n");
-    EXPECT_EQ(Run({"query", "select 1"}).status, 2);
+    for (const char* const nothing : {"", " ", ";", "-- select 1"}) {
+        EXPECT_EQ(Refusal(nothing), "scrivel: the question is empty\n") << nothing;
+    }
+}
+
+TEST_F(Query, TellsThatTheQuestionStandsAfterTheLogs)
+{
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"query", "select 1"}, {"query", "select 1", "run.xml"}}) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.error,
+                  "scrivel: the question stands after the logs: scrivel query run-4242.xml "
+                  "'select name, took from calls'\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, 2);
+    }
+    for (const std::vector<std::string>& help :
+         {std::vector<std::string>{"query", "--help"}, {"--man"}}) {
+        EXPECT_THAT(Run(help).out, HasSubstr("\nThe question stands after the logs.\n"
+                                             "Its tables are logs, calls, arguments and results, "
+                                             "its views failed, open and durations.\n"));
+    }
+}
+
+TEST_F(Query, IsAnsweredInOneFormat)
+{
+    const Outcome outcome = Run({"query", "--csv", "--json", "run.xml", "select 1"});
+    EXPECT_EQ(outcome.error, "scrivel: --csv or --json, not both\n");
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Query, HasNullForWhatJsonHasNoNumberFor)
+{
+    EXPECT_EQ(Answer("select 1e400 as much, -1e400 as little", "--json"),
+              "{\"much\":null,\"little\":null}\n");
 }
 
 TEST_F(Query, IsNotAnsweredWhenNoLogCanBeRead)
