@@ -205,15 +205,15 @@ private:
 
 // ---- Cut ------------------------------------------------------------------------------------------
 
-/// Notes which calls the filter leaves, by their order of entry.
+/// Notes which calls are chosen, by their order of entry.
 class Choice final : public LogHandler
 {
 public:
-    explicit Choice(const CallFilter& itsFilter) : filter(itsFilter) {}
+    explicit Choice(const CallChoice& itsChoice) : isChosen(itsChoice) {}
 
     void Ended(Call& call) override
     {
-        if (filter.Matches(call)) {
+        if (isChosen(call)) {
             chosen.resize(std::max(chosen.size(), std::size_t(call.entry) + 1));
             chosen[std::size_t(call.entry)] = true;
             ++count;
@@ -224,7 +224,7 @@ public:
     std::uint64_t Count() const { return count; }
 
 private:
-    const CallFilter& filter;
+    const CallChoice& isChosen;
     std::vector<bool> chosen;
     std::uint64_t count = 0;
 };
@@ -352,6 +352,23 @@ std::optional<Copied> Outcome(const Copier& copier, const Copied& copied, std::s
     return {};
 }
 
+std::optional<Copied> CutChosen(LogBytes& log, const CallChoice& isChosen, bool needsContents,
+                                const CopyOutput& output, const DamageHandler& tell, std::string& error)
+{
+    Copier copier(log, output);
+    Choice choice(isChosen);
+    ReadOptions options;
+    options.contents = needsContents;
+    const LogEnd end = copier.Read(choice, options);
+    if (copier.Failed() || choice.Count() == 0) {
+        return Outcome(copier, {end, 0, 0, 0}, error);
+    }
+    Cutting cutting(copier, choice, tell);
+    options.contents = false;
+    copier.Read(cutting, options);
+    return Outcome(copier, cutting.Finish(end), error);
+}
+
 }  // namespace
 
 std::optional<Copied> Recover(LogBytes& log, const CopyOutput& output, const DamageHandler& tell,
@@ -369,18 +386,14 @@ std::optional<Copied> Recover(LogBytes& log, const CopyOutput& output, const Dam
 std::optional<Copied> Cut(LogBytes& log, const CallFilter& filter, const CopyOutput& output,
                           const DamageHandler& tell, std::string& error)
 {
-    Copier copier(log, output);
-    Choice choice(filter);
-    ReadOptions options;
-    options.contents = filter.NeedsContents();
-    const LogEnd end = copier.Read(choice, options);
-    if (copier.Failed() || choice.Count() == 0) {
-        return Outcome(copier, {end, 0, 0, 0}, error);
-    }
-    Cutting cutting(copier, choice, tell);
-    options.contents = false;
-    copier.Read(cutting, options);
-    return Outcome(copier, cutting.Finish(end), error);
+    const CallChoice matches = [&](const Call& call) { return filter.Matches(call); };
+    return CutChosen(log, matches, filter.NeedsContents(), output, tell, error);
+}
+
+std::optional<Copied> Cut(LogBytes& log, const CallChoice& choice, const CopyOutput& output,
+                          const DamageHandler& tell, std::string& error)
+{
+    return CutChosen(log, choice, false, output, tell, error);
 }
 
 }  // namespace ScrivelReader

@@ -35,6 +35,8 @@ public:
 using CopyOutput = std::function<bool(std::string_view)>;
 /// Hears of each damage of the log that is being copied.
 using DamageHandler = std::function<void(const Damage&)>;
+/// Whether a call is to be copied.
+using CallChoice = std::function<bool(const Call&)>;
 
 struct Copied
 {
@@ -54,6 +56,9 @@ std::optional<Copied> Recover(LogBytes& log, const CopyOutput& output, const Dam
 /// before it, and comments of interrupted and continued calls where they are now. When it leaves no
 /// call, nothing is written.
 std::optional<Copied> Cut(LogBytes& log, const CallFilter& filter, const CopyOutput& output,
+                          const DamageHandler& tell, std::string& error);
+/// Of the calls that are chosen by what they are without their contents.
+std::optional<Copied> Cut(LogBytes& log, const CallChoice& choice, const CopyOutput& output,
                           const DamageHandler& tell, std::string& error);
 
 }  // namespace ScrivelReader

@@ -165,6 +165,24 @@ TEST(Cut, KeepsWhatStandsBeforeACall)
     EXPECT_EQ(CutTo("CADIReset"), LogOf(text.substr(text.find("    <note>"))));
 }
 
+TEST(Cut, IsOfTheCallsThatAreChosen)
+{
+    const std::string log = LogOf(withMore);
+    MemoryLog bytes(log);
+    std::string small;
+    std::string error;
+    const auto choice = [](const Call& call) { return call.entry == 2; };
+    const auto write = [&](std::string_view text) {
+        small += text;
+        return true;
+    };
+    const auto copied = Cut(
+        bytes, choice, write, [](const Damage&) {}, error);
+    ASSERT_TRUE(copied);
+    EXPECT_EQ(copied->calls, 1u);
+    EXPECT_EQ(small, CutTo("CADIReset"));
+}
+
 TEST(Cut, OfADamagedLogIsWhole)
 {
     const std::string log = Replaced(LogOf(withMore), "<newMode>", "<newMode<");
