@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -14,6 +16,7 @@
 #include <vector>
 
 #include "CallLine.h"
+#include "CallNumber.h"
 #include "Command.h"
 #include "FileBytes.h"
 #include "HtmlPage.h"
@@ -33,7 +36,8 @@ using namespace ScrivelReader;
 namespace
 {
 
-constexpr std::size_t mostCalls = 50;  // before the one that the report is about
+constexpr std::size_t mostCalls = 50;   // of the small log
+constexpr std::size_t mostBefore = 20;  // with the one that the report is about
 
 using Make = std::unique_ptr<Action> (*)(Options&);
 
@@ -142,26 +146,23 @@ public:
         }
         const Anonymous hidden(facts.value("host", ""), path.substr(0, path.rfind('/') + 1));
         const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
-        const std::string number = NumberOf(facts);
-        Outline log;
+        Outline log(NumberOf(facts));
         ReadOptions options;
-        options.contents = false;
+        options.limits = LineLimits();
         ReadLog(path, log, options, terminal);
-        if (log.last.size() > mostCalls)
-            log.last.pop_front();
         const auto writeReport = [&](OutputFile& file) {
-            return file.Write(hide(Page(facts, log.header, number, path)));
+            return file.Write(hide(Page(facts, log, path)));
         };
         const auto writeCalls = [&](OutputFile& file) {
             const auto write = [&](std::string_view text) { return file.Write(hide(std::string(text))); };
-            return WriteSmallLog(number, log, path, write, terminal);
+            return WriteSmallLog(log, path, write, terminal);
         };
         if (!WriteFile("report.md", writeReport, terminal) ||
             !WriteFile("calls.xml", writeCalls, terminal))
             return Exit::Trouble;
         // Of the small log, from which names were taken where they are to be; a log without calls has
         // none.
-        const std::string shown = log.last.empty() ? path : folder + "/calls.xml";
+        const std::string shown = log.calls == 0 ? path : folder + "/calls.xml";
         const auto writePage = [&](OutputFile& file) {
             PageOptions page;
             page.anonymous = anonymous;
@@ -177,32 +178,60 @@ public:
     }
 
 private:
-    /// What a log says of itself, and the numbers of its last calls.
+    /// What a log says of itself, how many calls it has, and the last of them up to one.
     struct Outline final : LogHandler
     {
+        explicit Outline(const std::optional<CallNumber>& itsNumber) : number(itsNumber) {}
+
         void Header(const LogHeader& itsHeader) override { header = itsHeader; }
         void Entered(const Call& call) override
         {
-            last.push_back(call.number);
-            // One more: the last may be taken back.
-            if (last.size() > mostCalls + 1)
-                last.pop_front();
+            calls = call.entry + 1;
+            if (number && number->IsOf(call))
+                about = call.entry;
         }
-        void TakenBack(const Call&) override { last.pop_back(); }
+        void TakenBack(const Call& call) override
+        {
+            calls = call.entry;
+            if (about == call.entry)
+                about.reset();
+        }
+        void Ended(Call& call) override
+        {
+            if (about && call.entry > *about)
+                return;
+            std::string nowhere;
+            lines[call.entry] = CallLine(call, Terminal(nowhere));
+            if (lines.size() > mostBefore)
+                lines.erase(lines.begin());
+        }
 
+        std::string Lines() const
+        {
+            std::string text;
+            for (const auto& [entry, line] : lines)
+                text += line;
+            return text;
+        }
+
+        const std::optional<CallNumber> number;  ///< of the call that the report is about
         LogHeader header;
-        std::deque<std::uint64_t> last;
+        std::uint64_t calls = 0;
+        std::optional<std::uint64_t> about;          ///< by its entry
+        std::map<std::uint64_t, std::string> lines;  ///< by the calls' entries
     };
 
-    /// The call that the report is about: one that had not returned. Empty when there is none.
-    static std::string NumberOf(const Json& facts)
+    /// The call that the report is about: one that had not returned.
+    static std::optional<CallNumber> NumberOf(const Json& facts)
     {
         const Json& open = facts["open_calls"];
-        return open.empty() ? std::string() : std::to_string(open[0]["call"].get<std::uint64_t>());
+        if (open.empty())
+            return {};
+        return CallNumber{open[0]["call"].get<std::uint64_t>(),
+                          open[0]["occurrence"].get<std::uint32_t>()};
     }
 
-    static std::string Page(const Json& facts, const LogHeader& header, const std::string& number,
-                            const std::string& path)
+    static std::string Page(const Json& facts, const Outline& log, const std::string& path)
     {
         std::string text = "# " + facts.value("verdict", "") + "\n\n";
         const auto add = [&](const std::string& title, const std::string& said) {
@@ -210,33 +239,38 @@ private:
                 text += (title.empty() ? "" : "## " + title + "\n\n") + "```text\n" + said + "```\n\n";
         };
         add("", Said(MakeSummary, {path}));
-        if (!number.empty()) {
+        if (log.number) {
+            // With its occurrence: another call may have the same number.
+            const std::string number =
+                std::to_string(log.number->number) + "#" + std::to_string(*log.number->occurrence);
             add("The call", Said(MakeShow, {number, path}));
             add("What was known", Said(MakeState, {"--at", number, path}));
         }
-        add("What came before", Said(MakeCalls, {"--last", "20", path}));
+        add("What came before", log.Lines());
         add("What failed", Said(MakeCalls, {"-f", "--last", "20", path}));
         text += "## Versions\n\nscrivel " + std::string(version) + "; the log is of " +
-                (header.cadiVersion.empty() ? "an unknown version" : header.cadiVersion) + ", " +
-                (header.operatingSystem.empty() ? "an unknown system" : header.operatingSystem) +
+                (log.header.cadiVersion.empty() ? "an unknown version" : log.header.cadiVersion) + ", " +
+                (log.header.operatingSystem.empty() ? "an unknown system" : log.header.operatingSystem) +
                 ".\n\n`calls.xml` holds the last " + std::to_string(mostCalls) +
                 " calls of the log as they stand in it; `page.html` shows them in a browser.\n";
         return text;
     }
 
     /// The last calls, and the one that the report is about, as they stand in the log.
-    static bool WriteSmallLog(const std::string& number, const Outline& log, const std::string& path,
+    static bool WriteSmallLog(const Outline& log, const std::string& path,
                               const std::function<bool(std::string_view)>& write, Terminal& terminal)
     {
-        if (log.last.empty())
+        if (log.calls == 0)
             return true;
         std::string error;
-        FilterText chosen;
-        chosen.calls = std::to_string(log.last.front()) + ".." + (number.empty() ? "" : "," + number);
-        const auto filter = CallFilter::Make(chosen, error);
         const auto input = OpenLogAnywhere(path, error);
-        if (!filter || input == nullptr)
+        if (input == nullptr)
             return true;
+        // By their entries: numbers may begin anew within a log.
+        const std::uint64_t first = log.calls - std::min<std::uint64_t>(log.calls, mostCalls);
+        const CallChoice chosen = [&](const Call& call) {
+            return call.entry >= first || call.entry == log.about;
+        };
         FileBytes bytes(*input, path, terminal);
         // What is hidden lies within a line.
         std::string begun;
@@ -249,7 +283,7 @@ private:
             return true;
         };
         Cut(
-            bytes, *filter, take, [](const Damage&) {}, error);
+            bytes, chosen, take, [](const Damage&) {}, error);
         terminal.EndProgress();
         return write(begun);
     }

@@ -15,6 +15,34 @@ namespace
 
 using Report = SessionTest;
 
+/// A call that returned, or hadn't when the log ended.
+std::string CallOf(int number, const std::string& name, bool returned = true,
+                   const std::string& values = "")
+{
+    return "    <" + name + " call_num=\"" + std::to_string(number) +
+           "\"\n     call_time=\"0.000001 s\">\n" + values +
+           (returned ? "        <return_time>0.000001 s</return_time>\n" : "") + "    </" + name + ">\n";
+}
+
+/// From one number to another.
+std::string CallsOf(int first, int last)
+{
+    std::string elements;
+    for (int number = first; number <= last; ++number)
+        elements += CallOf(number, "A");
+    return elements;
+}
+
+/// What stands under a heading.
+std::string Section(const std::string& page, const std::string& title)
+{
+    const std::string heading = "## " + title + "\n";
+    const std::size_t begin = page.find(heading);
+    if (begin == std::string::npos)
+        return "";
+    return page.substr(begin, page.find("\n## ", begin) - begin);
+}
+
 TEST_F(Report, TellsOfTheCallWhatWasKnownAndWhatCameBefore)
 {
     const Outcome outcome = Run({"report", "crash-4242.xml", "-o", "bug"});
@@ -43,19 +71,60 @@ TEST_F(Report, HasASmallLogOfTheLastCalls)
 
 TEST_F(Report, HasAsManyCallsWhereTheLastOneIsDamaged)
 {
-    std::string elements;
-    for (int number = 1; number <= 60; ++number) {
-        elements += "    <A call_num=\"" + std::to_string(number) +
-                    "\"\n     call_time=\"0.000001 s\">\n"
-                    "        <return_time>0.000001 s</return_time>\n    </A>\n";
-    }
-    const std::string log = LogOf(elements);
+    const std::string log = LogOf(CallsOf(1, 60));
     Write("log.xml", log);
     Write("cut.xml", log.substr(0, log.rfind("<return_time>")));
     for (const char* const file : {"log.xml", "cut.xml"}) {
         Run({"report", file, "-o", "bug", "--force"});
         EXPECT_EQ(Run({"check", "bug/calls.xml"}).out, "bug/calls.xml: whole, 50 calls\n") << file;
     }
+}
+
+TEST_F(Report, IsAboutTheSecondCallOfANumberToo)
+{
+    Write("twice.xml", LogOf(CallOf(1, "A") + CallOf(2, "B") + CallOf(2, "C", false)));
+    EXPECT_EQ(Run({"report", "twice.xml", "-o", "bug"}).status, 0);
+    const std::string page = Read("bug/report.md");
+    EXPECT_THAT(Section(page, "The call"), HasSubstr("\ncall 2#2  C  NOT RETURNED\n"));
+    EXPECT_THAT(Section(page, "The call"), Not(HasSubstr("call 2  B")));
+    EXPECT_THAT(Section(page, "What was known"), HasSubstr("\nbefore call 2#2 C: "));
+    EXPECT_THAT(Section(page, "What came before"), HasSubstr(" B("));
+}
+
+TEST_F(Report, IsAboutTheFirstCallOfANumberToo)
+{
+    Write("twice.xml", LogOf(CallOf(2, "B", false) + CallOf(2, "C")));
+    EXPECT_EQ(Run({"report", "twice.xml", "-o", "bug"}).status, 0);
+    const std::string page = Read("bug/report.md");
+    EXPECT_THAT(Section(page, "The call"), HasSubstr("\ncall 2  B  NOT RETURNED\n"));
+    EXPECT_THAT(Section(page, "The call"), Not(HasSubstr("C")));
+    EXPECT_THAT(Section(page, "What was known"), HasSubstr("\nbefore call 2 B: "));
+}
+
+TEST_F(Report, HasTheLastCallsWhereNumbersBeginAnew)
+{
+    Write("anew.xml", LogOf(CallsOf(1, 60) + CallsOf(1, 20)));
+    Run({"report", "anew.xml", "-o", "bug"});
+    EXPECT_EQ(Run({"check", "bug/calls.xml"}).out, "bug/calls.xml: whole, 50 calls\n");
+    EXPECT_THAT(Run({"calls", "bug/calls.xml"}).out, testing::StartsWith("  31  "));
+
+    Write("open.xml", LogOf(CallsOf(1, 60) + CallOf(1, "B", false) + CallsOf(2, 70)));
+    Run({"report", "open.xml", "-o", "bug", "--force"});
+    EXPECT_THAT(Run({"check", "bug/calls.xml"}).out,
+                testing::StartsWith("bug/calls.xml: whole, 51 calls, 1 not returned\n"));
+    EXPECT_THAT(Run({"calls", "bug/calls.xml"}).out,
+                testing::StartsWith("   1  0.000001            B() "));
+    EXPECT_THAT(Section(Read("bug/report.md"), "What came before"), HasSubstr("```text\n  42  "));
+}
+
+TEST_F(Report, ShowsWhatCameBeforeTheCallAndNotAfterIt)
+{
+    Write("after.xml", LogOf(CallsOf(1, 29) + CallOf(30, "B", false) + CallsOf(31, 60)));
+    Run({"report", "after.xml", "-o", "bug"});
+    EXPECT_THAT(
+        Section(Read("bug/report.md"), "What came before"),
+        testing::MatchesRegex("## What came before\n\n```text\n  11  .*\n  30  0.000001            "
+                              "B\\(\\)[^\n]*NOT RETURNED\n```\n"));
 }
 
 TEST_F(Report, HasAPageOfTheSmallLog)
