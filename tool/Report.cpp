@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cerrno>
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -123,7 +124,7 @@ class Report final : public Action
 public:
     explicit Report(Options& options)
     {
-        logs.AddTo(options);
+        logs.AddTo(options, "one log file; .gz and .zst too");
         options.Required("-o,--output", "FOLDER", folder, "where the report is written");
         options.Flag("--anonymous", anonymous, "leave out names of hosts and paths of files");
         options.Flag("--force", force, "replace a report that is there");
@@ -132,11 +133,35 @@ public:
     Exit Run(Terminal& terminal) override
     {
         logs.Prepare(terminal);
-        if (logs.Paths().size() != 1) {
+        const std::optional<std::string> log = OnlyLog(terminal);
+        return log ? Write(*log, terminal) : Exit::Trouble;
+    }
+
+private:
+    /// The log that was named, or the only one of a folder. Nothing when there are several, or it can't
+    /// be read again, which is told.
+    std::optional<std::string> OnlyLog(Terminal& terminal) const
+    {
+        bool trouble = false;
+        const std::vector<std::string> paths = logs.Logs(terminal, trouble);
+        if (trouble)
+            return {};
+        if (paths.size() != 1) {
             terminal.Error("one log at a time");
-            return Exit::Trouble;
+            return {};
         }
-        const std::string& path = logs.Paths().front();
+        std::error_code ignored;
+        const auto type = std::filesystem::status(paths.front(), ignored).type();
+        const bool isThere = type != std::filesystem::file_type::not_found;
+        if (paths.front() == "-" || (isThere && type != std::filesystem::file_type::regular)) {
+            terminal.Error("a report reads the log more than once: name a file");
+            return {};
+        }
+        return paths.front();
+    }
+
+    Exit Write(const std::string& path, Terminal& terminal) const
+    {
         const Json facts = Json::parse(Said(MakeSummary, {"--json", path}), nullptr, false);
         if (facts.is_discarded())
             return Exit::Trouble;  // which was told
@@ -177,7 +202,6 @@ public:
         return Exit::Found;
     }
 
-private:
     /// What a log says of itself, how many calls it has, and the last of them up to one.
     struct Outline final : LogHandler
     {

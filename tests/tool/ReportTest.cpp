@@ -163,6 +163,34 @@ TEST_F(Report, LeavesHostsAndPathsOutWhenItIsToldTo)
     EXPECT_EQ(Run({"check", "bug/calls.xml"}).status, 0);
 }
 
+TEST_F(Report, IsOfOneLogThatIsAFile)
+{
+    for (const std::vector<std::string>& logs :
+         {std::vector<std::string>{"crash-4242.xml", "run-4243.xml"}, {"."}}) {
+        std::vector<std::string> arguments = {"report", "-o", "bug"};
+        arguments.insert(arguments.end(), logs.begin(), logs.end());
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.error, "scrivel: one log at a time\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, 2);
+    }
+    for (const char* const stream : {"-", "/dev/null"}) {
+        const Outcome outcome = Run({"report", stream, "-o", "bug"}, Read("crash-4242.xml"));
+        EXPECT_EQ(outcome.error, "scrivel: a report reads the log more than once: name a file\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.status, 2);
+    }
+    EXPECT_FALSE(std::filesystem::exists(Folder() + "/bug"));
+}
+
+TEST_F(Report, IsOfTheOnlyLogOfAFolder)
+{
+    std::filesystem::create_directory(Folder() + "/logs");
+    Write("logs/crash-4242.xml", Read("crash-4242.xml"));
+    EXPECT_EQ(Run({"report", "logs", "-o", "bug"}).status, 0);
+    EXPECT_THAT(Read("bug/report.md"), HasSubstr("```text\nlogs/crash-4242.xml  "));
+}
+
 TEST_F(Report, ReplacesNoOtherReport)
 {
     Run({"report", "crash-4242.xml", "-o", "bug"});
