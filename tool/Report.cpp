@@ -1,7 +1,6 @@
 // scrivel report: a folder with what goes into a bug report. Tested by tests/tool/ReportTest.cpp.
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <deque>
 #include <filesystem>
@@ -16,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "Anonymous.h"
 #include "CallLine.h"
 #include "CallNumber.h"
 #include "Command.h"
@@ -55,70 +55,6 @@ std::string Said(Make make, const std::vector<std::string>& arguments)
     return text;
 }
 
-/// Leaves out what tells of people and their machines: the host, and paths of files.
-class Anonymous
-{
-public:
-    Anonymous(std::string itsHost, std::string itsFolder)
-        : host(std::move(itsHost)), folder(std::move(itsFolder))
-    {
-    }
-
-    std::string operator()(std::string text) const
-    {
-        Replace(text, folder, "");
-        Replace(text, host, "host");
-        return WithoutPaths(text);
-    }
-
-private:
-    static bool IsOfWord(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
-
-    /// Whole words only: a host may bear the name of anything.
-    static void Replace(std::string& text, const std::string& what, std::string_view by)
-    {
-        if (what.empty())
-            return;
-        for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
-            const std::size_t end = at + what.size();
-            const bool isWord = (at == 0 || !IsOfWord(text[at - 1])) &&
-                                (end == text.size() || !IsOfWord(text[end]) || what.back() == '/');
-            if (isWord)
-                text.replace(at, what.size(), by);
-        }
-    }
-
-    static bool IsOfPath(char c)
-    {
-        return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
-               std::string_view("/._-+~").find(c) != std::string_view::npos;
-    }
-
-    /// /home/someone/model.so -> path: from a slash that begins a word, where two or more are in it.
-    static std::string WithoutPaths(const std::string& text)
-    {
-        std::string kept;
-        for (std::size_t at = 0; at < text.size();) {
-            const bool begins =
-                text[at] == '/' && (at == 0 || (!IsOfPath(text[at - 1]) && text[at - 1] != '<'));
-            std::size_t end = at;
-            while (begins && end < text.size() && IsOfPath(text[end]))
-                ++end;
-            const std::string_view word = std::string_view(text).substr(at, end - at);
-            if (std::count(word.begin(), word.end(), '/') >= 2) {
-                kept += "path";
-                at = end;
-            } else {
-                kept += text[at++];
-            }
-        }
-        return kept;
-    }
-
-    std::string host;
-    std::string folder;
-};
-
 class Report final : public Action
 {
 public:
@@ -126,7 +62,9 @@ public:
     {
         logs.AddTo(options, "one log file; .gz and .zst too");
         options.Required("-o,--output", "FOLDER", folder, "where the report is written");
-        options.Flag("--anonymous", anonymous, "leave out names of hosts and paths of files");
+        options.Flag(
+            "--anonymous", anonymous,
+            "leave out the host's name and paths: what begins with / ~ . or C:, words with slashes");
         options.Flag("--force", force, "replace a report that is there");
     }
 
@@ -169,7 +107,7 @@ private:
             terminal.Error(folder, {}, std::generic_category().message(errno));
             return Exit::Trouble;
         }
-        const Anonymous hidden(facts.value("host", ""), path.substr(0, path.rfind('/') + 1));
+        const Anonymous hidden(facts.value("host", ""), path);
         const auto hide = [&](const std::string& text) { return anonymous ? hidden(text) : text; };
         Outline log(NumberOf(facts));
         ReadOptions options;

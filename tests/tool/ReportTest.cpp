@@ -163,6 +163,70 @@ TEST_F(Report, LeavesHostsAndPathsOutWhenItIsToldTo)
     EXPECT_EQ(Run({"check", "bug/calls.xml"}).status, 0);
 }
 
+/// Texts as a log may have them, and what is left of them.
+struct Hidden
+{
+    std::string text;
+    std::string left;
+};
+
+TEST_F(Report, LeavesOutPathsOfEveryKindAndWhatIsNone)
+{
+    const Hidden texts[] = {
+        {"/secretroot.so", "path"},
+        {"~/secret/x and ~joe/secret", "path and path"},
+        {"./secret or ../secret/x.so.", "path or path."},
+        {"models/secret/rel.so", "path"},
+        {"secret/rel.so", "path"},
+        {"a secret\\rel.dll", "a path"},
+        {"C:\\Users\\joe\\secret.dll", "path"},
+        {"C:\\Program Files (x86)\\Secret\\x.dll is gone", "path is gone"},
+        {"d:/joe/secret", "path"},
+        {"\\\\server\\share\\secret", "path"},
+        {"-L/home/joe/secret -I../secret -IC:\\secret", "-Lpath -Ipath -Ipath"},
+        {"--model=/home/joe/secret,plugin=secret/x.so", "--model=path,plugin=path"},
+        {"PATH=/home/joe/secret:/opt/secret", "PATH=path:path"},
+        {"/home/joe smith/secret/model.so", "path"},
+        {"in &quot;/home/joe van secret/x&quot; and '/home/j van secret'",
+         "in &quot;path&quot; and 'path'"},
+        {"/home/joe&amp;secret/x@2/j\u00f6rg", "path"},
+        {"file:///home/joe/secret", "path"},
+        {"(/home/joe/secret) {/secret} @/secret", "(path) {path} @path"},
+        {"a/b 1/2 1.0/2.5 2026/11/21 10 / 2", "a/b 1/2 1.0/2.5 2026/11/21 10 / 2"},
+        {"https://example.com/a/b.html", "https://example.com/a/b.html"},
+        {"about ~5 ... x -a and/or // s\\n", "about ~5 ... x -a and/or // s\\n"},
+        {"startAddress.location.addr 0x3000 C: 3", "startAddress.location.addr 0x3000 C: 3"},
+    };
+    std::string values;
+    std::string left;
+    for (const Hidden& each : texts) {
+        values += "        <text>" + each.text + "</text>\n";
+        left += "        <text>" + each.left + "</text>\n";
+    }
+    Write("run.xml", LogOf(CallOf(1, "A", false, values)));
+    EXPECT_EQ(Run({"report", "--anonymous", "run.xml", "-o", "bug"}).status, 0);
+    EXPECT_THAT(Read("bug/calls.xml"), HasSubstr(left));
+    for (const char* const file : {"bug/report.md", "bug/calls.xml", "bug/page.html"})
+        for (const char* const part : {"secret", "joe", "Secret", "smith"})
+            EXPECT_THAT(Read(file), Not(HasSubstr(part))) << file;
+}
+
+TEST_F(Report, KeepsTheNameOfTheLogAndNotItsFolder)
+{
+    std::filesystem::create_directory(Folder() + "/deep");
+    const std::string log = LogOf(CallOf(1, "A", false, "        <text>deep/x ./y</text>\n"));
+    Write("run.xml", log);
+    Write("deep/run.xml", log);
+    for (const std::string& place : {std::string("deep/"), std::string("./"), Folder() + "/deep/"}) {
+        Run({"report", "--anonymous", place + "run.xml", "-o", "bug", "--force"});
+        const std::string page = Read("bug/report.md");
+        EXPECT_THAT(page, HasSubstr("\nrun.xml  ")) << place;
+        EXPECT_THAT(page, HasSubstr("scrivel show 1 run.xml")) << place;
+        EXPECT_THAT(Read("bug/calls.xml"),
+                    HasSubstr(place == "deep/" ? "<text>path path</text>" : "<text>deep/x path</text>"));
+    }
+}
+
 TEST_F(Report, IsOfOneLogThatIsAFile)
 {
     for (const std::vector<std::string>& logs :
