@@ -158,8 +158,7 @@ public:
     /// Prints the verdict; whether the log is whole and within the bounds.
     bool Finish(const LogEnd& end, JUnitSuite& suite)
     {
-        const std::string damage = DamageText(end);
-        suite.cases.push_back({"whole", damage});
+        suite.cases.push_back({"whole", DamageText(end)});
         if (bounds.failed) {
             const bool passed = failing.Count() <= *bounds.failed;
             suite.cases.push_back(
@@ -176,7 +175,7 @@ public:
         if (json) {
             PrintJson(end, suite);
         } else {
-            PrintText(end, suite, damage);
+            PrintText(end, suite);
         }
         bool passed = true;
         for (const JUnitCase& one : suite.cases) {
@@ -211,45 +210,83 @@ private:
             }
             terminal.Print(JsonLine(object));
         } else if (told[std::size_t(oddity)]++ < mostTold) {
-            oddities += "  #" + NumberText(call) + " " + terminal.Styled(Style::Name, call.name) + " " +
-                        std::string(words.text) + (step ? " by " + DurationText(*step) : "") + " (line " +
-                        std::to_string(place.line) + ", byte " + std::to_string(place.begin) + ")\n";
+            oddities +=
+                FactLines({{"  ", "#" + NumberText(call)},
+                           {" ", Printable(call.name), Style::Name},
+                           {" ", std::string(words.text) + (step ? " by " + DurationText(*step) : "")},
+                           {" ", "(line " + std::to_string(place.line) + ", byte " +
+                                     std::to_string(place.begin) + ")"}},
+                          4, terminal);
         }
     }
 
-    std::string DamageText(const LogEnd& end) const
+    std::vector<Fact> DamageFacts(const LogEnd& end) const
     {
         if (end.whole) {
             return {};
         }
         if (end.empty) {
-            return "empty";
+            return {{", ", "empty"}};
         }
         if (!first) {
-            return "not well-formed";
+            return {{", ", "not well-formed"}};
         }
-        std::string text = "damaged at line " + std::to_string(first->line) + ", byte " +
-                           std::to_string(first->offset) + ": " + first->what;
+        std::vector<Fact> facts = {{", ", "damaged at line " + std::to_string(first->line) + ", byte " +
+                                              std::to_string(first->offset)},
+                                   {": ", first->what}};
         if (end.damages > 1) {
-            text += "; and at " + CountText(end.damages - 1, "other place");
+            facts.push_back({"; ", "and at " + CountText(end.damages - 1, "other place")});
+        }
+        return facts;
+    }
+
+    std::string DamageText(const LogEnd& end) const
+    {
+        std::string text;
+        for (const Fact& fact : DamageFacts(end)) {
+            text += (text.empty() ? "" : fact.separator) + fact.text;
         }
         return text;
     }
 
-    void PrintText(const LogEnd& end, const JUnitSuite& suite, const std::string& damage)
+    /// 2 calls, 1 failed
+    std::vector<Fact> CountFacts(const LogEnd& end) const
     {
-        std::string text = terminal.Styled(Style::Name, Printable(path)) + ": ";
-        text += end.whole ? "whole" : terminal.Styled(Style::Damage, "not whole") + ", " + damage;
-        if (!end.empty) {
-            text += std::string(end.whole ? ", " : "\n  ") + CountText(end.calls, "call");
-            if (failed != 0) {
-                text += ", " + terminal.Styled(Style::Failure, std::to_string(failed) + " failed");
-            }
-            if (open != 0) {
-                text += ", " + terminal.Styled(Style::Failure, std::to_string(open) + " not returned");
-            }
+        std::vector<Fact> facts = {{", ", CountText(end.calls, "call")}};
+        if (failed != 0) {
+            facts.push_back({", ", std::to_string(failed) + " failed", Style::Failure});
         }
-        terminal.Print(text + "\n" + oddities);
+        if (open != 0) {
+            facts.push_back({", ", std::to_string(open) + " not returned", Style::Failure});
+        }
+        return facts;
+    }
+
+    /// The verdict, and how many calls there are.
+    std::string HeadText(const LogEnd& end) const
+    {
+        constexpr std::size_t indent = 4;
+        std::vector<Fact> facts = {
+            {"", Printable(path), Style::Name, true},
+            {": ", end.whole ? "whole" : "not whole", end.whole ? Style::Plain : Style::Damage}};
+        for (const Fact& fact : DamageFacts(end)) {
+            facts.push_back({fact.separator, Printable(fact.text)});
+        }
+        std::vector<Fact> counts = CountFacts(end);
+        if (end.whole) {
+            facts.insert(facts.end(), counts.begin(), counts.end());
+        }
+        const std::string head = FactLines(facts, indent, terminal);
+        if (end.whole || end.empty) {
+            return head;
+        }
+        counts.front().separator = "  ";
+        return head + FactLines(counts, indent, terminal);
+    }
+
+    void PrintText(const LogEnd& end, const JUnitSuite& suite)
+    {
+        terminal.Print(HeadText(end) + oddities);
         for (std::size_t i = 0; i < told.size(); ++i) {
             if (told[i] > mostTold) {
                 terminal.Print("  and " + std::to_string(told[i] - mostTold) + " more " +

@@ -728,27 +728,40 @@ private:
         const Index left = pair.Left().Count();
         const Index right = pair.Right().Count();
         const bool allEqual = pair.Equal() == left && pair.Equal() == right;
-        std::string text = std::to_string(pair.Equal());
+        const Style style = allEqual ? Style::Plain : Style::Name;
+        std::string equal = std::to_string(pair.Equal());
         if (!allEqual)
-            text +=
+            equal +=
                 " of " + std::to_string(left) + (left == right ? "" : " and " + std::to_string(right));
-        text += left == 1 && allEqual ? " call equal" : " calls equal";
+        equal += left == 1 && allEqual ? " call equal" : " calls equal";
+        std::vector<Fact> facts = {{"", equal, style}};
+        const auto add = [&](const char* separator, const std::string& text) {
+            facts.back().text += separator;
+            facts.push_back({" ", text, style});
+        };
         if (question == Question::Results && pair.AloneLeft() + pair.AloneRight() != 0)
-            text += ", " + std::to_string(pair.AloneLeft()) + " and " +
-                    std::to_string(pair.AloneRight()) + " without one that was asked the same";
-        text += "; times, threads ignored";
+            add(",", AloneText(pair));
+        add(";", "times, threads ignored");
         if (!renamed.empty()) {
             constexpr std::size_t most = 6;
-            text += "; " + std::to_string(renamed.size()) +
-                    (renamed.size() == 1 ? " host pointer renamed (" : " host pointers renamed (");
+            std::string pointers =
+                std::to_string(renamed.size()) +
+                (renamed.size() == 1 ? " host pointer renamed (" : " host pointers renamed (");
             std::size_t shown = 0;
             for (const Renamed& each : renamed)
                 for (const std::string& call : each.calls)
                     if (shown++ < most)
-                        text += (shown == 1 ? "#" : " #") + call;
-            text += shown > most ? " ...)" : ")";
+                        pointers += (shown == 1 ? "#" : " #") + call;
+            add(";", pointers + (shown > most ? " ...)" : ")"));
         }
-        return terminal.Styled(allEqual ? Style::Plain : Style::Name, text) + "\n";
+        return FactLines(facts, 2, terminal);
+    }
+
+    /// 2 and 1 without one that was asked the same
+    static std::string AloneText(const ComparedPair& pair)
+    {
+        return std::to_string(pair.AloneLeft()) + " and " + std::to_string(pair.AloneRight()) +
+               " without one that was asked the same";
     }
 
     static std::string NumbersText(const std::optional<Call>& left, const std::optional<Call>& right)
@@ -894,10 +907,11 @@ private:
     {
         const std::vector<Pair> longer = pair.Longer(leastLonger);
         if (!logs.Json())
-            terminal.Print(std::to_string(longer.size()) + " of " + std::to_string(pair.Equal()) +
-                           " calls took longer by " + times + " or more; " +
-                           std::to_string(pair.AloneLeft()) + " and " +
-                           std::to_string(pair.AloneRight()) + " without one that was asked the same\n");
+            terminal.Print(
+                FactLines({{"", std::to_string(longer.size()) + " of " + std::to_string(pair.Equal()) +
+                                    " calls took longer by " + times + " or more"},
+                           {"; ", AloneText(pair)}},
+                          2, terminal));
         for (const Pair& one : longer) {
             const Call left = pair.Left().At(one.left);
             const Call right = pair.Right().At(one.right);

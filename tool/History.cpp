@@ -159,15 +159,15 @@ private:
         {
             if (lines.empty())
                 return;
-            std::string text = terminal.Styled(Style::Name, Printable(title));
+            std::vector<Fact> facts = {{"", Printable(title), Style::Name}};
             if (toNameLog)
-                text += " in " + Printable(path);
-            text += ": " + now;
+                facts.push_back({" ", "in " + Printable(path), Style::Plain, true});
+            facts.push_back({": ", now});
             if (seen && seen->whileRunning)
-                text += "; target was running";
+                facts.push_back({"; ", "target was running"});
             else if (seen && known.IsStale(*seen))
-                text += "; target ran since (#" + std::to_string(*known.LastRun()) + ")";
-            text += "\n";
+                facts.push_back({"; ", "target ran since (#" + std::to_string(*known.LastRun()) + ")"});
+            std::string text = FactLines(facts, 2, terminal);
             if (dropped != 0)
                 text += "(" + std::to_string(dropped) + " earlier ones left out)\n";
             terminal.Print(text);

@@ -206,4 +206,67 @@ std::string ItemLines(const std::string& label, const std::vector<std::string>& 
     return text + "\n";
 }
 
+namespace
+{
+
+/// A text of which neighbours of one style are coloured together.
+class StyledText
+{
+public:
+    explicit StyledText(const Terminal& itsTerminal) : terminal(itsTerminal) {}
+
+    void Add(std::string_view text, Style itsStyle)
+    {
+        if (text.empty())
+            return;
+        if (itsStyle != style) {
+            done = Text();
+            begun.clear();
+            style = itsStyle;
+        }
+        begun += text;
+    }
+    Style Last() const { return style; }
+    std::string Text() const { return done + (begun.empty() ? "" : terminal.Styled(style, begun)); }
+
+private:
+    const Terminal& terminal;
+    std::string done;
+    std::string begun;
+    Style style = Style::Plain;
+};
+
+std::string_view WithoutBlanksAtEnd(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+}  // namespace
+
+std::string FactLines(const std::vector<Fact>& facts, std::size_t indent, const Terminal& terminal)
+{
+    StyledText lines(terminal);
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < facts.size(); ++i) {
+        const Fact& fact = facts[i];
+        // What separates it from the next stands in its line.
+        const std::size_t after =
+            i + 1 == facts.size() ? 0 : Columns(WithoutBlanksAtEnd(facts[i + 1].separator));
+        const std::size_t taken = after + (i == 0 ? 0 : indent);
+        const std::string text =
+            fact.isPath ? fact.text
+                        : Clipped(fact.text, terminal.Width() - std::min(terminal.Width(), taken));
+        const std::size_t columns = Columns(fact.separator) + Columns(text);
+        const bool isBelow = i != 0 && used + columns + after > terminal.Width();
+        const bool goesOn = fact.separator == " " && fact.style == lines.Last();
+        lines.Add(isBelow ? WithoutBlanksAtEnd(fact.separator) : fact.separator,
+                  goesOn ? fact.style : Style::Plain);
+        if (isBelow)
+            lines.Add("\n" + std::string(indent, ' '), Style::Plain);
+        lines.Add(text, fact.style);
+        used = isBelow ? indent + Columns(text) : used + columns;
+    }
+    return lines.Text() + "\n";
+}
+
 }  // namespace ScrivelTool

@@ -66,6 +66,18 @@ std::string ShellWord(const std::string& path);
 std::string ItemLines(const std::string& label, const std::vector<std::string>& items, std::size_t width,
                       const Terminal& terminal);
 
+/// What a line tells after other things.
+struct Fact
+{
+    std::string separator;  ///< from the one before: ", "
+    std::string text;
+    Style style = Style::Plain;
+    bool isPath = false;  ///< which is never cut
+};
+/// The facts in a line, which goes on below, indented, where it would be too wide. A blank between two of
+/// one style has it, too.
+std::string FactLines(const std::vector<Fact>& facts, std::size_t indent, const Terminal& terminal);
+
 /// The text cut to so many columns.
 std::string Clipped(std::string text, std::size_t columns);
 

@@ -136,7 +136,7 @@ private:
         terminal.Print(
             Printable(folder) + ": report.md, calls.xml, page.html" +
             (anonymous ? "" : "\nNames of hosts and paths are in it; --anonymous leaves them out.") +
-            "\nA log shows what the debugger has read of the target's memory: look at what you send.\n");
+            "\nA log shows what the debugger has read of the target's memory:\nlook at what you send.\n");
         return Exit::Found;
     }
 

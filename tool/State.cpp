@@ -8,6 +8,7 @@
 #include "CallLine.h"
 #include "CallNumber.h"
 #include "Command.h"
+#include "CopyArguments.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"
@@ -126,7 +127,7 @@ private:
         {
             const std::vector<KnownRegister> registers = known.Registers();
             const std::vector<KnownMemory> memory = known.Memory();
-            std::string text = Title(toNameLog, registers, memory) + "\n";
+            std::string text = Title(toNameLog, registers, memory);
             if (!registers.empty())
                 text += terminal.Styled(Style::Quiet, "registers") + "\n" + RegistersText(registers);
             if (!memory.empty())
@@ -156,31 +157,41 @@ private:
                 bytes += place.size;
                 staleBytes += known.IsStale(place.source) ? place.size : 0;
             }
-            std::string text = "at the end";
+            std::vector<Fact> facts = {{"", "at the end"}};
             if (at)
-                text = "before call " + terminal.Styled(Style::Name, number + " " + Printable(name)) +
-                       (isDamaged ? " (damaged)" : "");
+                facts = {{"", "before call"}, {" ", number + " " + Printable(name), Style::Name}};
+            if (isDamaged)
+                facts.push_back({" ", "(damaged)"});
             if (toNameLog)
-                text += " in " + Printable(path);
-            if (values == 0 && bytes == 0)
-                return text + ": nothing was known of registers and memory";
-            text += ": " + std::to_string(values) + (values == 1 ? " register" : " registers");
-            if (stale != 0)
-                text += " (" + std::to_string(stale) + " stale)";
-            text += ", " + std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-            if (staleBytes != 0)
-                text += " (" + std::to_string(staleBytes) + " stale)";
-            return text;
+                facts.push_back({" ", "in " + Printable(path), Style::Plain, true});
+            if (values == 0 && bytes == 0) {
+                facts.push_back({": ", "nothing was known of registers and memory"});
+            } else {
+                facts.push_back({": ", Known(values, "register", stale)});
+                facts.push_back({", ", Known(bytes, "byte", staleBytes)});
+            }
+            return FactLines(facts, 2, terminal);
         }
 
-        std::string Age(const Source& source) const
+        /// 3 registers (1 stale)
+        static std::string Known(std::uint64_t count, const std::string& what, std::uint64_t stale)
         {
-            if (source.whileRunning)
-                return terminal.Styled(Style::Damage, "  stale: target was running");
-            if (known.IsStale(source))
-                return terminal.Styled(Style::Damage,
-                                       "  stale: target ran (#" + std::to_string(*known.LastRun()) + ")");
-            return "";
+            return CountText(count, what) + (stale == 0 ? "" : " (" + std::to_string(stale) + " stale)");
+        }
+
+        /// What makes a value stale, after so many columns of its line or below them.
+        std::string Age(const Source& source, std::size_t used) const
+        {
+            std::string text = "stale: target was running";
+            if (!source.whileRunning) {
+                if (!known.IsStale(source))
+                    return "";
+                text = "stale: target ran (#" + std::to_string(*known.LastRun()) + ")";
+            }
+            constexpr std::size_t gap = 2;
+            if (used + gap + Columns(text) <= terminal.Width())
+                return terminal.Styled(Style::Damage, std::string(gap, ' ') + text);
+            return "\n      " + terminal.Styled(Style::Damage, text);
         }
 
         std::string RegistersText(const std::vector<KnownRegister>& registers) const
@@ -205,7 +216,8 @@ private:
                 std::string rest;
                 if (!item.bytes.empty()) {
                     const std::string source = SourceText(item.source);
-                    rest = source + std::string(sources - source.size(), ' ') + Age(item.source);
+                    rest = source + std::string(sources - source.size(), ' ') +
+                           Age(item.source, names + values + sources + 6);
                 }
                 if (item.refused) {
                     if (!rest.empty())
@@ -228,13 +240,13 @@ private:
 
         std::string MemoryText(const KnownMemory& place) const
         {
-            std::string text = "  " +
-                               terminal.Styled(Style::Name, PlaceText(place.spaceName, place.address)) +
-                               "  " + std::to_string(place.size) +
-                               (place.size == 1 ? " byte, " : " bytes, ") + SourceText(place.source);
+            const std::string itsPlace = PlaceText(place.spaceName, place.address);
+            std::string about = "  " + std::to_string(place.size) +
+                                (place.size == 1 ? " byte, " : " bytes, ") + SourceText(place.source);
             if (const auto block = known.BlockAt(place.space, place.address))
-                text += ", in " + Printable(block->name);
-            text += Age(place.source) + "\n";
+                about += ", in " + Printable(block->name);
+            std::string text = "  " + terminal.Styled(Style::Name, itsPlace) + about +
+                               Age(place.source, 2 + Columns(itsPlace + about)) + "\n";
             std::size_t lines = 0;
             for (std::size_t from = 0; from < place.bytes.size(); from += bytesInALine) {
                 if (++lines > mostLinesOfAPlace) {

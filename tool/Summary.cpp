@@ -24,7 +24,45 @@ constexpr std::size_t mostRegisters = 6;
 
 std::string ThreadText(const Call& call)
 {
-    return call.thread == 0 ? "" : "T" + std::to_string(call.thread) + "  ";
+    return call.thread == 0 ? "" : "T" + std::to_string(call.thread);
+}
+
+/// Where a text that is to be shown in lines of so many columns has its next break, from a word on.
+std::size_t EndOfWord(std::string_view text, std::size_t begin, std::size_t most)
+{
+    std::size_t end = begin;
+    for (std::size_t used = 0; end < text.size() && text[end] != ' '; ++end) {
+        const bool isFirst = (static_cast<unsigned char>(text[end]) & 0xc0) != 0x80;
+        if (isFirst && ++used > most)
+            break;
+    }
+    return end;
+}
+
+/// Adds the words of a text, one that is too long for a line in pieces.
+void AddWords(std::string_view text, std::size_t most, std::vector<Fact>& facts)
+{
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t begin = std::min(text.find_first_not_of(' ', at), text.size());
+        const std::size_t end = EndOfWord(text, begin, most);
+        facts.push_back(
+            {std::string(text.substr(at, begin - at)), std::string(text.substr(begin, end - begin))});
+        at = end;
+    }
+}
+
+/// A line about what a call touched, broken after a semicolon where it is too wide.
+std::string TouchedLines(const std::string& text, const Terminal& terminal)
+{
+    constexpr std::size_t indent = 4;
+    constexpr std::string_view separator = "; ";
+    std::vector<Fact> facts;
+    for (std::size_t at = 0; at != std::string::npos;) {
+        const std::size_t end = text.find(separator, at);
+        facts.push_back({facts.empty() ? "  " : "; ", text.substr(at, end - at)});
+        at = end == std::string::npos ? end : end + separator.size();
+    }
+    return FactLines(facts, indent, terminal);
 }
 
 class Summary final : public ReadingAction
@@ -89,8 +127,9 @@ private:
     static void Print(const Overview& log, const std::string& path, Terminal& terminal)
     {
         const std::string name = Printable(path == "-" ? "standard input" : path);
-        std::string text = terminal.Styled(Style::Name, name) + "  ";
         const std::vector<std::string> facts = Facts(log);
+        const bool isLong = Columns(name) + Columns(facts.front()) + 3 > terminal.Width();
+        std::string text = terminal.Styled(Style::Name, name) + (isLong ? "\n  " : "  ");
         std::size_t columns = Columns(name) + 2 * facts.size();
         for (const std::string& fact : facts)
             columns += Columns(fact);
@@ -135,9 +174,7 @@ private:
                    "\n";
         else
             text = "call " + NumberText(call) + " " + verdict.word + " either\n";
-        text += "  #" + NumberText(call) + "  " + terminal.Styled(Style::Quiet, TimeText(call.callTime)) +
-                "  " + ThreadText(call) + terminal.Styled(Style::Name, Printable(call.name)) + "(" +
-                ElementsText(call.arguments, false) + ")\n";
+        text += AskedText(call, terminal);
         if (!call.ancestors.empty()) {
             std::string within;
             for (auto number = call.ancestors.rbegin(); number != call.ancestors.rend(); ++number)
@@ -146,10 +183,26 @@ private:
         }
         const Access access = log.known.AccessBy(call);
         for (const MemoryAccess& memory : access.memory)
-            text += "  " + AboutMemory(log.known, memory) + "\n";
+            text += TouchedLines(AboutMemory(log.known, memory), terminal);
         for (const RegisterAccess& touched : access.registers)
-            text += "  " + AboutRegister(log.known, touched) + "\n";
+            text += TouchedLines(AboutRegister(log.known, touched), terminal);
         return text;
+    }
+
+    /// #68  0.016720  T1  CADIMemWrite(Memory:0x40000000, bytes=4, data=e8 03 00 00), in as many lines as
+    /// the arguments need, which are what it is all about; but for those that would hide the rest.
+    static std::string AskedText(const Call& call, const Terminal& terminal)
+    {
+        constexpr std::size_t indent = 6;
+        constexpr std::size_t mostLines = 10;
+        const std::size_t room = terminal.Width() - std::min(terminal.Width() - 1, indent);
+        std::vector<Fact> facts = {{"  ", "#" + NumberText(call)},
+                                   {"  ", TimeText(call.callTime), Style::Quiet},
+                                   {call.thread == 0 ? "" : "  ", ThreadText(call)},
+                                   {"  ", Printable(call.name), Style::Name}};
+        const std::string arguments = Clipped(ElementsText(call.arguments, false), mostLines * room - 2);
+        AddWords("(" + arguments + ")", room, facts);
+        return FactLines(facts, indent, terminal);
     }
 
     static std::string BeforeText(const Overview&, const std::vector<const Call*>& before,
@@ -176,21 +229,25 @@ private:
 
     static std::string CountsText(const Overview& log, Terminal& terminal)
     {
-        std::string text = Counted(log.calls, "call");
+        std::vector<Fact> facts = {{"", Counted(log.calls, "call")}};
         if (log.failed != 0) {
             std::string failed = std::to_string(log.failed) + " failed (";
-            for (std::size_t i = 0; i < log.failures.size(); ++i)
-                failed += (i == 0 ? "" : " ") + log.failures[i];
-            text += ", " + terminal.Styled(Style::Failure,
-                                           failed + (log.failed > log.failures.size() ? " ...)" : ")"));
+            for (std::size_t i = 0; i < log.failures.size(); ++i) {
+                const bool isLast = i + 1 == log.failures.size() && log.failed == log.failures.size();
+                facts.push_back({i == 0 ? ", " : " ", failed + log.failures[i] + (isLast ? ")" : ""),
+                                 Style::Failure});
+                failed.clear();
+            }
+            if (log.failed > log.failures.size())
+                facts.push_back({" ", "...)", Style::Failure});
         }
         if (log.open > 1)
-            text += ", " + std::to_string(log.open) + " not returned";
+            facts.push_back({", ", std::to_string(log.open) + " not returned"});
         if (log.hasThreads)
-            text += ", " + Counted(log.threads, "thread");
+            facts.push_back({", ", Counted(log.threads, "thread")});
         if (log.lastTime)
-            text += ", " + DurationText(log.lastTime->nanoseconds);
-        return text + "\n";
+            facts.push_back({", ", DurationText(log.lastTime->nanoseconds)});
+        return FactLines(facts, 2, terminal);
     }
 
     static std::string NextText(const Overview& log, const std::vector<const Call*>& open,

@@ -40,10 +40,11 @@ TEST_F(Check, TellsWhereALogIsDamaged)
     log.insert(log.find("<return>CADI_STATUS_OK") + 1, "-");
     Write("torn.xml", log);
     const Outcome outcome = Run({"check", "torn.xml", "run.xml"});
-    EXPECT_EQ(outcome.out,
-              "torn.xml: not whole, damaged at line 9, byte 239: \"-return\" is no name that XML allows\n"
-              "  1 call, 1 failed\n"
-              "run.xml: whole, 2 calls, 1 failed\n");
+    EXPECT_EQ(
+        outcome.out,
+        "torn.xml: not whole, damaged at line 9, byte 239:\n    \"-return\" is no name that XML allows\n"
+        "  1 call, 1 failed\n"
+        "run.xml: whole, 2 calls, 1 failed\n");
     EXPECT_EQ(
         outcome.error,
         "scrivel: torn.xml:9: \"-return\" is no name that XML allows (byte 239, in call 1 CADIReset)\n");
@@ -66,9 +67,10 @@ TEST_F(Check, TellsOnceThatCompressedDataEndTooEarly)
             "gzip -c run.xml | head -c -" + std::to_string(missing) + " >cut.xml.gz";
         ASSERT_EQ(std::system(("cd " + Quoted(Folder()) + " && " + command).c_str()), 0);
         const Outcome outcome = Run({"check", "cut.xml.gz"});
-        EXPECT_THAT(outcome.out, testing::MatchesRegex("cut.xml.gz: not whole, damaged at line [0-9]+, "
-                                                       "byte [0-9]+: the compressed data end too early\n"
-                                                       "  [12] calls?(, 1 failed)?\n"));
+        EXPECT_THAT(outcome.out,
+                    testing::MatchesRegex("cut.xml.gz: not whole, damaged at line [0-9]+, "
+                                          "byte [0-9]+:\n    the compressed data end too early\n"
+                                          "  [12] calls?(, 1 failed)?\n"));
         EXPECT_THAT(outcome.error, testing::MatchesRegex("scrivel: cut.xml.gz:[0-9]+: the compressed "
                                                          "data end too early \\(byte [0-9]+.*\\)\n"));
         EXPECT_EQ(outcome.status, 1);
@@ -183,6 +185,27 @@ TEST_F(Check, IsJsonOneObjectALine)
         R"({"schema":1,"kind":"log","log":"-","whole":false,"empty":false,"size":400,"damages":1,"calls":1,)"
         R"("failed":0,"open":0,"failures":[{"check":"max-took 5ms","what":"1 call took longer: #1 12.00 ms"}]})"
         "\n");
+}
+
+TEST_F(Check, BreaksLinesThatAreTooWide)
+{
+    const std::string name = "A" + std::string(100, 'n');
+    Write("wide.xml",
+          LogOf("    <" + name + " call_num=\"8\" call_time=\"0.1 s\">\n    </" + name + ">\n"));
+    EXPECT_EQ(Run({"check", "wide.xml"}).out,
+              "wide.xml: whole, 1 call, 1 not returned\n"
+              "  #8\n"
+              "    " +
+                  name.substr(0, 73) +
+                  "...\n"
+                  "    had not returned when the log ended (line 7, byte 136)\n");
+}
+
+TEST_F(Check, NeverCutsThePathOfALog)
+{
+    const std::string path = std::string(90, 'x') + ".xml";
+    Write(path, LogOf(returned));
+    EXPECT_EQ(Run({"check", path}).out, path + ":\n    whole, 2 calls, 1 failed\n");
 }
 
 }  // namespace

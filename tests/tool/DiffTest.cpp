@@ -108,7 +108,7 @@ TEST_F(Diff, ByResultsPairsCallsThatWereAskedTheSame)
     const Outcome outcome = RunDiff({"--results"});
     EXPECT_EQ(
         outcome.out,
-        "3 of 4 calls equal, 1 and 1 without one that was asked the same; times, threads ignored\n");
+        "3 of 4 calls equal, 1 and 1 without one that was asked the same;\n  times, threads ignored\n");
     EXPECT_EQ(outcome.status, 0);
 }
 
@@ -117,7 +117,7 @@ TEST_F(Diff, ByTimesShowsWhatTookLonger)
     Change("<return_time>0.012553", "<return_time>0.022553");
     const Outcome outcome = RunDiff({"--times", "1ms"});
     EXPECT_EQ(outcome.out,
-              "1 of 4 calls took longer by 1ms or more; 0 and 0 without one that was asked the same\n"
+              "1 of 4 calls took longer by 1ms or more;\n  0 and 0 without one that was asked the same\n"
               "  #3 CADIRegWrite(zero=0x1)                                     3 us -> 10.00 ms\n");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(RunDiff({"--times", "1s"}).status, 0);

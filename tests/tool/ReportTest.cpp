@@ -51,7 +51,7 @@ TEST_F(Report, TellsOfTheCallWhatWasKnownAndWhatCameBefore)
     EXPECT_EQ(outcome.out,
               "bug: report.md, calls.xml, page.html\n"
               "Names of hosts and paths are in it; --anonymous leaves them out.\n"
-              "A log shows what the debugger has read of the target's memory: look at what you send.\n");
+              "A log shows what the debugger has read of the target's memory:\nlook at what you send.\n");
     const std::string page = Read("bug/report.md");
     EXPECT_THAT(page, HasSubstr("# had not returned when the log ended\n\n```text\ncrash-4242.xml"));
     EXPECT_THAT(page, HasSubstr("## The call\n\n```text\ncall 68  CADIMemWrite  NOT RETURNED\n"));

@@ -1,5 +1,7 @@
 // Registers and memory as the debugger had seen them. tests/tool/GoldenTest.cpp holds whole outputs.
 
+#include <regex>
+
 #include <gmock/gmock.h>
 
 #include "tool/SessionLogs.h"
@@ -111,6 +113,16 @@ TEST_F(State, TellsThatMoreWasSeenThanThereIsRoomFor)
     EXPECT_EQ(
         Run({"history", "69999", "many.xml"}).error,
         "scrivel: no call reads or writes the register 69999; there was no room to look at everything\n");
+}
+
+TEST_F(State, TellsBelowThatAValueIsStaleWhereTheLineIsFull)
+{
+    const std::string name(20, 'x');
+    Write("long.xml", std::regex_replace(Read("crash-4242.xml"), std::regex("RAM>"), name + ">"));
+    EXPECT_NE(Run({"state", "--at", "68", "long.xml"})
+                  .out.find("\n  Memory:0x1000  43 bytes, read #36, in " + name +
+                            "\n      stale: target ran (#62)\n"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // What happened, in a log's first lines. tests/tool/GoldenTest.cpp holds whole outputs.
 
+#include <cstdint>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
@@ -184,8 +185,8 @@ TEST_F(Summary, TellsWhoTouchedTheAddressBefore)
     const std::size_t last = log.rfind("0x0000000040000000");
     Write("again.xml", log.replace(last, 18, "0x0000000000003000"));
     EXPECT_THAT(Run({"again.xml"}).out,
-                HasSubstr("\n  0x3000 is in block RAM \"code, text and result\" (#15); "
-                          "last touched by #60 (wrote)\n"));
+                HasSubstr("\n  0x3000 is in block RAM \"code, text and result\" (#15);\n"
+                          "    last touched by #60 (wrote)\n"));
 }
 
 TEST_F(Summary, TellsWhereALogIsDamaged)
@@ -218,6 +219,48 @@ TEST_F(Summary, IsOneObjectOfJson)
                                R"("block":{"name":"Timer","description":"load value and count",)"
                                R"("call":15},"before":[]}]})"));
     EXPECT_EQ(out.find('\n'), out.size() - 1);
+}
+
+TEST_F(Summary, BreaksTheLineOfTheCallThatNeverReturned)
+{
+    Write("wide.xml",
+          LogOf("    <A call_num=\"1\" call_time=\"0.1 s\">\n<first>a b c</first><" +
+                std::string(100, 'x') + ">2</" + std::string(100, 'x') + "><last>3</last>    </A>\n"));
+    EXPECT_THAT(Run({"wide.xml"}).out,
+                HasSubstr("\n  #1  0.100000  A(first=a b c,\n      " + std::string(74, 'x') + "\n      " +
+                          std::string(26, 'x') + "=2, last=3)\n"));
+}
+
+TEST_F(Summary, TellsTenLinesOfArgumentsAtMost)
+{
+    const std::string name(2000, 'x');
+    Write("wide.xml",
+          LogOf("    <A call_num=\"1\" call_time=\"0.1 s\">\n<" + name + ">1</" + name + ">    </A>\n"));
+    const std::string line = "      " + std::string(74, 'x') + "\n";
+    const std::string out = Run({"wide.xml"}).out;
+    EXPECT_THAT(out, HasSubstr("\n  #1  0.100000  A\n      (" + std::string(73, 'x') + "\n" + line));
+    EXPECT_THAT(out, HasSubstr(line + "      " + std::string(70, 'x') + "...)\n"));
+}
+
+TEST_F(Summary, BreaksTheLineOfCountsWhereNumbersAreLong)
+{
+    std::string calls;
+    for (std::uint64_t i = 0; i < 12; ++i)
+        calls += "    <A call_num=\"" + std::to_string(9000000000 + i) +
+                 "\" call_time=\"0.1 s\">\n        <return_time>0.2 s</return_time>\n"
+                 "        <return>CADI_STATUS_CmdNotSupported</return>\n    </A>\n";
+    Write("wide.xml", LogOf(calls));
+    EXPECT_THAT(
+        Run({"wide.xml"}).out,
+        HasSubstr("\n12 calls, 12 failed (9000000000 9000000001 9000000002 9000000003 9000000004\n"
+                  "  9000000005 9000000006 9000000007 9000000008 9000000009 ...), 200 ms\n"));
+}
+
+TEST_F(Summary, LeavesALongPathALineOfItsOwn)
+{
+    const std::string name = std::string(70, 'x') + ".xml";
+    Write(name, Read("run-4243.xml"));
+    EXPECT_THAT(Run({name}).out, StartsWith(name + "\n  run log of process 4243 on lab7,\n  2026-"));
 }
 
 }  // namespace
