@@ -65,7 +65,16 @@ bool IsFilter(const OptionText& option)
 
 bool NamesFile(const OptionText& option)
 {
-    return option.value == "FILE";
+    return option.value == "FILE" || option.value == "LOG" || option.value == "FOLDER" ||
+           option.value == "PAGE";
+}
+
+/// What a line may begin with in place of a command.
+std::vector<OptionText> FirstOptions()
+{
+    return {{{"--version"}, "", {}, "the version, and what it reads", ""},
+            {{"--man"}, "", {}, "the man page", ""},
+            {{"--completion"}, "SHELL", {"bash", "zsh", "fish"}, "what completes words in a shell", ""}};
 }
 
 // ---- bash
@@ -80,6 +89,20 @@ std::string Names(const CommandText& command, Chosen chosen)
         if (chosen(option))
             names += " " + Join(option.names, " ");
     return names.empty() ? "" : names.substr(1);
+}
+
+/// What is offered in the first place, besides the commands.
+std::string FirstForBash()
+{
+    std::string names;
+    std::string words;
+    for (const OptionText& option : FirstOptions()) {
+        names += " " + Join(option.names, " ");
+        if (!option.words.empty())
+            words += "    if ((COMP_CWORD == 2)) && [[ $before == " + option.names.front() +
+                     " ]]; then\n        words='" + Join(option.words, " ") + "'\n    fi\n";
+    }
+    return "    ((COMP_CWORD > 1)) || options+='" + names + "'\n" + words;
 }
 
 std::string ForBash(const std::vector<CommandText>& commands)
@@ -115,9 +138,10 @@ std::string ForBash(const std::vector<CommandText>& commands)
            "        command=${COMP_WORDS[1]}\n"
            "    fi\n"
            "    case $command in\n" +
-           cases +
-           "        help) words=$commands ;;\n"
-           "    esac\n"
+           cases + "        help) words='" + names +
+           "' ;;\n"
+           "    esac\n" +
+           FirstForBash() +
            "    if [[ $words ]]; then\n"
            "        mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
            "    elif [[ $word == -* ]]; then\n"
@@ -166,6 +190,9 @@ std::string ForZsh(const std::vector<CommandText>& commands)
             "        " + (command.name.empty() ? "''" : command.name) + ")\n            _arguments -s";
         for (const OptionText& option : command.options)
             cases += " \\\n                " + ForZsh(option);
+        if (command.name.empty())
+            for (const OptionText& option : FirstOptions())
+                cases += " \\\n                '(- *)'" + ForZsh(option);
         cases += " \\\n                '*:log:_files'\n            ;;\n";
     }
     return "#compdef scrivel\n"
@@ -189,7 +216,10 @@ std::string ForZsh(const std::vector<CommandText>& commands)
            "    fi\n"
            "    case $command in\n" +
            cases +
-           "        help) _describe -t commands command commands ;;\n"
+           "        help)\n"
+           "            commands[-1]=()\n"
+           "            _describe -t commands command commands\n"
+           "            ;;\n"
            "    esac\n"
            "}\n"
            "_scrivel \"$@\"\n";
@@ -203,6 +233,19 @@ std::string InFishQuotes(const std::string& text)
     return "'" + Replaced(Replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
 }
 
+/// -C and --context:  -s C -l context -x -d 'help'
+std::string ForFish(const OptionText& option)
+{
+    std::string text;
+    for (const std::string& name : option.names)
+        text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    if (!option.words.empty())
+        text += " -xa '" + Join(option.words, " ") + "'";
+    else if (!option.value.empty())
+        text += NamesFile(option) ? " -r" : " -x";
+    return text + " -d " + InFishQuotes(option.help) + "\n";
+}
+
 std::string ForFish(const std::vector<CommandText>& commands)
 {
     std::string names;
@@ -210,23 +253,20 @@ std::string ForFish(const std::vector<CommandText>& commands)
         names += command.name.empty() ? "" : " " + command.name;
     const std::string before = "complete -c scrivel -n ";
     std::string text = "# Completes the words of scrivel in fish.\n";
+    for (const OptionText& option : FirstOptions())
+        text += before + "__fish_use_subcommand" + ForFish(option);
+    text += before + "__fish_use_subcommand -a help -d 'a command and its options'\n" + before +
+            "'__fish_seen_subcommand_from help; and not __fish_seen_subcommand_from" + names + "' -xa '" +
+            names.substr(1) + "'\n";
     for (const CommandText& command : commands) {
         std::string where = "'__fish_seen_subcommand_from " + command.name + "'";
         if (command.name.empty())
-            where = "'not __fish_seen_subcommand_from" + names + "'";
+            where = "'not __fish_seen_subcommand_from help" + names + "'";
         else
             text += before + "__fish_use_subcommand -a " + command.name + " -d " +
                     InFishQuotes(command.summary) + "\n";
-        for (const OptionText& option : command.options) {
-            text += before + where;
-            for (const std::string& name : option.names)
-                text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
-            if (!option.words.empty())
-                text += " -xa '" + Join(option.words, " ") + "'";
-            else if (!option.value.empty())
-                text += NamesFile(option) ? " -r" : " -x";
-            text += " -d " + InFishQuotes(option.help) + "\n";
-        }
+        for (const OptionText& option : command.options)
+            text += before + where + ForFish(option);
     }
     return text;
 }

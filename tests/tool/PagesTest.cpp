@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -16,6 +17,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
+using testing::Not;
 
 namespace
 {
@@ -163,6 +165,46 @@ TEST_F(Pages, ZshAndFishHaveEachOption)
     }
 }
 
+TEST_F(Pages, EachShellCompletesFilesWhereAnOptionTakesOne)
+{
+    Write("calm.xml", LogOf(""));
+    const std::string zsh = Run({"--completion", "zsh"}).out;
+    const std::string fish = Run({"--completion", "fish"}).out;
+    for (const auto& [command, option, value] :
+         std::vector<std::tuple<std::string, std::string, std::string>>{{"check", "junit", "FILE"},
+                                                                        {"diff", "with", "LOG"},
+                                                                        {"report", "output", "FOLDER"},
+                                                                        {"view", "output", "PAGE"}}) {
+        EXPECT_THAT(Completed({command, "--" + option, "cal"}), ElementsAre("calm.xml")) << command;
+        EXPECT_THAT(zsh, HasSubstr(":" + value + ":_files'"));
+        EXPECT_TRUE(std::regex_search(
+            fish, std::regex("seen_subcommand_from " + command + "'[^\n]* -l " + option + " -r ")))
+            << command;
+    }
+}
+
+TEST_F(Pages, EachShellCompletesWhatStandsInPlaceOfACommand)
+{
+    EXPECT_THAT(Completed({"--"}), IsSupersetOf({"--version", "--man", "--completion"}));
+    EXPECT_THAT(Completed({"run.xml", "--"}), Not(Contains("--version")));
+    EXPECT_THAT(Completed({"--completion", ""}), ElementsAre("bash", "zsh", "fish"));
+    const std::string zsh = Run({"--completion", "zsh"}).out;
+    const std::string fish = Run({"--completion", "fish"}).out;
+    for (const std::string option : {"version", "man", "completion"}) {
+        EXPECT_THAT(zsh, HasSubstr("'(- *)''--" + option + "["));
+        EXPECT_THAT(fish, HasSubstr("__fish_use_subcommand -l " + option + " "));
+    }
+    EXPECT_THAT(zsh, HasSubstr("(bash zsh fish)"));
+    EXPECT_THAT(fish, HasSubstr(" -l completion -xa 'bash zsh fish'"));
+}
+
+TEST_F(Pages, HelpIsCompletedByCommandsAlone)
+{
+    const std::vector<std::string> offered = Completed({"help", ""});
+    EXPECT_EQ(Words(offered.begin(), offered.end()), Commands());
+    EXPECT_THAT(Completed({"hel"}), ElementsAre("help"));
+}
+
 TEST_F(Pages, ZshTakesItsCompletion)
 {
     if (std::system("command -v zsh >/dev/null") != 0)
@@ -177,6 +219,11 @@ TEST_F(Pages, FishCompletesOptions)
     EXPECT_TRUE(Shell("HOME=$PWD fish", Run({"--completion", "fish"}).out +
                                             "complete --do-complete 'scrivel calls --las' >completed\n"));
     EXPECT_THAT(Read("completed"), HasSubstr("--last"));
+    EXPECT_TRUE(Shell("HOME=$PWD fish", Run({"--completion", "fish"}).out +
+                                            "complete --do-complete 'scrivel help ' >completed\n"));
+    const std::string offered = "\n" + Read("completed");
+    EXPECT_THAT(offered, HasSubstr("\ncalls\n"));
+    EXPECT_THAT(offered, Not(HasSubstr("\nhelp")));
 }
 
 TEST_F(Pages, NoOtherShellIsCompleted)
