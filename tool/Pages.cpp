@@ -379,7 +379,9 @@ std::string ManPage(const Commands& table)
            "A log may be damaged, cut short or still in the process's hands.\n" +
            CommandsForMan(commands) +
            ".SH CHOOSING CALLS\n"
-           "Every command that reads calls takes these options. A call must fit all that are given.\n" +
+           "Every command that reads calls takes these options; where \\fB\\-\\-to\\fR is another "
+           "option,\n"
+           "\\fB\\-\\-until\\fR takes its place. A call must fit all that are given.\n" +
            FilterForMan(commands) +
            ".PP\n"
            "An expression has\n"

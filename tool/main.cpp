@@ -93,7 +93,9 @@ std::string Help()
     std::string text = "scrivel tells what a log of CADI calls says.\n\n"
                        "Usage: scrivel COMMAND [OPTIONS] LOG...\n";
     if (const Command* nameless = Find(""); nameless != nullptr) {
-        text += "       scrivel [OPTIONS] LOG...    " + std::string(nameless->summary) + "\n";
+        text += "       scrivel [OPTIONS] LOG...    " + std::string(nameless->summary) +
+                "\n\nWithout a command there are --json and the options that choose calls, too:\n"
+                "scrivel --json --help tells them.\n";
         text += "\nExamples:\n  " + InLines(nameless->examples) + "\n";
     }
     text += "\nCommands:\n";

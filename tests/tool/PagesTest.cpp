@@ -205,6 +205,19 @@ TEST_F(Pages, HelpIsCompletedByCommandsAlone)
     EXPECT_THAT(Completed({"hel"}), ElementsAre("help"));
 }
 
+TEST_F(Pages, ManPageTellsWhichNameTheEndOfTheTimesHas)
+{
+    EXPECT_THAT(Run({"--man"}).out,
+                HasSubstr("takes these options; where \\fB\\-\\-to\\fR is another option,\n"
+                          "\\fB\\-\\-until\\fR takes its place."));
+}
+
+TEST_F(Pages, HelpTellsWhereTheOptionsWithoutACommandAreTold)
+{
+    EXPECT_THAT(Run({"--help"}).out, HasSubstr("\nscrivel --json --help tells them.\n"));
+    EXPECT_THAT(Run({"--json", "--help"}).out, HasSubstr("\n  -f,--failed "));
+}
+
 TEST_F(Pages, ZshTakesItsCompletion)
 {
     if (std::system("command -v zsh >/dev/null") != 0)
