@@ -140,6 +140,7 @@ public:
             return Exit::Trouble;
         bool trouble = false;
         bool found = false;
+        bool leftOut = false;
         for (const std::string& path : logs.Logs(terminal, trouble)) {
             std::string error;
             const auto input = OpenLogAnywhere(path, error);
@@ -165,8 +166,12 @@ public:
             const Finder& used = within ? finder : *second;
             const bool isPart = within && size > neighbourhood;
             for (const Call& call : used.Calls()) {
-                if (!chosen.Matches(call) || !asked->IsOf(call))
+                if (!asked->IsOf(call))
                     continue;
+                if (!chosen.Matches(call)) {
+                    leftOut = true;
+                    continue;
+                }
                 found = true;
                 if (xml)
                     PrintXml(descriptor, call, terminal);
@@ -177,7 +182,7 @@ public:
             }
         }
         if (!found && !trouble)
-            terminal.Error("there is no call " + text);
+            terminal.Error("there is no call " + text + (leftOut ? " that the filter leaves" : ""));
         return trouble ? Exit::Trouble : found ? Exit::Found : Exit::Nothing;
     }
 

@@ -234,4 +234,11 @@ TEST_F(Show, ShowsTheCallsThatTheFilterLeaves)
     EXPECT_EQ(Run({"show", "100", "long.xml", "-t", "T3"}).status, 1);
 }
 
+TEST_F(Show, TellsThatTheFilterLeavesOutACall)
+{
+    EXPECT_EQ(Run({"show", "1", "-n", "None", "run.xml"}).error,
+              "scrivel: there is no call 1 that the filter leaves\n");
+    EXPECT_EQ(Run({"show", "99", "-n", "None", "run.xml"}).error, "scrivel: there is no call 99\n");
+}
+
 }  // namespace
