@@ -509,6 +509,7 @@ public:
         options.Option(
             "--times", "1ms", times,
             "take them as pairs, and show those that took longer by so much in the second run");
+        options.Exclude("--times", "--results");
         filter.AddTo(options);
     }
 

@@ -49,6 +49,7 @@ public:
         logs.AddJsonTo(options);
         options.Option("--last", "N", last, "begin with the last N calls that have returned already: 10");
         options.Flag("--all", all, "begin with the first call of the log");
+        options.Exclude("--all", "--last");
         filter.AddTo(options);
     }
 

@@ -119,6 +119,11 @@ void Options::Required(const char* names, const char* type, std::string& value, 
     parser->Add(names, type, value, help)->required();
 }
 
+void Options::Exclude(const char* name, const char* other)
+{
+    parser->line.get_option(name)->excludes(parser->line.get_option(other));
+}
+
 void Options::BeginGroup(const char* title)
 {
     parser->group = title;
@@ -134,7 +139,12 @@ Request Options::Read(const std::vector<std::string>& arguments)
     } catch (const CLI::Error& wrong) {
         error = wrong.what();
     }
-    // CLI11 says what is wrong; an unknown option is answered by the nearest one that there is.
+    // CLI11 says what is wrong, but not that it is an option that was given again.
+    for (const CLI::Option* const option : parser->line.get_options())
+        if (option->count() > 1 && option->get_items_expected_max() == 1 &&
+            option->get_multi_option_policy() == CLI::MultiOptionPolicy::Throw)
+            error = option->get_name() + " is given more than once";
+    // An unknown option is answered by the nearest one that there is.
     std::vector<std::string> known;
     for (const OptionText& option : All())
         known.insert(known.end(), option.names.begin(), option.names.end());

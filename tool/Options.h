@@ -60,6 +60,9 @@ public:
     /// Must be there all the same.
     void Required(const char* names, const char* type, std::string& value, const char* help);
 
+    /// Two that were told already, and mustn't be given both.
+    void Exclude(const char* name, const char* other);
+
     /// What --help has in common as a heading over the options that follow.
     void BeginGroup(const char* title);
 

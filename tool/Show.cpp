@@ -129,6 +129,7 @@ public:
         logs.AddTo(options);
         logs.AddJsonTo(options);
         options.Flag("--xml", xml, "its elements as they stand in the log");
+        options.Exclude("--xml", "--json");
         options.Flag("--scan", scan, "read the whole log: for line, thread, and every call it is within");
         filter.AddTo(options);
     }

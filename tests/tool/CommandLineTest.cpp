@@ -212,4 +212,29 @@ TEST_F(CommandLine, SaysWhatTheFilterDoesntUnderstand)
     EXPECT_EQ(outcome.status, 2);
 }
 
+TEST_F(CommandLine, RefusesOptionsThatExcludeEachOther)
+{
+    for (const auto& [line, error] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"show", "1", "--xml", "--json"}, "--json excludes --xml (scrivel show"},
+             {{"follow", "--all", "--last", "3"}, "--last excludes --all (scrivel follow"},
+             {{"diff", "--times", "1ms", "--results", "run.xml"},
+              "--results excludes --times (scrivel diff"}}) {
+        std::vector<std::string> arguments = line;
+        arguments.emplace_back("run.xml");
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.error, "scrivel: " + error + " --help tells more)\n");
+        EXPECT_EQ(outcome.status, 2) << line[0];
+    }
+}
+
+TEST_F(CommandLine, TellsWhichOptionIsGivenMoreThanOnce)
+{
+    EXPECT_EQ(Run({"calls", "--last", "1", "--last", "2", "run.xml"}).error,
+              "scrivel: --last is given more than once (scrivel calls --help tells more)\n");
+    EXPECT_EQ(Run({"calls", "-n", "A", "--name", "B", "run.xml"}).error,
+              "scrivel: --name is given more than once (scrivel calls --help tells more)\n");
+    EXPECT_THAT(Run({"diff", "--with", "a", "--with", "b", "--color", "red", "run.xml"}).error,
+                StartsWith("scrivel: --color: "));
+}
+
 }  // namespace
