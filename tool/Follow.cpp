@@ -6,10 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <vector>
@@ -22,6 +24,7 @@
 #include "LogArguments.h"
 #include "Options.h"
 #include "scrivel/LogFollower.h"
+#include "scrivel/LogInput.h"
 #include "scrivel/LogProcess.h"
 
 namespace ScrivelTool
@@ -40,12 +43,27 @@ constexpr std::chrono::seconds changingAtMost(3);
 constexpr std::size_t mostLive = 8;
 constexpr std::size_t mostNames = 4096;
 
+/// Why a log can't be followed whose file nothing is added to; of other files the follower tells.
+std::string WhyNot(const std::string& path)
+{
+    if (path == "-")
+        return "only a file can be followed";
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored))
+        return "";
+    std::string error;
+    const auto input = OpenLog(path, error);
+    if (input == nullptr)
+        return error;
+    return input->Descriptor() ? "" : "a compressed log can't be followed: nothing is added to it";
+}
+
 class Follow final : public ReadingAction
 {
 public:
     explicit Follow(Options& options)
     {
-        logs.AddTo(options);
+        logs.AddTo(options, "the log that is being written: one file, not compressed");
         logs.AddJsonTo(options);
         options.Option("--last", "N", last, "begin with the last N calls that have returned already: 10");
         options.Flag("--all", all, "begin with the first call of the log");
@@ -61,6 +79,10 @@ public:
             return Exit::Trouble;
         }
         std::string path = logs.Paths().front();
+        if (const std::string why = WhyNot(path); !why.empty()) {
+            terminal.Error(path, {}, why);
+            return Exit::Trouble;
+        }
         bool found = false;
         bool toSkip = !all;
         while (true) {

@@ -6,6 +6,7 @@
 #include "tool/Session.h"
 
 #include <array>
+#include <cstdlib>
 #include <fcntl.h>
 #include <future>
 #include <regex>
@@ -189,6 +190,24 @@ TEST_F(Follow, TakesOneLogThatIsAFile)
     EXPECT_EQ(Run({"follow", "a.xml"}).error, "scrivel: a.xml: No such file or directory\n");
     EXPECT_EQ(Run({"follow", "."}).error, "scrivel: .: only a file can be followed\n");
     EXPECT_EQ(Run({"follow", "."}).status, 2);
+    EXPECT_EQ(Run({"follow", "-"}).error, "scrivel: standard input: only a file can be followed\n");
+    EXPECT_EQ(Run({"follow", "-"}).status, 2);
+}
+
+TEST_F(Follow, RefusesALogThatIsCompressed)
+{
+    Write("run.xml", LogOf(session));
+    ASSERT_EQ(std::system(("cd " + Quoted(Folder()) + " && gzip run.xml").c_str()), 0);
+    const Outcome outcome = Run({"follow", "run.xml.gz"});
+    EXPECT_EQ(outcome.error,
+              "scrivel: run.xml.gz: a compressed log can't be followed: nothing is added to it\n");
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(Follow, HelpTellsThatOneFileIsFollowed)
+{
+    EXPECT_NE(Run({"follow", "--help"}).out.find("one file, not compressed\n"), std::string::npos);
+    EXPECT_NE(Run({"report", "--help"}).out.find("one log file; .gz and .zst too\n"), std::string::npos);
 }
 
 }  // namespace
