@@ -21,6 +21,7 @@ namespace
 {
 
 constexpr std::size_t mostRegisters = 6;
+constexpr std::size_t mostOpen = 8;  // of the calls that had not returned
 
 std::string ThreadText(const Call& call)
 {
@@ -152,8 +153,10 @@ private:
         const std::vector<const Call*> open = log.Innermost();
         if (open.empty())
             text += EndText(log) + "\n";
-        for (std::size_t i = 0; i < open.size(); ++i)
+        for (std::size_t i = 0; i < std::min(open.size(), mostOpen); ++i)
             text += OpenText(log, *open[i], i == 0, terminal);
+        if (open.size() > mostOpen)
+            text += "and one in each of " + Counted(open.size() - mostOpen, "more thread") + "\n";
 
         if (!open.empty())
             text += BeforeText(log, log.Before(*open.front()), terminal);

@@ -111,6 +111,24 @@ TEST_F(Summary, NamesWhichOfTheCallsOfANumberTouchedThePlaceLast)
     EXPECT_THAT(Run({"twice.xml"}).out, HasSubstr("last touched by #1#2 (wrote)"));
 }
 
+TEST_F(Summary, ShowsOpenCallsOfAFewThreads)
+{
+    const auto log = [](int threads) {
+        std::string calls;
+        for (int number = 1; number <= threads; ++number)
+            calls += "    <A call_num=\"" + std::to_string(number) +
+                     "\" call_time=\"0.000001 s\" threadId=\"" + std::to_string(number) +
+                     "\">\n    </A>\n";
+        return LogOf(calls);
+    };
+    Write("eight.xml", log(8));
+    EXPECT_THAT(Run({"eight.xml"}).out, HasSubstr("  #1  0.000001  T1  A()\n8 calls, 8 not returned"));
+    Write("many.xml", log(300));
+    EXPECT_THAT(Run({"many.xml"}).out, HasSubstr("  #293  0.000001  T293  A()\n"
+                                                 "and one in each of 292 more threads\n"
+                                                 "300 calls, 300 not returned"));
+}
+
 TEST_F(Summary, TellsWhatCameBeforeACallThatManyWereMadeIn)
 {
     const auto call = [](int number, const std::string& name, const std::string& rest) {
