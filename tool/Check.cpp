@@ -34,7 +34,8 @@ enum class Oddity : std::size_t
     NeverReturned,
     RepeatedNumber,
     LostBeginning,
-    ClockSetBack
+    ClockSetBack,
+    Misnumbered
 };
 
 struct OddityWords
@@ -43,11 +44,12 @@ struct OddityWords
     std::string_view text;  ///< of one call
     std::string_view many;
 };
-constexpr std::array<OddityWords, 4> oddityWords = {{
+constexpr std::array<OddityWords, 5> oddityWords = {{
     {"never_returned", "had not returned when the log ended", "calls that had not returned"},
     {"repeated_number", "has the number of a call before it", "numbers that come again"},
     {"lost_beginning", "goes on, but its beginning is lost", "calls whose beginning is lost"},
     {"clock_set_back", "is where the clock was set back", "times at which the clock was set back"},
+    {"misnumbered", "is no call, as it has no number but", "elements that have no number"},
 }};
 
 /// What a session must keep to.
@@ -155,6 +157,14 @@ public:
         }
     }
 
+    void Misnumbered(std::string_view name, std::string_view number, const Part& place) override
+    {
+        const std::string text(oddityWords[std::size_t(Oddity::Misnumbered)].text);
+        Tell(Oddity::Misnumbered, place, {{"name", name}, {"number", number}},
+             {{"  ", Printable(std::string(name)), Style::Name},
+              {" ", text + " \"" + Printable(std::string(number)) + "\""}});
+    }
+
     /// Prints the verdict; whether the log is whole and within the bounds.
     bool Finish(const LogEnd& end, JUnitSuite& suite)
     {
@@ -199,24 +209,31 @@ private:
 
     void Tell(Oddity oddity, const Call& call, std::optional<std::int64_t> step = {})
     {
-        const OddityWords& words = oddityWords[std::size_t(oddity)];
-        const Part& place = call.parts.front();
+        Json members = {{"call", call.number}, {"occurrence", call.occurrence}, {"name", call.name}};
+        if (step) {
+            members["step"] = double(*step) / 1e9;
+        }
+        const std::string text(oddityWords[std::size_t(oddity)].text);
+        Tell(oddity, call.parts.front(), members,
+             {{"  ", "#" + NumberText(call)},
+              {" ", Printable(call.name), Style::Name},
+              {" ", text + (step ? " by " + DurationText(*step) : "")}});
+    }
+
+    void Tell(Oddity oddity, const Part& place, const Json& members, std::vector<Fact> facts)
+    {
         if (json) {
-            Json object = {{"schema", jsonSchema},          {"kind", words.kind}, {"log", path},
-                           {"offset", place.begin},         {"line", place.line}, {"call", call.number},
-                           {"occurrence", call.occurrence}, {"name", call.name}};
-            if (step) {
-                object["step"] = double(*step) / 1e9;
-            }
+            Json object = {{"schema", jsonSchema},
+                           {"kind", oddityWords[std::size_t(oddity)].kind},
+                           {"log", path},
+                           {"offset", place.begin},
+                           {"line", place.line}};
+            object.update(members);
             terminal.Print(JsonLine(object));
         } else if (told[std::size_t(oddity)]++ < mostTold) {
-            oddities +=
-                FactLines({{"  ", "#" + NumberText(call)},
-                           {" ", Printable(call.name), Style::Name},
-                           {" ", std::string(words.text) + (step ? " by " + DurationText(*step) : "")},
-                           {" ", "(line " + std::to_string(place.line) + ", byte " +
-                                     std::to_string(place.begin) + ")"}},
-                          4, terminal);
+            facts.push_back({" ", "(line " + std::to_string(place.line) + ", byte " +
+                                      std::to_string(place.begin) + ")"});
+            oddities += FactLines(facts, 4, terminal);
         }
     }
 

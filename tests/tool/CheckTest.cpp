@@ -157,6 +157,21 @@ TEST_F(Check, WritesJUnit)
                                         "it can't be read"}));
 }
 
+TEST_F(Check, TellsOfWhatHasNoNumberInItsPlace)
+{
+    std::string log = LogOf(returned);
+    log.insert(log.find("call_num=\"2\"") + 11, "x");
+    Write("digit.xml", log);
+    EXPECT_THAT(
+        Run({"check", "digit.xml"}).out,
+        testing::ContainsRegex(
+            "  CADIStop is no call, as it has no number but \"2x\" \\(line [0-9]+, byte 291\\)\n"));
+    EXPECT_THAT(Run({"check", "--json", "digit.xml"}).out,
+                testing::ContainsRegex("\"kind\":\"misnumbered\",\"log\":\"digit.xml\",\"offset\":291,"
+                                       "\"line\":[0-9]+,\"name\":\"CADIStop\",\"number\":\"2x\"}\n"));
+    EXPECT_EQ(Run({"check", "digit.xml"}).status, 0);
+}
+
 TEST_F(Check, WritesJUnitOverNoLog)
 {
     const std::string log = Read("run.xml");
