@@ -4,12 +4,12 @@
 #define SCRIVEL_TOOL_ENTRYORDER_H
 
 #include <cstdint>
-#include <cstdio>
 #include <deque>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace ScrivelTool
 {
@@ -43,9 +43,10 @@ public:
 
 private:
     void MoveToFile();
-    bool Write(const std::optional<Line>& line);
+    std::size_t Write(std::string_view bytes) const;
     bool TakeFromFile();
-    void Lose();
+    bool Read(std::uint64_t offset, char* to, std::size_t size);
+    void Lose(int number);
 
     std::function<void(Line&&)> take;
 
@@ -56,10 +57,12 @@ private:
     std::size_t bytes = 0;               // of the lines in waiting
     std::map<std::uint64_t, Line> late;  // of calls that were open when they went into the file
 
-    std::FILE* file = nullptr;
+    int file = -1;
     bool noFile = false;
-    long readAt = 0;
-    long writeAt = 0;
+    std::uint64_t readAt = 0;
+    std::uint64_t writeAt = 0;
+    std::string buffer;  // bytes of the file
+    std::uint64_t bufferAt = 0;
     std::string error;
 };
 

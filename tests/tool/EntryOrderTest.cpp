@@ -4,8 +4,9 @@
 
 #include "tool/Program.h"
 
+#include <csignal>
 #include <cstdlib>
-#include <random>
+#include <sys/resource.h>
 
 using namespace ScrivelTool;
 using ScrivelTest::LogOf;
@@ -93,6 +94,28 @@ TEST_F(EntryOrders, KeepLinesInMemoryWhereNoFileCanBeMade)
     ExpectTaken(0, 20000);
     EXPECT_EQ(order.Error(), "");
     unsetenv("TMPDIR");
+}
+
+TEST_F(EntryOrders, KeepLinesInMemoryThatTheFileHasNoRoomFor)
+{
+    constexpr std::uint64_t count = 30000;
+    const auto former = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    // Room for a few batches, and for a part of the next, which ends in the midst of a line.
+    const rlimit little{300001, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &little);
+    for (std::uint64_t entry = 0; entry < count; ++entry) {
+        order.Entered();
+        if (entry != 0) {
+            End(entry);
+        }
+    }
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, former);
+    End(0);
+    ExpectTaken(0, count);
+    EXPECT_EQ(order.Error(), "");
 }
 
 }  // namespace
