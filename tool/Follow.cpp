@@ -149,7 +149,8 @@ private:
                     return {};
                 }
                 terminal.Flush();
-                terminal.ShowLive(Live());
+                if (terminal.ShowsLive())
+                    terminal.ShowLive(Live());
                 std::this_thread::sleep_for(betweenLooks);
             }
         }
@@ -160,21 +161,24 @@ private:
         // ---- LogHandler
         void Entered(const Call& call) override
         {
-            open[call.entry] = call;
+            if (!terminal.ShowsLive())
+                return;
+            open[call.entry] = RunningOf(call);
             if (call.threadId)
                 threads[*call.threadId] = call.thread;
             Passed(call.callTime);
         }
-        void Element(const Call& call) override { open[call.entry] = call; }
+        void Element(const Call& call) override
+        {
+            if (terminal.ShowsLive())
+                open[call.entry] = RunningOf(call);
+        }
         void TakenBack(const Call& call) override { open.erase(call.entry); }
         void Ended(Call& call) override
         {
-            open.erase(call.entry);
-            Passed(call.returnTime);
+            if (terminal.ShowsLive())
+                NoteEnd(call);
             stillOpen += call.Returned() ? 0U : 1U;
-            if (const auto took = call.Took();
-                took && (times.size() < mostNames || times.count(call.name) != 0))
-                times[call.name].Add(*took);
             if (!chosen.Matches(call))
                 return;
             found = true;
@@ -287,26 +291,53 @@ private:
 
         // ---- Calls that are running -----------------------------------------------------------------
 
+        /// What a line says of a call that has not returned.
+        struct Running
+        {
+            std::uint64_t number = 0;
+            std::uint32_t occurrence = 1;
+            std::string name;
+            std::uint32_t thread = 0;
+            std::optional<Time> callTime;
+            std::string text;
+        };
+
+        static Running RunningOf(const Call& call)
+        {
+            return {call.number, call.occurrence, call.name, call.thread, call.callTime, CallText(call)};
+        }
+
+        void NoteEnd(const Call& call)
+        {
+            open.erase(call.entry);
+            Passed(call.returnTime);
+            if (const auto took = call.Took();
+                took && (times.size() < mostNames || times.count(call.name) != 0))
+                times[call.name].Add(*took);
+        }
+
         ///   68  0.016720  RUNNING 41 s  T1 CADIExecContinue()    (4 before: median 54 us)
         std::string Live() const
         {
-            std::vector<const Call*> running;
+            std::vector<const Running*> running;
             for (const auto& [entry, call] : open)
                 running.push_back(&call);
             // The last one is no more than seen, or was entered long ago and goes on there.
-            std::optional<Call> latest = follower.Last();
+            const std::optional<Call>& latest = follower.Last();
             const bool isKnown =
-                latest && std::any_of(running.begin(), running.end(), [&](const Call* call) {
+                latest && std::any_of(running.begin(), running.end(), [&](const Running* call) {
                     return call->number == latest->number && call->name == latest->name;
                 });
+            Running unknown;
             if (latest && !isKnown) {
+                unknown = RunningOf(*latest);
                 // It was read alone, as the first one of the first thread.
                 if (latest->threadId) {
                     const auto thread = threads.find(*latest->threadId);
-                    latest->thread =
+                    unknown.thread =
                         thread != threads.end() ? thread->second : std::uint32_t(threads.size() + 1);
                 }
-                running.push_back(&*latest);
+                running.push_back(&unknown);
             }
             std::string text;
             const std::size_t shown = std::min(running.size(), mostLive);
@@ -315,15 +346,15 @@ private:
             return text;
         }
 
-        std::string LiveLine(const Call& call) const
+        std::string LiveLine(const Running& call) const
         {
-            std::string text = NumberText(call);
+            std::string text = NumberText(call.number, call.occurrence);
             text.insert(0, text.size() < 4 ? 4 - text.size() : 0, ' ');
             text += "  " + TimeText(call.callTime) + "  RUNNING";
             if (const auto running = RunningFor(call))
                 text += " " + DurationText(*running);
             text += "  " + (call.thread == 0 ? "" : "T" + std::to_string(call.thread) + " ") +
-                    Printable(CallText(call));
+                    Printable(call.text);
             std::string note;
             if (const auto before = times.find(call.name); before != times.end())
                 note = "    (" + std::to_string(before->second.Count()) + " before: median " +
@@ -339,7 +370,7 @@ private:
         }
 
         /// The file was last changed at the last time that it tells.
-        std::optional<std::int64_t> RunningFor(const Call& call) const
+        std::optional<std::int64_t> RunningFor(const Running& call) const
         {
             struct stat file
             {
@@ -362,7 +393,7 @@ private:
         bool toSkip;
         LogFollower follower;
         std::deque<std::string> kept;
-        std::map<std::uint64_t, Call> open;  // that something has followed, by entry
+        std::map<std::uint64_t, Running> open;  // that something has followed, by entry
         std::unordered_map<std::uint64_t, std::uint32_t> threads;  // by their id
         std::unordered_map<std::string, Durations> times;
         std::uint64_t stillOpen = 0;  // calls that were handed on as never returned

@@ -211,7 +211,7 @@ bool Terminal::Finish()
 
 void Terminal::ShowLive(std::string_view text)
 {
-    if (!outputIsTerminal || pager != 0)
+    if (!ShowsLive())
         return;
     EraseLive();
     Flush();

@@ -60,6 +60,7 @@ public:
     /// Lines that stay below what is printed, until others take their place. They are there for a person:
     /// nothing of them goes into a file or a pipe.
     void ShowLive(std::string_view text);
+    bool ShowsLive() const { return outputIsTerminal && pager == 0; }
 
     // ---- Standard error -----------------------------------------------------------------------------
     /// scrivel: FILE:LINE: what
