@@ -110,13 +110,14 @@ private:
 
 }  // namespace
 
-std::optional<Call> ReadCall(int descriptor, const CallPlace& place)
+std::optional<Call> ReadCall(int descriptor, const CallPlace& place, const Tree::Limits& limits)
 {
     // The parser takes an end tag for one when something follows it.
     constexpr std::uint64_t following = 64;
     constexpr std::string_view root = "<log>";
     CallAt call(place.begin);
     ReadOptions options;
+    options.limits = limits;
     options.offset = place.from - root.size();  // may wrap below zero, and back
     LogReader reader(call, options);
     reader.Feed(root);

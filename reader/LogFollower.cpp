@@ -251,9 +251,15 @@ public:
         return FinishReader();
     }
 
+    const std::optional<Call>& Last()
+    {
+        if (const auto place = std::exchange(toRead, {}))
+            last = ReadCall(descriptor, {place->begin, place->begin, place->end}, options.limits);
+        return last;
+    }
+
     LogHeader header;
     LogEnding ending;
-    std::optional<Part> last;
     std::string error;
     int descriptor = -1;
 
@@ -290,6 +296,7 @@ private:
         header = {};
         ending = {};
         last.reset();
+        toRead.reset();
         error.clear();
         root.clear();
         fingerprint.clear();
@@ -346,7 +353,8 @@ private:
         if (resume == 0)
             root = scan.Root();
         resume = std::max(resume, scan.Resume());
-        last = scan.Last();
+        last.reset();
+        toRead = scan.Last();
         ending = EndingOf(scan.End(), scan.LastEnd());
         if (scan.Settled() > settled) {
             settled = scan.Settled();
@@ -424,6 +432,8 @@ private:
     std::uint64_t settled = 0;    // what lies before this offset stays as it is
     std::uint64_t delivered = 0;  // and was handed on up to this one
     std::uint64_t resume = 0;
+    std::optional<Part> toRead;  // where the last call stands that has not been read
+    std::optional<Call> last;
     std::string fingerprint;             // the bytes before settled
     std::optional<struct stat> scanned;  // the file, as the last good scan began
     std::int64_t scannedAt = 0;
@@ -462,11 +472,9 @@ LogEnding LogFollower::Ending() const
     return impl->ending;
 }
 
-std::optional<Call> LogFollower::Last() const
+const std::optional<Call>& LogFollower::Last() const
 {
-    if (!impl->last)
-        return {};
-    return ReadCall(impl->descriptor, {impl->last->begin, impl->last->begin, impl->last->end});
+    return impl->Last();
 }
 
 const std::string& LogFollower::Error() const

@@ -27,7 +27,7 @@ struct CallPlace
 
 /// The call at this place. Its thread, ancestors, entry and occurrence take the whole log to know.
 /// Nothing when no call begins there.
-std::optional<Call> ReadCall(int descriptor, const CallPlace& place);
+std::optional<Call> ReadCall(int descriptor, const CallPlace& place, const Tree::Limits& limits = {});
 
 }  // namespace ScrivelReader
 

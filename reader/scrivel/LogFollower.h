@@ -56,8 +56,8 @@ public:
     const LogHeader& Header() const;
     LogEnding Ending() const;
     /// The call in which the log ends, when it has not returned: it is handed on when something follows
-    /// it.
-    std::optional<Call> Last() const;
+    /// it. It is read when it is asked for, once a look that finds the file changed.
+    const std::optional<Call>& Last() const;
     /// Why the last look found no document: empty when it did.
     const std::string& Error() const;
 

@@ -110,6 +110,36 @@ TEST_F(Follower, KeepsAnOpenCallBackUntilSomethingFollowsIt)
     EXPECT_EQ(Finished(), "1 open, ");
 }
 
+TEST_F(Follower, ReadsTheLastCallOnceALookThatFindsTheFileChanged)
+{
+    EXPECT_EQ(Handed(header + Open(1) + rootEnd), "");
+    ASSERT_TRUE(follower.Last().has_value());
+    Put(header + Open(2) + rootEnd);
+    ASSERT_TRUE(follower.Last().has_value());
+    EXPECT_EQ(follower.Last()->number, 1U);
+    EXPECT_EQ(follower.Look(), Seen::Document);
+    ASSERT_TRUE(follower.Last().has_value());
+    EXPECT_EQ(follower.Last()->number, 2U);
+}
+
+TEST_F(Follower, ReadsOfTheLastCallNoMoreThanTheLimits)
+{
+    std::string items;
+    for (int i = 0; i < 100; ++i) {
+        items += "<value>0x1f</value>";
+    }
+    Put(header + std::string("    <B call_num=\"1\"\n     call_time=\"0.1 s\">\n        <data>") + items +
+        "</data>\n    </B>\n" + rootEnd);
+    ReadOptions options;
+    options.limits.bytes = 10;
+    LogFollower limited(*this, options);
+    std::string error;
+    ASSERT_TRUE(limited.Open(log, error)) << error;
+    EXPECT_EQ(limited.Look(), Seen::Document);
+    ASSERT_TRUE(limited.Last().has_value());
+    EXPECT_EQ(limited.Last()->arguments.Find("data").Text().size(), 10U);
+}
+
 TEST_F(Follower, HandsNothingOnOfWhatIsNoDocument)
 {
     const std::string one = header + Returned(1);
