@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
@@ -97,7 +98,6 @@ private:
         struct Shown
         {
             std::string text;
-            bool chosen;    // or there for the context
             bool afterGap;  // the calls right before it aren't shown
         };
 
@@ -136,8 +136,10 @@ private:
             }
             if (*command.last == 0)
                 return;
-            kept.push_back({std::move(text), isChosen, afterGap});
-            if (isChosen && ++chosenKept > *command.last)
+            if (isChosen)
+                chosenKept.push_back(keptFrom + kept.size());
+            kept.push_back({std::move(text), afterGap});
+            if (chosenKept.size() > *command.last)
                 DropFirst();
         }
 
@@ -149,18 +151,14 @@ private:
         }
 
         /// Lets go of the first call that was chosen: it, and those around it, may still be context of
-        /// the next one.
+        /// the next one. After a gap there are as many calls as make a context.
         void DropFirst()
         {
-            const auto isChosen = [](const Shown& line) { return line.chosen; };
-            const auto first = std::find_if(kept.begin(), kept.end(), isChosen);
-            const auto next = std::find_if(first + 1, kept.end(), isChosen);
-            auto from = next;
-            for (std::size_t i = 0; i < command.context && from != kept.begin() && !from->afterGap; ++i)
-                --from;
-            first->chosen = false;
-            kept.erase(kept.begin(), from);
-            --chosenKept;
+            chosenKept.pop_front();
+            const std::uint64_t next = chosenKept.front();
+            const std::uint64_t from = std::max(keptFrom, next - std::min(command.context, next));
+            kept.erase(kept.begin(), kept.begin() + std::ptrdiff_t(from - keptFrom));
+            keptFrom = from;
         }
 
         const Calls& command;
@@ -171,8 +169,9 @@ private:
         EntryOrder order;
         std::deque<std::string> earlier;  // that may become context
         std::size_t toFollow = 0;
-        std::deque<Shown> kept;  // for --last
-        std::size_t chosenKept = 0;
+        std::deque<Shown> kept;                // for --last
+        std::uint64_t keptFrom = 0;            // how many were shown before the first of them
+        std::deque<std::uint64_t> chosenKept;  // counted alike: those that the filter leaves
         bool gap = false;
         bool shown = false;
         bool found = false;
