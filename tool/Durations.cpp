@@ -4,15 +4,28 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace ScrivelTool
 {
 
+namespace
+{
+
+/// No more than a number of nanoseconds can tell: 292 years.
+std::int64_t Sum(std::int64_t total, std::int64_t nanoseconds)
+{
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    return nanoseconds > 0 && total > most - nanoseconds ? most : total + nanoseconds;
+}
+
+}  // namespace
+
 void Durations::Add(std::int64_t nanoseconds)
 {
     ++count;
-    total += nanoseconds;
+    total = Sum(total, nanoseconds);
     largest = count == 1 ? nanoseconds : std::max(largest, nanoseconds);
     ++counts[Rounded(nanoseconds)];
 }

@@ -1,5 +1,7 @@
 // Quantiles of many durations, exact and near.
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include "Durations.h"
@@ -25,6 +27,16 @@ TEST(Durations, QuantilesAreTheSmallestThatAShareDoesntExceed)
     EXPECT_EQ(durations.Largest(), 100000);
     EXPECT_EQ(durations.Total(), 5050000);
     EXPECT_EQ(Durations().Quantile(0.5), 0);
+}
+
+TEST(Durations, TotalNoMoreThanNanosecondsCanTell)
+{
+    constexpr std::int64_t longest = std::int64_t(2147483648) * 1000 * 1000 * 1000;
+    Durations durations;
+    for (int i = 0; i < 6; ++i)
+        durations.Add(longest);
+    EXPECT_EQ(durations.Total(), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(durations.Largest(), longest);
 }
 
 TEST(Durations, CoarserOnesAreNearAndTakeLess)
