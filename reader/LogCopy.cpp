@@ -84,7 +84,8 @@ public:
             reader.Feed({bytes.data(), got});
             at += got;
         }
-        return reader.Finish(log.CutOff());
+        // Bytes that were not read because the output failed are no damage.
+        return failed ? LogEnd() : reader.Finish(log.CutOff());
     }
 
     char Last() const { return last; }

@@ -200,4 +200,22 @@ TEST(Cut, WritesNothingWhenNoCallIsLeft)
     EXPECT_EQ(CutTo("CADIMem*"), "");
 }
 
+TEST(Cut, TakesALogForWholeWhoseRestIsNotReadAsTheOutputIsFull)
+{
+    std::string elements;
+    while (elements.size() < 200 * 1000) {
+        elements += withMore;
+    }
+    const std::string log = LogOf(elements);
+    MemoryLog bytes(log);
+    std::string error;
+    const auto filter = CallFilter::Make({}, error);
+    std::size_t damages = 0;
+    const auto full = [](std::string_view) { return false; };
+    const auto tell = [&](const Damage&) { ++damages; };
+    EXPECT_FALSE(Cut(bytes, *filter, full, tell, error).has_value());
+    EXPECT_EQ(damages, 0u);
+    EXPECT_EQ(error, "");
+}
+
 }  // namespace
