@@ -63,6 +63,28 @@ TEST_F(Memory, DoesNotGrowWithTheCallsThatAnOpenOneHolds)
     EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(10 * megabyte));
 }
 
+/// An argument of half a megabyte in each part of a call that others interrupt.
+std::string CallInParts(int count)
+{
+    std::string elements;
+    for (int part = 0; part < count; ++part) {
+        elements += "    <Run call_num=\"1\"" +
+                    std::string(part == 0 ? "\n     call_time=\"0.000001 s\"" : "") +
+                    ">\n        <text>" + std::string(500 * 1000, 'x') +
+                    "</text>\n    </Run>\n    <A call_num=\"" + std::to_string(part + 2) +
+                    "\"\n     call_time=\"0.000001 s\">\n        <return_time>0.000002 "
+                    "s</return_time>\n    </A>\n";
+    }
+    return LogOf(elements + "\n<!-- Log ended -->\n\n");
+}
+
+TEST_F(Memory, HoldsACallThatIsFollowedOnce)
+{
+    Write("parts.xml", CallInParts(16));
+    const long read = MemoryOf("calls --json -n None parts.xml", 1);
+    EXPECT_LT(MemoryOf("follow --json -n None parts.xml", 1) - read, AtMost(4 * megabyte));
+}
+
 TEST_F(Memory, DoesNotGrowWithAnArrayInOneCall)
 {
     Write("small.xml", CallWithBytes(10));
