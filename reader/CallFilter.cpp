@@ -38,6 +38,18 @@ std::optional<std::uint64_t> ParseDecimal(std::string_view text, int base = 10)
     return number;
 }
 
+/// In an error, of which a person reads no more than a few lines.
+std::string Quoted(std::string_view text)
+{
+    constexpr std::size_t longest = 200;
+    if (text.size() <= longest)
+        return "\"" + std::string(text) + "\"";
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
+        --end;
+    return "\"" + std::string(text.substr(0, end)) + "...\"";
+}
+
 /// The bytes of an array as the text that one compares: two digits each.
 std::string HexOf(std::string_view bytes)
 {
@@ -148,7 +160,7 @@ public:
     {
         Test test = Or();
         if (error.empty() && !word.empty())
-            error = "unexpected \"" + word + "\"";
+            error = "unexpected " + Quoted(word);
         return test;
     }
 
@@ -198,22 +210,31 @@ private:
 
     Test Or()
     {
-        Test left = And();
-        while (error.empty() && Take("or")) {
-            Test right = And();
-            left = [left, right](const Call& call) { return left(call) || right(call); };
-        }
-        return left;
+        std::vector<Test> tests = Joined("or", &Expression::And);
+        if (tests.size() == 1)
+            return std::move(tests.front());
+        return [tests = std::move(tests)](const Call& call) {
+            return std::any_of(tests.begin(), tests.end(), [&](const Test& test) { return test(call); });
+        };
     }
 
     Test And()
     {
-        Test left = Not();
-        while (error.empty() && Take("and")) {
-            Test right = Not();
-            left = [left, right](const Call& call) { return left(call) && right(call); };
-        }
-        return left;
+        std::vector<Test> tests = Joined("and", &Expression::Not);
+        if (tests.size() == 1)
+            return std::move(tests.front());
+        return [tests = std::move(tests)](const Call& call) {
+            return std::all_of(tests.begin(), tests.end(), [&](const Test& test) { return test(call); });
+        };
+    }
+
+    std::vector<Test> Joined(std::string_view joining, Test (Expression::*part)())
+    {
+        std::vector<Test> tests;
+        do
+            tests.push_back((this->*part)());
+        while (error.empty() && Take(joining));
+        return tests;
     }
 
     Test Not()
@@ -225,7 +246,7 @@ private:
         Test test;
         if (Take("not")) {
             Test inner = Not();
-            test = [inner](const Call& call) { return !inner(call); };
+            test = [inner = std::move(inner)](const Call& call) { return !inner(call); };
         } else if (Take("(")) {
             test = Or();
             if (error.empty() && !Take(")"))
@@ -264,13 +285,13 @@ private:
                                         [&](const auto& row) { return !quoted && row.first == word; });
         if (found == std::end(comparisons)) {
             if (error.empty())
-                error = "a comparison is missing after \"" + field + "\"";
+                error = "a comparison is missing after " + Quoted(field);
             return {};
         }
         Next();
         if (word.empty() && !quoted) {
             if (error.empty())
-                error = "a value is missing after \"" + field + "\"";
+                error = "a value is missing after " + Quoted(field);
             return {};
         }
         const std::string value = word;
@@ -328,7 +349,7 @@ private:
                     [&](const std::string& text) { return CompareTexts(text, comparison, value); });
             };
         }
-        error = "there is no field \"" + field + "\"";
+        error = "there is no field " + Quoted(field);
         return {};
     }
 
@@ -342,7 +363,7 @@ private:
     {
         const auto number = ParseLogNumber(value);
         if (!number || comparison == Comparison::Contains || comparison == Comparison::ContainsNot) {
-            error = "\"" + value + "\" is no number to compare with";
+            error = Quoted(value) + " is no number to compare with";
             return {};
         }
         return [=](const Call& call) {
@@ -356,7 +377,7 @@ private:
     {
         const auto duration = ParseDuration(value);
         if (!duration || comparison == Comparison::Contains || comparison == Comparison::ContainsNot) {
-            error = "\"" + value + "\" is no time to compare with: 1ms, 20us, 0.5";
+            error = Quoted(value) + " is no time to compare with: 1ms, 20us, 0.5";
             return {};
         }
         return [=](const Call& call) {
@@ -504,7 +525,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
             const bool byOrder = !thread.empty() && (thread.front() == 'T' || thread.front() == 't');
             const auto number = ParseDecimal(byOrder ? thread.substr(1) : thread);
             if (!number) {
-                error = "\"" + std::string(thread) + "\" is no thread: T1, T2 or a threadId";
+                error = Quoted(thread) + " is no thread: T1, T2 or a threadId";
                 return {};
             }
             threads.emplace_back(byOrder, *number);
@@ -528,7 +549,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
             const auto to = last.empty() ? std::make_optional(std::numeric_limits<std::uint64_t>::max())
                                          : ParseDecimal(last);
             if (range.empty() || !from || !to) {
-                error = "\"" + std::string(range) + "\" is no range of calls: 55..68, 55.. or 68";
+                error = Quoted(range) + " is no range of calls: 55..68, 55.. or 68";
                 return {};
             }
             ranges.emplace_back(*from, *to);
@@ -546,7 +567,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
             continue;
         const auto limit = ParseDuration(time);
         if (!limit) {
-            error = "\"" + time + "\" is no time: 1.5 or 200ms";
+            error = Quoted(time) + " is no time: 1.5 or 200ms";
             return {};
         }
         tests.push_back([isFrom, limit = *limit](const Call& call) {
@@ -557,7 +578,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
     if (!text.slower.empty()) {
         const auto limit = ParseDuration(text.slower);
         if (!limit || *limit < 0) {
-            error = "\"" + text.slower + "\" is no duration: 1ms, 20us or 0.5";
+            error = Quoted(text.slower) + " is no duration: 1ms, 20us or 0.5";
             return {};
         }
         tests.push_back(
@@ -566,7 +587,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
     if (!text.inside.empty()) {
         const auto number = ParseDecimal(text.inside);
         if (!number) {
-            error = "\"" + text.inside + "\" is no number of a call";
+            error = Quoted(text.inside) + " is no number of a call";
             return {};
         }
         tests.push_back([number = *number](const Call& call) {
@@ -577,7 +598,7 @@ std::optional<CallFilter> CallFilter::Make(const FilterText& text, std::string& 
     if (!text.where.empty()) {
         Test test = Expression(text.where, error, made->needsContents).Parse();
         if (!error.empty()) {
-            error += " in \"" + text.where + "\"";
+            error += " in " + Quoted(text.where);
             return {};
         }
         tests.push_back(std::move(test));

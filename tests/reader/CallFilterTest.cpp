@@ -175,6 +175,30 @@ TEST(CallFilter, BindsAndTighterThanOr)
     EXPECT_EQ(Where("not (number = 1 or failed)"), "3 2 5");
 }
 
+/// So many tests that to copy those before each one would take far too long.
+std::string Chain(const std::string& joining, const std::string& test)
+{
+    std::string expression = test;
+    for (int i = 0; i < 200000; ++i) {
+        expression += joining + test;
+    }
+    return expression;
+}
+
+TEST(CallFilter, TakesChainsOfAnyLength)
+{
+    EXPECT_EQ(Where(Chain(" or ", "failed")), "4");
+    EXPECT_EQ(Where(Chain(" and ", "failed")), "4");
+}
+
+TEST(CallFilter, RepeatsNoMoreOfALongTextThanItsBeginning)
+{
+    const std::string begin = "nam = \"" + std::string(192, 'a');
+    EXPECT_EQ(Where(begin + "\u00e9\""), "there is no field \"nam\" in \"" + begin + "...\"");
+    EXPECT_EQ(By(&FilterText::calls, std::string(201, 'x')),
+              "\"" + std::string(200, 'x') + "...\" is no range of calls: 55..68, 55.. or 68");
+}
+
 TEST(CallFilter, SaysWhatItDoesntUnderstand)
 {
     EXPECT_EQ(Where("nam = 1"), "there is no field \"nam\" in \"nam = 1\"");
