@@ -24,6 +24,7 @@ namespace
 {
 
 constexpr std::size_t usualWidth = 100;
+constexpr std::size_t greatestWidth = 10000;
 constexpr std::size_t mostKept = 64 * 1024;
 constexpr std::chrono::milliseconds progressAfter(500);
 constexpr std::chrono::milliseconds progressEvery(100);
@@ -99,6 +100,7 @@ Terminal::Terminal()
         if (asked > 0)
             width = std::size_t(asked);
     }
+    width = std::min(width, greatestWidth);
     Choose(ColourChoice::Automatic);
 }
 

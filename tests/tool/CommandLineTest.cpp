@@ -157,6 +157,16 @@ TEST_F(CommandLine, TellsThatStandardOutputCannotBeWritten)
     }
 }
 
+TEST_F(CommandLine, TakesNoMoreColumnsThanALineCanHave)
+{
+    WriteLog("run.xml");
+    setenv("COLUMNS", "99999999999999999", 1);
+    EXPECT_EQ(StatusOf("calls run.xml >out"), 0);
+    unsetenv("COLUMNS");
+    EXPECT_EQ(Read("out").size(), 10001u);
+    EXPECT_EQ(Read("err"), "");
+}
+
 TEST_F(CommandLine, WritesIntoNoFileWhatIsForAClosedStream)
 {
     WriteLog("run.xml");
