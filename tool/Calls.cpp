@@ -125,7 +125,7 @@ private:
         void Show(std::string&& text, bool isChosen)
         {
             if (toNameLog && !command.logs.Json()) {
-                terminal.Print("==> " + path + "\n");
+                terminal.Print("==> " + Printable(path) + "\n");
                 toNameLog = false;
             }
             const bool afterGap = std::exchange(gap, false) && shown && !command.logs.Json();

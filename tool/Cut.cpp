@@ -45,7 +45,7 @@ public:
             terminal.Error(copy.Log(), {}, "the filter leaves no call; nothing was written");
             return Exit::Nothing;
         }
-        terminal.Print(copy.Output() + ": " + CountText(copied->calls, "call") + " of " +
+        terminal.Print(Printable(copy.Output()) + ": " + CountText(copied->calls, "call") + " of " +
                        std::to_string(copied->end.calls) + "\n");
         return Exit::Found;
     }

@@ -33,7 +33,7 @@ public:
         if (!copied) {
             return Exit::Trouble;
         }
-        const std::string name = copy.Log() == "-" ? "standard input" : copy.Log();
+        const std::string name = Printable(copy.Log() == "-" ? "standard input" : copy.Log());
         if (!first) {
             terminal.Print(name + ": whole; copied as it is, with " + CountText(copied->calls, "call") +
                            "\n");
@@ -44,7 +44,7 @@ public:
         if (first->call) {
             text += " in call " + std::to_string(*first->call);
         }
-        text += ": " + first->what;
+        text += ": " + Printable(first->what);
         if (copied->end.damages > 1) {
             text += "; and at " + CountText(copied->end.damages - 1, "other place");
         }

@@ -255,7 +255,8 @@ private:
                       Terminal& terminal)
     {
         const bool isBad = call.Failed() || !call.Returned();
-        std::string text = "call " + NumberText(call) + "  " + terminal.Styled(Style::Name, call.name);
+        std::string text =
+            "call " + NumberText(call) + "  " + terminal.Styled(Style::Name, Printable(call.name));
         if (const std::string status = StatusText(call); !status.empty())
             text += "  " + terminal.Styled(isBad ? Style::Failure : Style::Plain, status);
         text += "\n  entered   " + TimeText(call.callTime);
@@ -275,7 +276,7 @@ private:
         for (std::size_t i = 0; i < call.parts.size(); ++i) {
             const Part& part = call.parts[i];
             text += i == 0 ? "\n  log       " : "\n  goes on   ";
-            text += path + (isPart ? "" : ":" + std::to_string(part.line)) + ", bytes " +
+            text += Printable(path) + (isPart ? "" : ":" + std::to_string(part.line)) + ", bytes " +
                     std::to_string(part.begin) + " to " + std::to_string(part.end);
         }
         if (call.beginningLost)

@@ -52,7 +52,7 @@ public:
             terminal.Error(output, {}, file->Error());
             return Exit::Trouble;
         }
-        std::string text = output + ": " + Counted(written->calls, "call");
+        std::string text = Printable(output) + ": " + Counted(written->calls, "call");
         if (written->kept < written->calls)
             text += ", " + std::to_string(written->kept) + " of them in the page";
         terminal.Print(text + "\n");

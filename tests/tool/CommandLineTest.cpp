@@ -167,6 +167,18 @@ TEST_F(CommandLine, TakesNoMoreColumnsThanALineCanHave)
     EXPECT_EQ(Read("err"), "");
 }
 
+TEST_F(CommandLine, PrintsNoControlCharactersOfTheNamesOfFiles)
+{
+    const std::string name = "a\x1b[31m\a\n.xml";
+    const std::string printed = "a?[31m??.xml";
+    WriteLog(name);
+    EXPECT_THAT(Run({"calls", name, name}).out, StartsWith("==> " + printed + "\n"));
+    EXPECT_THAT(Run({"show", "1", name}).out, HasSubstr("\n  log       " + printed));
+    EXPECT_THAT(Run({"recover", name, "-o", "copy.xml"}).out, StartsWith(printed + ": whole"));
+    EXPECT_THAT(Run({"cut", name, "--force", "-o", "1" + name}).out, StartsWith("1" + printed + ": "));
+    EXPECT_THAT(Run({"view", name, "--force", "-o", "2" + name}).out, StartsWith("2" + printed + ": "));
+}
+
 TEST_F(CommandLine, WritesIntoNoFileWhatIsForAClosedStream)
 {
     WriteLog("run.xml");
