@@ -149,6 +149,8 @@ private:
                     return {};
                 }
                 terminal.Flush();
+                if (!terminal.Writes())
+                    return {};
                 if (terminal.ShowsLive())
                     terminal.ShowLive(Live());
                 std::this_thread::sleep_for(betweenLooks);

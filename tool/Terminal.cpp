@@ -195,11 +195,12 @@ void Terminal::Write(std::string_view text)
         sink->append(text);
         return;
     }
-    if (failed)
+    if (failed || unread)
         return;
     const int error = WriteAll(output, text);
-    if (error == 0 || error == EPIPE)
-        return;  // nobody who would read on is nobody to tell
+    unread = error == EPIPE;  // nobody who would read on is nobody to tell
+    if (error == 0 || unread)
+        return;
     failed = true;
     Error("standard output", {}, std::generic_category().message(error));
 }

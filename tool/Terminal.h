@@ -55,6 +55,8 @@ public:
     std::size_t Width() const { return width; }
     /// Writes what is kept back, as a command does that tells what happens as it happens.
     void Flush();
+    /// False when nobody reads on, or writing has failed: what is printed then goes nowhere.
+    bool Writes() const { return !failed && !unread; }
     /// After the last text. False when some of it could not be written, of which Error() has told.
     bool Finish();
     /// Lines that stay below what is printed, until others take their place. They are there for a person:
@@ -88,7 +90,8 @@ private:
     std::string* sink = nullptr;  // that takes what is printed
     int output = 1;
     bool failed = false;  // to write
-    int pager = 0;        // its process
+    bool unread = false;
+    int pager = 0;  // its process
     std::chrono::steady_clock::time_point started;
     std::chrono::steady_clock::time_point progressAt;
     bool progressShown = false;

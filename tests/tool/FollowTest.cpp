@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <future>
 #include <regex>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace ScrivelTest;
@@ -182,6 +183,24 @@ TEST_F(Follow, ShowsTheLastOfManyCallsThatRun)
     Grow(LogOf(elements));
     PseudoTerminal terminal(Folder(), {"follow", "run.xml"});
     EXPECT_EQ(WithoutRunningTimes(terminal.ScreenWith("T10")), expected);
+}
+
+TEST_F(Follow, EndsWhenNobodyReadsOn)
+{
+    // The log of a process elsewhere, which may go on; the signal that ends other programs is ignored.
+    Write("run.xml", LogOf(session));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    constexpr int output = 9;  // a shell may take digits only
+    ASSERT_EQ(dup2(ends[1], output), output);
+    close(ends[1]);
+    close(ends[0]);
+    const int result = std::system(("cd " + Quoted(Folder()) + " && trap '' PIPE && timeout 60 " +
+                                    Quoted(SCRIVEL_PROGRAM) + " follow run.xml >&9 2>err")
+                                       .c_str());
+    close(output);
+    EXPECT_EQ(WEXITSTATUS(result), 0);
+    EXPECT_EQ(Read("err"), "");
 }
 
 TEST_F(Follow, TakesOneLogThatIsAFile)
