@@ -32,6 +32,16 @@ namespace
 // that name the same registers and addresses: what takes a millisecond.
 constexpr std::uint64_t neighbourhood = 96 * 1024;
 
+constexpr std::size_t mostNumbers = 10;      // of calls that name a place
+constexpr std::size_t mostKept = 16 * 1024;  // places, such as each address of a log
+
+/// The calls that name a place.
+struct Naming
+{
+    std::vector<std::uint64_t> numbers;  ///< the lowest ones
+    std::uint64_t calls = 0;
+};
+
 /// Finds the calls with one number, and where around them the places occur that they name.
 class Finder final : public LogHandler
 {
@@ -40,9 +50,10 @@ public:
 
     void Ended(Call& call) override
     {
-        Remember(call);
         if (call.number == number)
             calls.push_back(std::move(call));
+        else
+            Remember(call);
     }
     void Entered(const Call& call) override
     {
@@ -62,37 +73,44 @@ public:
     const std::string& Name() const { return name; }
     const std::vector<Call>& Calls() const { return calls; }
 
-    /// Other calls that name a place, in order of entry.
-    std::vector<std::uint64_t> Others(const std::string& place, const Call& than) const
+    /// Calls of other numbers that name a place.
+    Naming Others(const std::string& place) const
     {
-        std::vector<std::uint64_t> numbers;
         const auto found = named.find(place);
-        if (found == named.end())
-            return numbers;
-        for (const std::uint64_t other : found->second)
-            if (other != than.number)
-                numbers.push_back(other);
-        return numbers;
+        return found == named.end() ? Naming() : found->second;
     }
+    /// There was no room for every place.
+    bool IsIncomplete() const { return incomplete; }
 
 private:
     void Remember(const Call& call)
     {
         constexpr std::size_t mostPlaces = 16;  // of a call: more are a description, not a use
-        for (const Tree* tree : {&call.arguments, &call.results}) {
-            const std::vector<std::string> places = Places(*tree);
-            if (places.size() > mostPlaces)
-                continue;
-            for (const std::string& place : places)
-                named[place].insert(call.number);
-        }
+        std::set<std::string> all;
+        for (const Tree* tree : {&call.arguments, &call.results})
+            if (const std::vector<std::string> places = Places(*tree); places.size() <= mostPlaces)
+                all.insert(places.begin(), places.end());
+        for (const std::string& place : all)
+            if (named.size() < mostKept || named.count(place) != 0)
+                Add(call.number, named[place]);
+            else
+                incomplete = true;
+    }
+
+    static void Add(std::uint64_t call, Naming& naming)
+    {
+        ++naming.calls;
+        std::vector<std::uint64_t>& numbers = naming.numbers;
+        numbers.insert(std::upper_bound(numbers.begin(), numbers.end(), call), call);
+        numbers.resize(std::min(numbers.size(), mostNumbers));
     }
 
     std::uint64_t number;
     bool entered = false;
     std::string name;
     std::vector<Call> calls;
-    std::map<std::string, std::set<std::uint64_t>> named;
+    std::map<std::string, Naming> named;
+    bool incomplete = false;
 };
 
 std::size_t ReadAt(int descriptor, std::uint64_t offset, char* buffer, std::size_t size)
@@ -306,23 +324,25 @@ private:
         std::string text;
         std::set<std::string> told;
         constexpr std::size_t mostPlaces = 8;
-        constexpr std::size_t mostNumbers = 10;
         for (const std::string& place : places) {
             if (told.size() == mostPlaces || !told.insert(place).second)
                 continue;
-            const std::vector<std::uint64_t> others = finder.Others(place, call);
-            if (others.empty())
+            const Naming others = finder.Others(place);
+            if (others.calls == 0)
                 continue;
             text += "  " + Printable(place) + " ";
-            for (std::size_t i = 0; i < std::min(others.size(), mostNumbers); ++i)
-                text += " #" + std::to_string(others[i]);
-            if (others.size() > mostNumbers)
-                text += " and " + std::to_string(others.size() - mostNumbers) + " more";
+            for (const std::uint64_t number : others.numbers)
+                text += " #" + std::to_string(number);
+            if (others.calls > others.numbers.size())
+                text += " and " + std::to_string(others.calls - others.numbers.size()) + " more";
             text += "\n";
         }
         if (text.empty())
             return "";
-        return (isPart ? "also in the calls around it\n" : "also in\n") + text;
+        const char* const where = isPart                  ? " the calls around it"
+                                  : finder.IsIncomplete() ? ", as far as there was room"
+                                                          : "";
+        return std::string("also in") + where + "\n" + text;
     }
 
     std::string text;

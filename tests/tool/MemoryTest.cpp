@@ -63,6 +63,18 @@ TEST_F(Memory, DoesNotGrowWithTheCallsThatAnOpenOneHolds)
     EXPECT_LT(Growth("calls --json", "small.xml", "large.xml"), AtMost(10 * megabyte));
 }
 
+TEST_F(Memory, DoesNotGrowWithTheAddressesOfALog)
+{
+    std::string elements;
+    for (int number = 1; number <= 100000; ++number)
+        elements += "    <W call_num=\"" + std::to_string(number) +
+                    "\" call_time=\"0.000001 s\"><at><spaceId>1</spaceId><addr>" +
+                    std::to_string(number) + "</addr></at></W>\n";
+    Write("small.xml", LogOf(session));
+    Write("large.xml", LogOf(elements));
+    EXPECT_LT(Growth("show --scan 2", "small.xml", "large.xml"), AtMost(12 * megabyte));
+}
+
 /// An argument of half a megabyte in each part of a call that others interrupt.
 std::string CallInParts(int count)
 {

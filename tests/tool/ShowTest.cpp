@@ -241,4 +241,28 @@ TEST_F(Show, TellsThatTheFilterLeavesOutACall)
     EXPECT_EQ(Run({"show", "99", "-n", "None", "run.xml"}).error, "scrivel: there is no call 99\n");
 }
 
+TEST_F(Show, NamesTheFirstOtherCallsOfAPlace)
+{
+    const auto call = [](int number, const std::string& address) {
+        return "    <W call_num=\"" + std::to_string(number) +
+               "\" call_time=\"0.000001 s\"><at><spaceId>1</spaceId><addr>" + address +
+               "</addr></at><return_time>0.000002 s</return_time></W>\n";
+    };
+    std::string calls;
+    for (int number = 1; number <= 10; ++number)
+        calls += call(number, "0x10");
+    Write("ten.xml", LogOf(calls + call(11, "0x20")));
+    EXPECT_THAT(Run({"show", "5", "--scan", "ten.xml"}).out,
+                HasSubstr("also in\n  1:0x10  #1 #2 #3 #4 #6 #7 #8 #9 #10\n"));
+    Write("more.xml", LogOf(calls + call(11, "0x10") + call(12, "0x10")));
+    EXPECT_THAT(Run({"show", "12", "--scan", "more.xml"}).out,
+                HasSubstr("also in\n  1:0x10  #1 #2 #3 #4 #5 #6 #7 #8 #9 #10 and 1 more\n"));
+    std::string addresses;
+    for (int number = 100; number < 20000; ++number)
+        addresses += call(number, std::to_string(number));
+    Write("addresses.xml", LogOf(calls + addresses));
+    EXPECT_THAT(Run({"show", "5", "--scan", "addresses.xml"}).out,
+                HasSubstr("also in, as far as there was room\n  1:0x10  #1 "));
+}
+
 }  // namespace
