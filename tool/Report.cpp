@@ -162,8 +162,7 @@ private:
         {
             if (about && call.entry > *about)
                 return;
-            std::string nowhere;
-            lines[call.entry] = CallLine(call, Terminal(nowhere));
+            lines[call.entry] = CallLine(call, terminal);
             if (lines.size() > mostBefore)
                 lines.erase(lines.begin());
         }
@@ -181,6 +180,8 @@ private:
         std::uint64_t calls = 0;
         std::optional<std::uint64_t> about;          ///< by its entry
         std::map<std::uint64_t, std::string> lines;  ///< by the calls' entries
+        std::string nowhere;
+        const Terminal terminal{nowhere};  ///< as wide as what is no terminal
     };
 
     /// The call that the report is about: one that had not returned.
