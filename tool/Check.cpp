@@ -9,7 +9,6 @@
 
 #include "CallLine.h"
 #include "Command.h"
-#include "CopyArguments.h"
 #include "JUnit.h"
 #include "Json.h"
 #include "KnownText.h"

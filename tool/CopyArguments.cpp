@@ -89,9 +89,4 @@ std::optional<Copied> CopyArguments::Copy(const Copying& copying, Terminal& term
     return copied;
 }
 
-std::string CountText(std::uint64_t count, const std::string& what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 }  // namespace ScrivelTool

@@ -36,9 +36,6 @@ private:
     bool force = false;
 };
 
-/// 1 call, 2 calls
-std::string CountText(std::uint64_t count, const std::string& what);
-
 }  // namespace ScrivelTool
 
 #endif

@@ -4,6 +4,7 @@
 
 #include "Command.h"
 #include "CopyArguments.h"
+#include "KnownText.h"
 
 namespace ScrivelTool
 {

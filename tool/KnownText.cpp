@@ -104,6 +104,38 @@ void AddSource(Json& object, const Source& source, const Knowledge& known)
     object["stale"] = known.IsStale(source);
 }
 
+/// A text of which neighbours of one style are coloured together.
+class StyledText
+{
+public:
+    explicit StyledText(const Terminal& itsTerminal) : terminal(itsTerminal) {}
+
+    void Add(std::string_view text, Style itsStyle)
+    {
+        if (text.empty())
+            return;
+        if (itsStyle != style) {
+            done = Text();
+            begun.clear();
+            style = itsStyle;
+        }
+        begun += text;
+    }
+    Style Last() const { return style; }
+    std::string Text() const { return done + (begun.empty() ? "" : terminal.Styled(style, begun)); }
+
+private:
+    const Terminal& terminal;
+    std::string done;
+    std::string begun;
+    Style style = Style::Plain;
+};
+
+std::string_view WithoutBlanksAtEnd(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 }  // namespace
 
 Json KnownJson(const KnownRegister& item, const Knowledge& known)
@@ -206,42 +238,10 @@ std::string ItemLines(const std::string& label, const std::vector<std::string>& 
     return text + "\n";
 }
 
-namespace
+std::string CountText(std::uint64_t count, const std::string& what)
 {
-
-/// A text of which neighbours of one style are coloured together.
-class StyledText
-{
-public:
-    explicit StyledText(const Terminal& itsTerminal) : terminal(itsTerminal) {}
-
-    void Add(std::string_view text, Style itsStyle)
-    {
-        if (text.empty())
-            return;
-        if (itsStyle != style) {
-            done = Text();
-            begun.clear();
-            style = itsStyle;
-        }
-        begun += text;
-    }
-    Style Last() const { return style; }
-    std::string Text() const { return done + (begun.empty() ? "" : terminal.Styled(style, begun)); }
-
-private:
-    const Terminal& terminal;
-    std::string done;
-    std::string begun;
-    Style style = Style::Plain;
-};
-
-std::string_view WithoutBlanksAtEnd(std::string_view text)
-{
-    return text.substr(0, text.find_last_not_of(' ') + 1);
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
-
-}  // namespace
 
 std::string FactLines(const std::vector<Fact>& facts, std::size_t indent, const Terminal& terminal)
 {

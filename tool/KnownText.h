@@ -66,6 +66,9 @@ std::string ShellWord(const std::string& path);
 std::string ItemLines(const std::string& label, const std::vector<std::string>& items, std::size_t width,
                       const Terminal& terminal);
 
+/// 1 call, 2 calls
+std::string CountText(std::uint64_t count, const std::string& what);
+
 /// What a line tells after other things.
 struct Fact
 {

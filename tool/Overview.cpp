@@ -255,7 +255,7 @@ std::string DamageText(const Overview& log)
     std::string text = "damaged at line " + std::to_string(log.firstDamage->line) + " (byte " +
                        std::to_string(log.firstDamage->offset) + ")";
     if (log.end.damages > 1)
-        text += " and in " + Counted(log.end.damages - 1, "more place");
+        text += " and in " + CountText(log.end.damages - 1, "more place");
     return text;
 }
 
@@ -288,11 +288,6 @@ std::string ShortCall(const Call& call)
     if (call.Failed())
         text += " " + StatusText(call);
     return text;
-}
-
-std::string Counted(std::uint64_t count, const std::string& noun)
-{
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string AboutMemory(const Knowledge& known, const MemoryAccess& memory)

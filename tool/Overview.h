@@ -119,8 +119,6 @@ std::string AboutRegister(const ScrivelReader::Knowledge& known,
                           const ScrivelReader::RegisterAccess& touched);
 /// pc 0x3000 (#61, target ran since)     x0 write refused (#52)
 std::string KnownItem(const ScrivelReader::Knowledge& known, const ScrivelReader::KnownRegister& item);
-/// 2 calls
-std::string Counted(std::uint64_t count, const std::string& noun);
 
 }  // namespace ScrivelTool
 

@@ -8,7 +8,6 @@
 #include "CallLine.h"
 #include "CallNumber.h"
 #include "Command.h"
-#include "CopyArguments.h"
 #include "Json.h"
 #include "KnownText.h"
 #include "LogArguments.h"

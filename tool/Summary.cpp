@@ -156,7 +156,7 @@ private:
         for (std::size_t i = 0; i < std::min(open.size(), mostOpen); ++i)
             text += OpenText(log, *open[i], i == 0, terminal);
         if (open.size() > mostOpen)
-            text += "and one in each of " + Counted(open.size() - mostOpen, "more thread") + "\n";
+            text += "and one in each of " + CountText(open.size() - mostOpen, "more thread") + "\n";
 
         if (!open.empty())
             text += BeforeText(log, log.Before(*open.front()), terminal);
@@ -232,7 +232,7 @@ private:
 
     static std::string CountsText(const Overview& log, Terminal& terminal)
     {
-        std::vector<Fact> facts = {{"", Counted(log.calls, "call")}};
+        std::vector<Fact> facts = {{"", CountText(log.calls, "call")}};
         if (log.failed != 0) {
             std::string failed = std::to_string(log.failed) + " failed (";
             for (std::size_t i = 0; i < log.failures.size(); ++i) {
@@ -247,7 +247,7 @@ private:
         if (log.open > 1)
             facts.push_back({", ", std::to_string(log.open) + " not returned"});
         if (log.hasThreads)
-            facts.push_back({", ", Counted(log.threads, "thread")});
+            facts.push_back({", ", CountText(log.threads, "thread")});
         if (log.lastTime)
             facts.push_back({", ", DurationText(log.lastTime->nanoseconds)});
         return FactLines(facts, 2, terminal);
@@ -302,7 +302,7 @@ private:
         }
         row.cells = {Printable(path),
                      verdict,
-                     Counted(log.calls, "call"),
+                     CountText(log.calls, "call"),
                      std::to_string(log.failed) + " failed",
                      log.lastTime ? DurationText(log.lastTime->nanoseconds) : "-",
                      log.entered == 0 ? ""

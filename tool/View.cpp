@@ -7,10 +7,10 @@
 
 #include "Command.h"
 #include "HtmlPage.h"
+#include "KnownText.h"
 #include "LogArguments.h"
 #include "Options.h"
 #include "OutputFile.h"
-#include "Overview.h"
 
 namespace ScrivelTool
 {
@@ -52,7 +52,7 @@ public:
             terminal.Error(output, {}, file->Error());
             return Exit::Trouble;
         }
-        std::string text = Printable(output) + ": " + Counted(written->calls, "call");
+        std::string text = Printable(output) + ": " + CountText(written->calls, "call");
         if (written->kept < written->calls)
             text += ", " + std::to_string(written->kept) + " of them in the page";
         terminal.Print(text + "\n");
